@@ -1,0 +1,33 @@
+# What every target of the project shares.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+# The build folder mirrors an installed tree, so what runs here runs after install.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+set(CMAKE_INSTALL_LIBDIR lib)
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+set(CMAKE_BUILD_RPATH "$ORIGIN/../lib")
+set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib")
+
+# No host replaces single functions of the libraries, so they may be inlined into one another.
+add_compile_options(-fno-semantic-interposition)
+
+if(VESPERMOOR_DEVELOPER)
+    add_compile_options(-Wall -Wextra -Werror)
+endif()
+if(VESPERMOOR_SANITIZE)
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
+        -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=address,undefined)
+endif()
+# An undefined symbol of a library shows when it is linked, not when it is loaded. The sanitizers'
+# own symbols come from the program, so clang's shared libraries leave them open.
+if(NOT VESPERMOOR_SANITIZE)
+    add_link_options($<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,SHARED_LIBRARY>:-Wl,--no-undefined>)
+endif()

@@ -1,0 +1,296 @@
+#ifndef VespermoorStandins_Corrade_Containers_GrowableArray_h
+#define VespermoorStandins_Corrade_Containers_GrowableArray_h
+
+/** @file Stands in for Corrade's functions that make an `Array` grow and shrink. */
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <functional>
+
+#include "Corrade/Containers/Array.h"
+
+namespace Corrade {
+inline namespace VespermoorStandins {
+namespace Containers {
+namespace Implementation {
+
+/**
+ * Memory that remembers its capacity in front of the first element. An array that owns such memory
+ * is told by its deleter, so it stays an ordinary array that can be released and handed on.
+ */
+template <class T>
+struct GrowableMemory {
+    static constexpr std::size_t Offset = std::max(alignof(T), sizeof(std::size_t));
+    static_assert(alignof(T) <= alignof(std::max_align_t), "malloc aligns for standard types only");
+
+    static std::size_t& capacity(T* data) { return *reinterpret_cast<std::size_t*>(base(data)); }
+    static void deleter(T* data, std::size_t size) {
+        std::destroy_n(data, size);
+        std::free(base(data));
+    }
+    static bool owns(const Array<T>& array) { return array._deleter == deleter; }
+
+    /** Moves the elements to memory for exactly `capacity` of them, dropping what exceeds it. */
+    static void reallocate(Array<T>& array, std::size_t capacity) {
+        const std::size_t size = std::min(array._size, capacity);
+        if constexpr (std::is_trivially_copyable<T>::value) {
+            if (owns(array)) {
+                array._data = allocate(base(array._data), capacity);
+                array._size = size;
+                return;
+            }
+        }
+        static_assert(std::is_nothrow_move_constructible<T>::value,
+                      "growing needs a move that can't fail halfway");
+        T* const data = allocate(nullptr, capacity);
+        std::uninitialized_move_n(array._data, size, data);
+        array = Array<T>{data, size, deleter};
+    }
+
+    /** Sets the size; elements that this adds are for the caller to make. */
+    static void resize(Array<T>& array, std::size_t size) {
+        if (size == array._size)
+            return;
+        if (!owns(array) || capacity(array._data) < size)
+            reallocate(array, size);
+        if (size < array._size)
+            std::destroy(array._data + size, array._data + array._size);
+        array._size = size;
+    }
+
+    /** Adds room for `count` elements at the end, for the caller to make. */
+    static ArrayView<T> grow(Array<T>& array, std::size_t count) {
+        const std::size_t size = array._size;
+        const std::size_t current = owns(array) ? capacity(array._data) : 0;
+        if (count && size + count > current)
+            reallocate(array, std::max({size + count, current + current / 2, 16 / sizeof(T)}));
+        array._size += count;
+        return array.exceptPrefix(size);
+    }
+
+private:
+    /* By address: as far as the language knows, nothing lies in front of an array */
+    static char* base(T* data) {
+        return reinterpret_cast<char*>(reinterpret_cast<std::uintptr_t>(data) - Offset);
+    }
+
+    static T* allocate(char* previous, std::size_t capacity) {
+        const std::size_t bytes = Offset + capacity * sizeof(T);
+        char* const memory = static_cast<char*>(std::realloc(previous, bytes));
+        VESPERMOOR_STANDINS_ASSERT(
+            memory, "Containers::ArrayMallocAllocator: can't allocate %zu bytes", bytes);
+        *reinterpret_cast<std::size_t*>(memory) = capacity;
+        return reinterpret_cast<T*>(memory + Offset);
+    }
+};
+
+/* Keeps an argument from deciding what T is */
+template <class T>
+struct Exactly {
+    using Type = T;
+};
+
+template <class T>
+bool isWithin(Array<T>& array, const T* element) {
+    return !std::less<>{}(element, array.data()) &&
+           std::less<>{}(element, array.data() + arrayCapacity(array));
+}
+
+} // namespace Implementation
+
+template <class T>
+bool arrayIsGrowable(Array<T>& array) {
+    return Implementation::GrowableMemory<T>::owns(array);
+}
+
+template <class T>
+std::size_t arrayCapacity(Array<T>& array) {
+    return arrayIsGrowable(array) ? Implementation::GrowableMemory<T>::capacity(array.data())
+                                  : array.size();
+}
+
+/** Gives room for exactly `capacity` elements unless there is more, and returns what there is. */
+template <class T>
+std::size_t arrayReserve(Array<T>& array, std::size_t capacity) {
+    if (arrayCapacity(array) < capacity)
+        Implementation::GrowableMemory<T>::reallocate(array, capacity);
+    return arrayCapacity(array);
+}
+
+template <class T>
+void arrayResize(Array<T>& array, NoInitT, std::size_t size) {
+    Implementation::GrowableMemory<T>::resize(array, size);
+}
+
+template <class T>
+void arrayResize(Array<T>& array, ValueInitT, std::size_t size) {
+    const std::size_t previous = std::min(array.size(), size);
+    arrayResize(array, NoInit, size);
+    std::uninitialized_value_construct(array.begin() + previous, array.end());
+}
+
+template <class T>
+void arrayResize(Array<T>& array, std::size_t size) {
+    arrayResize(array, ValueInit, size);
+}
+
+template <class T, class... Args>
+void arrayResize(Array<T>& array, DirectInitT, std::size_t size, Args&&... args) {
+    const std::size_t previous = std::min(array.size(), size);
+    arrayResize(array, NoInit, size);
+    for (T& added : array.exceptPrefix(previous))
+        Implementation::construct(&added, args...);
+}
+
+template <class T>
+void arrayResize(Array<T>& array, std::size_t size,
+                 const typename Implementation::Exactly<T>::Type& value) {
+    arrayResize(array, DirectInit, size, value);
+}
+
+template <class T>
+ArrayView<T> arrayAppend(Array<T>& array, NoInitT, std::size_t count) {
+    return Implementation::GrowableMemory<T>::grow(array, count);
+}
+
+template <class T>
+ArrayView<T> arrayAppend(Array<T>& array, ValueInitT, std::size_t count) {
+    const ArrayView<T> added = arrayAppend(array, NoInit, count);
+    std::uninitialized_value_construct(added.begin(), added.end());
+    return added;
+}
+
+template <class T, class... Args>
+ArrayView<T> arrayAppend(Array<T>& array, DirectInitT, std::size_t count, Args&&... args) {
+    const ArrayView<T> added = arrayAppend(array, NoInit, count);
+    for (T& element : added)
+        Implementation::construct(&element, args...);
+    return added;
+}
+
+template <class T, class... Args>
+T& arrayAppend(Array<T>& array, InPlaceInitT, Args&&... args) {
+    T& added = arrayAppend(array, NoInit, 1).front();
+    Implementation::construct(&added, std::forward<Args>(args)...);
+    return added;
+}
+
+template <class T>
+T& arrayAppend(Array<T>& array, const typename Implementation::Exactly<T>::Type& value) {
+    VESPERMOOR_STANDINS_DEBUG_ASSERT(!Implementation::isWithin(array, &value),
+                                     "Containers::arrayAppend(): use the list variant to append "
+                                     "values from within the array itself");
+    return arrayAppend(array, InPlaceInit, value);
+}
+
+template <class T>
+T& arrayAppend(Array<T>& array, typename Implementation::Exactly<T>::Type&& value) {
+    VESPERMOOR_STANDINS_DEBUG_ASSERT(!Implementation::isWithin(array, &value),
+                                     "Containers::arrayAppend(): use the list variant to append "
+                                     "values from within the array itself");
+    return arrayAppend(array, InPlaceInit, std::move(value));
+}
+
+/** The values may be elements of the array itself. */
+template <class T>
+ArrayView<T> arrayAppend(Array<T>& array,
+                         typename Implementation::Exactly<ArrayView<const T>>::Type values) {
+    const bool within = Implementation::isWithin(array, values.data());
+    const std::ptrdiff_t offset = within ? values.data() - array.data() : 0;
+    const ArrayView<T> added = arrayAppend(array, NoInit, values.size());
+    std::uninitialized_copy_n(within ? array.data() + offset : values.data(), values.size(),
+                              added.data());
+    return added;
+}
+
+template <class T>
+ArrayView<T> arrayAppend(Array<T>& array,
+                         std::initializer_list<typename Implementation::Exactly<T>::Type> values) {
+    return arrayAppend(array, arrayView(values));
+}
+
+template <class T, class... Args>
+T& arrayInsert(Array<T>& array, std::size_t index, InPlaceInitT, Args&&... args) {
+    VESPERMOOR_STANDINS_DEBUG_ASSERT(
+        index <= array.size(),
+        "Containers::arrayInsert(): can't insert at index %zu into an array of size %zu", index,
+        array.size());
+    arrayAppend(array, InPlaceInit, std::forward<Args>(args)...);
+    std::rotate(array.begin() + index, array.end() - 1, array.end());
+    return array[index];
+}
+
+template <class T>
+T& arrayInsert(Array<T>& array, std::size_t index,
+               const typename Implementation::Exactly<T>::Type& value) {
+    return arrayInsert(array, index, InPlaceInit, value);
+}
+
+template <class T>
+T& arrayInsert(Array<T>& array, std::size_t index,
+               typename Implementation::Exactly<T>::Type&& value) {
+    return arrayInsert(array, index, InPlaceInit, std::move(value));
+}
+
+template <class T>
+void arrayRemoveSuffix(Array<T>& array, std::size_t count = 1) {
+    VESPERMOOR_STANDINS_DEBUG_ASSERT(
+        count <= array.size(),
+        "Containers::arrayRemoveSuffix(): can't remove %zu elements from an array of size %zu",
+        count, array.size());
+    arrayResize(array, NoInit, array.size() - count);
+}
+
+/** Keeps the order of what is left. */
+template <class T>
+void arrayRemove(Array<T>& array, std::size_t index, std::size_t count = 1) {
+    VESPERMOOR_STANDINS_DEBUG_ASSERT(
+        index + count <= array.size(),
+        "Containers::arrayRemove(): can't remove %zu elements at index %zu from an array of size "
+        "%zu",
+        count, index, array.size());
+    if (count)
+        std::move(array.begin() + index + count, array.end(), array.begin() + index);
+    arrayRemoveSuffix(array, count);
+}
+
+/** Fills the hole with elements from the end; an array that has to be copied stays in order. */
+template <class T>
+void arrayRemoveUnordered(Array<T>& array, std::size_t index, std::size_t count = 1) {
+    VESPERMOOR_STANDINS_DEBUG_ASSERT(
+        index + count <= array.size(),
+        "Containers::arrayRemoveUnordered(): can't remove %zu elements at index %zu from an array "
+        "of size %zu",
+        count, index, array.size());
+    if (!arrayIsGrowable(array))
+        return arrayRemove(array, index, count);
+    const std::size_t moved = std::min(count, array.size() - index - count);
+    std::move(array.end() - moved, array.end(), array.begin() + index);
+    arrayRemoveSuffix(array, count);
+}
+
+/** A growable array keeps its capacity; any other becomes a null one. */
+template <class T>
+void arrayClear(Array<T>& array) {
+    if (arrayIsGrowable(array))
+        arrayRemoveSuffix(array, array.size());
+    else
+        array = {};
+}
+
+/** Turns a growable array into an ordinary one of exactly its size. */
+template <class T>
+void arrayShrink(Array<T>& array, NoInitT = NoInit) {
+    if (!arrayIsGrowable(array))
+        return;
+    Array<T> shrunk{NoInit, array.size()};
+    std::uninitialized_move(array.begin(), array.end(), shrunk.begin());
+    array = std::move(shrunk);
+}
+
+} // namespace Containers
+} // namespace VespermoorStandins
+} // namespace Corrade
+
+#endif

@@ -1,0 +1,45 @@
+#ifndef VespermoorStandins_Corrade_Tags_h
+#define VespermoorStandins_Corrade_Tags_h
+
+/** @file Stands in for Corrade's initialization tags. */
+
+namespace Corrade {
+inline namespace VespermoorStandins {
+
+/* Each tag needs an argument of its own to be made, so that `{}` never turns into one. */
+struct DefaultInitT {
+    struct Init {};
+    constexpr explicit DefaultInitT(Init) {}
+};
+struct ValueInitT {
+    struct Init {};
+    constexpr explicit ValueInitT(Init) {}
+};
+struct NoInitT {
+    struct Init {};
+    constexpr explicit NoInitT(Init) {}
+};
+struct NoCreateT {
+    struct Init {};
+    constexpr explicit NoCreateT(Init) {}
+};
+struct DirectInitT {
+    struct Init {};
+    constexpr explicit DirectInitT(Init) {}
+};
+struct InPlaceInitT {
+    struct Init {};
+    constexpr explicit InPlaceInitT(Init) {}
+};
+
+constexpr DefaultInitT DefaultInit{DefaultInitT::Init{}};
+constexpr ValueInitT ValueInit{ValueInitT::Init{}};
+constexpr NoInitT NoInit{NoInitT::Init{}};
+constexpr NoCreateT NoCreate{NoCreateT::Init{}};
+constexpr DirectInitT DirectInit{DirectInitT::Init{}};
+constexpr InPlaceInitT InPlaceInit{InPlaceInitT::Init{}};
+
+} // namespace VespermoorStandins
+} // namespace Corrade
+
+#endif

@@ -1,0 +1,435 @@
+#include "Corrade/Utility/Path.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "Corrade/Containers/Array.h"
+#include "Corrade/Containers/ArrayView.h"
+#include "Corrade/Containers/GrowableArray.h"
+#include "Corrade/Containers/Optional.h"
+#include "Corrade/Containers/Pair.h"
+#include "Corrade/Containers/String.h"
+#include "Corrade/Containers/StringIterable.h"
+#include "Corrade/Containers/StringView.h"
+#include "Corrade/Utility/Debug.h"
+#include "Corrade/Utility/Format.h"
+#include "Corrade/Utility/String.h"
+
+namespace Corrade {
+inline namespace VespermoorStandins {
+namespace Utility {
+namespace Path {
+
+namespace {
+
+using Containers::Optional;
+using Containers::StringView;
+using namespace Containers::Literals;
+
+/* Prints what failed and why the system refused. The error is read first of all, before anything
+   here can overwrite it. */
+template <class... Args>
+bool fail(const char* message, const Args&... args) {
+    const int error = errno;
+    Error{} << format(message, args...) << Debug::nospace << ":"
+            << "error" << error << "(" << Debug::nospace << std::strerror(error) << Debug::nospace
+            << ")";
+    return false;
+}
+
+class File {
+public:
+    File(StringView filename, int flags)
+        : _descriptor{::open(Containers::String::nullTerminatedView(filename).data(),
+                             flags | O_CLOEXEC, 0666)} {}
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+    ~File() { close(); }
+
+    int descriptor() const { return _descriptor; }
+    bool isOpen() const { return _descriptor != -1; }
+
+    /* Some file systems report a failed write only here. */
+    bool close() {
+        const int descriptor = _descriptor;
+        _descriptor = -1;
+        return descriptor == -1 || ::close(descriptor) == 0;
+    }
+
+private:
+    int _descriptor;
+};
+
+/* The status of an open file; one that cannot be had counts as that of an empty special file. */
+struct stat statusOf(const File& file) {
+    struct stat status {};
+    if (fstat(file.descriptor(), &status) != 0)
+        status = {};
+    return status;
+}
+
+/* Both go on where a signal has broken in. */
+ssize_t readSome(const File& file, void* data, std::size_t size) {
+    ssize_t count;
+    do
+        count = ::read(file.descriptor(), data, size);
+    while (count == -1 && errno == EINTR);
+    return count;
+}
+
+bool writeAll(const File& file, const char* data, std::size_t size) {
+    while (size) {
+        const ssize_t count = ::write(file.descriptor(), data, size);
+        if (count == -1 && errno != EINTR)
+            return false;
+        if (count > 0) {
+            data += count;
+            size -= std::size_t(count);
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+StringView fromNativeSeparators(StringView path) {
+    return path;
+}
+
+StringView toNativeSeparators(StringView path) {
+    return path;
+}
+
+Containers::Pair<StringView, StringView> split(StringView path) {
+    const StringView slash = path.findLastOr('/', path.begin());
+    const StringView directory = path.prefix(slash.end());
+    const bool isRoot = directory == "/"_s || directory == "//"_s;
+    return {isRoot ? directory : path.prefix(slash.begin()), path.suffix(slash.end())};
+}
+
+StringView path(StringView filename) {
+    return split(filename).first();
+}
+
+StringView filename(StringView path) {
+    return split(path).second();
+}
+
+Containers::Pair<StringView, StringView> splitExtension(StringView path) {
+    const StringView name = path.suffix(path.findLastOr('/', path.begin()).end());
+    const StringView dot = name.findLastOr('.', name.end());
+    /* Dots at the start make a hidden file or a parent directory, not an extension. */
+    const StringView stem = name.prefix(dot.begin());
+    const bool isHidden = std::all_of(stem.begin(), stem.end(), [](char c) { return c == '.'; });
+    const char* const end = isHidden ? path.end() : dot.begin();
+    return {path.prefix(end), path.suffix(end)};
+}
+
+Containers::String join(StringView path, StringView filename) {
+    if (path.isEmpty() || filename.hasPrefix('/'))
+        return filename;
+    return "/"_s.join({path.hasSuffix('/') ? path.exceptSuffix(1) : path, filename});
+}
+
+Containers::String join(const Containers::StringIterable& paths) {
+    Containers::String joined;
+    for (std::size_t i = 0; i != paths.size(); ++i)
+        joined = join(joined, paths[i]);
+    return joined;
+}
+
+bool exists(StringView filename) {
+    return access(Containers::String::nullTerminatedView(filename).data(), F_OK) == 0;
+}
+
+bool isDirectory(StringView path) {
+    struct stat status;
+    return stat(Containers::String::nullTerminatedView(path).data(), &status) == 0 &&
+           S_ISDIR(status.st_mode);
+}
+
+/* Tries the whole path first: in most calls its parent is there. */
+bool make(StringView path) {
+    if (path.isEmpty())
+        return true;
+    if (path.hasSuffix('/'))
+        return make(path.exceptSuffix(1));
+    const Containers::String name = Containers::String::nullTerminatedView(path);
+    if (mkdir(name.data(), 0777) == 0)
+        return true;
+    if (errno != EEXIST) {
+        const StringView parent = split(path).first();
+        if (!parent.isEmpty() && !exists(parent) && !make(parent))
+            return false;
+        if (mkdir(name.data(), 0777) == 0)
+            return true;
+    }
+    if (errno != EEXIST)
+        return fail("Utility::Path::make(): can't create {}", path);
+    if (isDirectory(name))
+        return true;
+    Error{} << "Utility::Path::make():" << path << "exists but is not a directory";
+    return false;
+}
+
+bool remove(StringView path) {
+    return std::remove(Containers::String::nullTerminatedView(path).data()) == 0 ||
+           fail("Utility::Path::remove(): can't remove {}", path);
+}
+
+bool move(StringView from, StringView to) {
+    return std::rename(Containers::String::nullTerminatedView(from).data(),
+                       Containers::String::nullTerminatedView(to).data()) == 0 ||
+           fail("Utility::Path::move(): can't move {} to {}", from, to);
+}
+
+Optional<Containers::String> executableLocation() {
+    char location[PATH_MAX];
+    const ssize_t size = readlink("/proc/self/exe", location, sizeof(location));
+    if (size == -1) {
+        fail("Utility::Path::executableLocation(): can't read /proc/self/exe");
+        return {};
+    }
+    return Containers::String{location, std::size_t(size)};
+}
+
+Optional<Containers::String> currentDirectory() {
+    char* const directory = getcwd(nullptr, 0);
+    if (!directory) {
+        const int error = errno;
+        Error{} << "Utility::Path::currentDirectory(): error" << error << "(" << Debug::nospace
+                << std::strerror(error) << Debug::nospace << ")";
+        return {};
+    }
+    return Containers::String{directory, std::strlen(directory),
+                              [](char* data, std::size_t) { std::free(data); }};
+}
+
+Optional<Containers::String> homeDirectory() {
+    if (const char* const home = std::getenv("HOME"))
+        return Containers::String{home};
+    Error{} << "Utility::Path::homeDirectory(): $HOME not available";
+    return {};
+}
+
+Optional<Containers::String> configurationDirectory(StringView name) {
+    const Containers::String lowercaseName = String::lowercase(name);
+    if (const char* const configuration = std::getenv("XDG_CONFIG_HOME"))
+        return join(configuration, lowercaseName);
+    if (const char* const home = std::getenv("HOME"))
+        return join({home, ".config"_s, lowercaseName});
+    Error{} << "Utility::Path::configurationDirectory(): neither $XDG_CONFIG_HOME nor $HOME "
+               "available";
+    return {};
+}
+
+Optional<Containers::String> temporaryDirectory() {
+    return Containers::String{"/tmp"_s};
+}
+
+namespace {
+
+/* The type of what an entry leads to; that of the entry itself where it leads nowhere. */
+unsigned char entryType(DIR* directory, const dirent& entry) {
+    struct stat status;
+    if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN)
+        return entry.d_type;
+    if (fstatat(dirfd(directory), entry.d_name, &status, 0) != 0)
+        return DT_LNK;
+    return (unsigned char)(IFTODT(status.st_mode));
+}
+
+bool isSkipped(DIR* directory, const dirent& entry, ListFlags flags) {
+    const StringView name = entry.d_name;
+    if (flags >= ListFlag::SkipDotAndDotDot && (name == "."_s || name == ".."_s))
+        return true;
+    if (!(flags & (ListFlag::SkipFiles | ListFlag::SkipDirectories | ListFlag::SkipSpecial)))
+        return false;
+    switch (entryType(directory, entry)) {
+    case DT_LNK:
+        return false;
+    case DT_REG:
+        return flags >= ListFlag::SkipFiles;
+    case DT_DIR:
+        return flags >= ListFlag::SkipDirectories;
+    default:
+        return flags >= ListFlag::SkipSpecial;
+    }
+}
+
+} // namespace
+
+Optional<Containers::Array<Containers::String>> list(StringView path, ListFlags flags) {
+    DIR* const directory = opendir(Containers::String::nullTerminatedView(path).data());
+    if (!directory) {
+        fail("Utility::Path::list(): can't list {}", path);
+        return {};
+    }
+    Containers::Array<Containers::String> names;
+    while (const dirent* const entry = readdir(directory))
+        if (!isSkipped(directory, *entry, flags))
+            arrayAppend(names, InPlaceInit, entry->d_name);
+    closedir(directory);
+
+    if (flags & ListFlag::SortAscending)
+        std::sort(names.begin(), names.end());
+    if (flags >= ListFlag::SortDescending && !(flags >= ListFlag::SortAscending))
+        std::reverse(names.begin(), names.end());
+    return Optional<Containers::Array<Containers::String>>{std::move(names)};
+}
+
+Optional<std::size_t> size(StringView filename) {
+    const File file{filename, O_RDONLY};
+    if (!file.isOpen()) {
+        fail("Utility::Path::size(): can't open {}", filename);
+        return {};
+    }
+    if (S_ISDIR(statusOf(file).st_mode)) {
+        Error{} << "Utility::Path::size():" << filename << "is a directory";
+        return {};
+    }
+    const off_t end = lseek(file.descriptor(), 0, SEEK_END);
+    if (end == -1) {
+        Error{} << "Utility::Path::size():" << filename << "is not seekable";
+        return {};
+    }
+    return std::size_t(end);
+}
+
+namespace {
+
+/* Reads to the end, whatever size the system gives: files of /proc have more than their zero and
+   those of /sys less than their 4096. The array always has room for one byte more than what was
+   read, which is the first of the pair; it has no value after a message. */
+Optional<Containers::Pair<std::size_t, Containers::Array<char>>> readAll(StringView filename) {
+    const File file{filename, O_RDONLY};
+    if (!file.isOpen()) {
+        fail("Utility::Path::read(): can't open {}", filename);
+        return {};
+    }
+    const struct stat status = statusOf(file);
+    if (S_ISDIR(status.st_mode)) {
+        Error{} << "Utility::Path::read():" << filename << "is a directory";
+        return {};
+    }
+
+    constexpr std::size_t Block = 4096;
+    Containers::Array<char> data{NoInit,
+                                 status.st_size > 0 ? std::size_t(status.st_size) + 1 : Block};
+    std::size_t filled = 0;
+    ssize_t count;
+    while ((count = readSome(file, data.data() + filled, data.size() - filled)) > 0) {
+        filled += std::size_t(count);
+        if (filled == data.size())
+            arrayResize(data, NoInit, 2 * filled);
+    }
+    if (count == -1) {
+        fail("Utility::Path::read(): can't read from {}", filename);
+        return {};
+    }
+    return Containers::Pair<std::size_t, Containers::Array<char>>{filled, std::move(data)};
+}
+
+} // namespace
+
+Optional<Containers::Array<char>> read(StringView filename) {
+    auto all = readAll(filename);
+    if (!all)
+        return {};
+    Containers::Array<char>& data = all->second();
+    const auto deleter = data.deleter();
+    return Containers::Array<char>{data.release(), all->first(), deleter};
+}
+
+Optional<Containers::String> readString(StringView filename) {
+    auto all = readAll(filename);
+    if (!all)
+        return {};
+    Containers::Array<char>& data = all->second();
+    const auto deleter = data.deleter();
+    data[all->first()] = '\0';
+    return Containers::String{data.release(), all->first(), deleter};
+}
+
+namespace {
+
+bool writeFile(const char* function, StringView filename, int flags,
+               Containers::ArrayView<const void> data) {
+    File file{filename, O_WRONLY | O_CREAT | flags};
+    if (!file.isOpen())
+        return fail("Utility::Path::{}(): can't open {}", function, filename);
+    return (writeAll(file, static_cast<const char*>(data.data()), data.size()) && file.close()) ||
+           fail("Utility::Path::{}(): can't write to {}", function, filename);
+}
+
+} // namespace
+
+bool write(StringView filename, Containers::ArrayView<const void> data) {
+    return writeFile("write", filename, O_TRUNC, data);
+}
+
+bool append(StringView filename, Containers::ArrayView<const void> data) {
+    return writeFile("append", filename, O_APPEND, data);
+}
+
+namespace {
+
+/* Fits the caches, and most files are through in one turn. */
+constexpr std::size_t CopyBlock = std::size_t(128) << 10;
+
+/* Moves both positions by what the kernel can copy on its own, without a way through this process
+   and on some file systems by sharing the blocks. Whatever ends it early (two file systems, a
+   device, an old kernel, a full disk), the plain copy goes on from there and reports. Returns
+   whether anything was copied. */
+bool copyInKernel(const File& in, const File& out) {
+    constexpr std::size_t step = std::size_t(1) << 30;
+    bool copied = false;
+    while (copy_file_range(in.descriptor(), nullptr, out.descriptor(), nullptr, step, 0) > 0)
+        copied = true;
+    return copied;
+}
+
+} // namespace
+
+/* The first block is read before the target is touched: so it shows whether there is anything to
+   read, and whether it is worth while to ask the kernel for the rest. */
+bool copy(StringView from, StringView to) {
+    const File in{from, O_RDONLY};
+    if (!in.isOpen())
+        return fail("Utility::Path::copy(): can't open {} for reading", from);
+    char block[CopyBlock];
+    ssize_t count = readSome(in, block, sizeof(block));
+    if (count == -1 && errno == EISDIR) {
+        Error{} << "Utility::Path::copy(): can't read from" << from << "which is a directory";
+        return false;
+    }
+    if (count == -1)
+        return fail("Utility::Path::copy(): can't read from {}", from);
+
+    File out{to, O_WRONLY | O_CREAT | O_TRUNC};
+    if (!out.isOpen())
+        return fail("Utility::Path::copy(): can't open {} for writing", to);
+    bool kernelMayCopy = std::size_t(count) == sizeof(block);
+    for (; count > 0; count = readSome(in, block, sizeof(block))) {
+        if (!writeAll(out, block, std::size_t(count)))
+            return fail("Utility::Path::copy(): can't write to {}", to);
+        kernelMayCopy = kernelMayCopy && copyInKernel(in, out);
+    }
+    if (count == -1)
+        return fail("Utility::Path::copy(): can't read from {}", from);
+    return out.close() || fail("Utility::Path::copy(): can't write to {}", to);
+}
+
+} // namespace Path
+} // namespace Utility
+} // namespace VespermoorStandins
+} // namespace Corrade

@@ -1,0 +1,352 @@
+#ifndef VespermoorStandins_portable_file_dialogs_h
+#define VespermoorStandins_portable_file_dialogs_h
+
+/** @file @brief Stands in for portable-file-dialogs: file dialogs and notifications through
+    `zenity`, `matedialog`, `qarma` or `kdialog`. */
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace pfd {
+inline namespace VespermoorStandins {
+
+enum class icon { info, warning, error, question };
+
+enum class opt : std::uint8_t { none = 0, multiselect = 1, force_overwrite = 2, force_path = 4 };
+
+inline opt operator|(opt a, opt b) {
+    return opt(std::uint8_t(a) | std::uint8_t(b));
+}
+inline bool operator&(opt a, opt b) {
+    return (std::uint8_t(a) & std::uint8_t(b)) != 0;
+}
+
+namespace internal {
+
+inline std::string environment(const char* name) {
+    const char* const value = std::getenv(name);
+    return value ? value : "";
+}
+
+inline bool isDirectory(const std::string& path) {
+    struct stat status;
+    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+/* The full path of a program, or nothing where PATH has none of that name. */
+inline std::string findProgram(const std::string& name) {
+    const std::string path = environment("PATH");
+    for (std::size_t begin = 0, end; begin < path.size(); begin = end + 1) {
+        end = std::min(path.find(':', begin), path.size());
+        std::string program = begin == end ? "." : path.substr(begin, end - begin);
+        program.append("/").append(name);
+        if (access(program.c_str(), X_OK) == 0 && !isDirectory(program))
+            return program;
+    }
+    return {};
+}
+
+enum class HelperKind { Zenity, Kdialog };
+
+struct Helper {
+    std::string program;
+    HelperKind kind = HelperKind::Zenity;
+
+    bool isFound() const { return !program.empty(); }
+};
+
+/* The first one of an order that puts GTK's dialogs before KDE's, except on a KDE desktop, where
+   the most common of them gives way. Looked up for each dialog: that is cheap beside showing one,
+   and so nothing is kept between them. */
+inline Helper findHelper() {
+    const std::string kdialog = findProgram("kdialog");
+    const bool preferKdialog = !kdialog.empty() && environment("XDG_SESSION_DESKTOP") == "KDE";
+    for (const char* name : {"zenity", "matedialog", "qarma"}) {
+        if (preferKdialog && name == std::string{"zenity"})
+            continue;
+        std::string program = findProgram(name);
+        if (!program.empty())
+            return {std::move(program), HelperKind::Zenity};
+    }
+    return {kdialog, HelperKind::Kdialog};
+}
+
+/* A program under way, of which the standard output is gathered. */
+class Process {
+public:
+    Process() = default;
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+    ~Process() { wait(); }
+
+    /* Hands over the arguments as they are, no shell in between. What the program complains about
+       goes nowhere: toolkits are talkative. On failure nothing runs and the output is empty. */
+    void start(std::string program, std::vector<std::string> arguments) {
+        std::vector<char*> argv{program.data()};
+        for (std::string& argument : arguments)
+            argv.push_back(argument.data());
+        argv.push_back(nullptr);
+
+        int ends[2];
+        if (pipe2(ends, O_CLOEXEC) != 0)
+            return;
+        fcntl(ends[0], F_SETFL, O_NONBLOCK);
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+        posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+        if (posix_spawn(&_pid, program.c_str(), &actions, nullptr, argv.data(), environ) != 0)
+            _pid = 0;
+        posix_spawn_file_actions_destroy(&actions);
+        close(ends[1]);
+        _pipe = ends[0];
+        if (isRunning())
+            _exited = int(syscall(SYS_pidfd_open, _pid, 0));
+        else
+            closeDescriptor(_pipe);
+    }
+
+    bool isRunning() const { return _pid != 0; }
+
+    /* Waits for so many milliseconds, or without end if negative. It is the end of the program that
+       counts, since a daemon started by it may hold its output open; where the system cannot tell
+       of that end, it is the end of the output. */
+    bool ready(int timeout) {
+        if (!isRunning())
+            return true;
+        pollfd events[]{{_pipe, POLLIN, 0}, {_exited, POLLIN, 0}};
+        if (poll(events, 2, timeout) == -1)
+            return false;
+        readAvailable();
+        if (_exited != -1 ? !events[1].revents : _pipe != -1)
+            return false;
+        while (waitpid(_pid, nullptr, 0) == -1 && errno == EINTR)
+            continue;
+        _pid = 0;
+        closeDescriptor(_pipe);
+        closeDescriptor(_exited);
+        return true;
+    }
+
+    void wait() {
+        while (!ready(-1))
+            continue;
+    }
+
+    void kill() {
+        if (isRunning())
+            ::kill(_pid, SIGKILL);
+        wait();
+    }
+
+    const std::string& output() {
+        wait();
+        return _output;
+    }
+
+private:
+    static void closeDescriptor(int& descriptor) {
+        if (descriptor != -1)
+            close(descriptor);
+        descriptor = -1;
+    }
+
+    void readAvailable() {
+        char block[4096];
+        ssize_t count;
+        while (_pipe != -1 && (count = read(_pipe, block, sizeof(block))) != -1) {
+            _output.append(block, std::size_t(count));
+            if (!count)
+                closeDescriptor(_pipe);
+        }
+    }
+
+    pid_t _pid = 0;
+    int _pipe = -1;
+    int _exited = -1;
+    std::string _output;
+};
+
+using Arguments = std::vector<std::string>;
+
+class dialog {
+public:
+    /** Whether the dialog has closed, after waiting for it for so many milliseconds. */
+    bool ready(int timeout = 20) { return _process.ready(timeout); }
+
+    /** Closes the dialog with nothing chosen. */
+    bool kill() {
+        _process.kill();
+        return true;
+    }
+
+protected:
+    dialog() : _helper{findHelper()} {}
+
+    const Helper& helper() const { return _helper; }
+
+    void show(Arguments arguments) {
+        if (_helper.isFound())
+            _process.start(_helper.program, std::move(arguments));
+    }
+
+    const std::string& output() { return _process.output(); }
+
+private:
+    Helper _helper;
+    Process _process;
+};
+
+/* Every text stands behind a `=` or behind a `--`, so none can be taken for an option. */
+class file_dialog : public dialog {
+protected:
+    enum class Type { Open, Save, Folder };
+    using Filters = std::vector<std::string>;
+
+    file_dialog(Type type, const std::string& title, const std::string& path,
+                const Filters& filters, opt options) {
+        show(helper().kind == HelperKind::Zenity
+                 ? zenityArguments(type, title, path, filters, options)
+                 : kdialogArguments(type, title, path, filters, options));
+    }
+
+    /* Without the line end, and without the slash that some helpers put behind a directory. */
+    std::string onePath() {
+        std::string path = output();
+        while (!path.empty() && (path.back() == '\n' || path.back() == '/'))
+            path.pop_back();
+        return path;
+    }
+
+    /* One path in each line, up to an empty line. */
+    std::vector<std::string> allPaths() {
+        std::vector<std::string> paths;
+        const std::string& lines = output();
+        for (std::size_t begin = 0, end;
+             (end = lines.find('\n', begin)) != std::string::npos && end != begin; begin = end + 1)
+            paths.push_back(lines.substr(begin, end - begin));
+        return paths;
+    }
+
+private:
+    static Arguments zenityArguments(Type type, const std::string& title, const std::string& path,
+                                     const Filters& filters, opt options) {
+        /* Without the slash zenity opens the directory above. */
+        const bool needsSlash =
+            type != Type::Folder && !path.empty() && path.back() != '/' && isDirectory(path);
+        Arguments arguments{"--file-selection", "--filename=" + path + (needsSlash ? "/" : ""),
+                            "--title=" + title, "--separator=\n"};
+        for (std::size_t i = 0; i + 1 < filters.size(); i += 2)
+            arguments.push_back("--file-filter=" + filters[i] + '|' + filters[i + 1]);
+        if (type == Type::Save)
+            arguments.push_back("--save");
+        if (type == Type::Folder)
+            arguments.push_back("--directory");
+        if (!(options & opt::force_overwrite))
+            arguments.push_back("--confirm-overwrite");
+        if (options & opt::multiselect)
+            arguments.push_back("--multiple");
+        return arguments;
+    }
+
+    static Arguments kdialogArguments(Type type, const std::string& title, const std::string& path,
+                                      const Filters& filters, opt options) {
+        Arguments arguments{type == Type::Open   ? "--getopenfilename"
+                            : type == Type::Save ? "--getsavefilename"
+                                                 : "--getexistingdirectory"};
+        if (options & opt::multiselect) {
+            arguments.push_back("--multiple");
+            arguments.push_back("--separate-output");
+        }
+        std::string filter;
+        for (std::size_t i = 0; i + 1 < filters.size(); i += 2)
+            filter += (i ? " | " : "") + filters[i] + '(' + filters[i + 1] + ')';
+        arguments.push_back("--title=" + title);
+        arguments.push_back("--");
+        arguments.push_back(path);
+        arguments.push_back(filter);
+        return arguments;
+    }
+};
+
+} // namespace internal
+
+class settings {
+public:
+    /** Whether there is a program to show dialogs with. */
+    static bool available() { return internal::findHelper().isFound(); }
+
+    /** Nothing to do: the program is looked up for each dialog. */
+    static void rescan() {}
+};
+
+/** Shows a notification; the object waits at its end for the helper to be through. */
+class notify : public internal::dialog {
+public:
+    notify(const std::string& title, const std::string& message, icon icon = icon::info) {
+        if (helper().kind == internal::HelperKind::Zenity)
+            show({"--notification", std::string{"--window-icon="} + iconName(icon),
+                  "--text=" + title + '\n' + message});
+        else
+            show({std::string{"--icon="} + iconName(icon), "--title=" + title,
+                  "--passivepopup=" + message, "5"});
+    }
+
+private:
+    static const char* iconName(icon icon) {
+        switch (icon) {
+        case icon::warning:
+            return "warning";
+        case icon::error:
+            return "error";
+        default:
+            return "information";
+        }
+    }
+};
+
+class open_file : public internal::file_dialog {
+public:
+    open_file(const std::string& title, const std::string& path = "",
+              const std::vector<std::string>& filters = {"All Files", "*"}, opt options = opt::none)
+        : file_dialog{Type::Open, title, path, filters, options} {}
+
+    std::vector<std::string> result() { return allPaths(); }
+};
+
+class save_file : public internal::file_dialog {
+public:
+    save_file(const std::string& title, const std::string& path = "",
+              const std::vector<std::string>& filters = {"All Files", "*"}, opt options = opt::none)
+        : file_dialog{Type::Save, title, path, filters, options} {}
+
+    std::string result() { return onePath(); }
+};
+
+class select_folder : public internal::file_dialog {
+public:
+    select_folder(const std::string& title, const std::string& path = "", opt options = opt::none)
+        : file_dialog{Type::Folder, title, path, {}, options} {}
+
+    std::string result() { return onePath(); }
+};
+
+} // namespace VespermoorStandins
+} // namespace pfd
+
+#endif

@@ -1,0 +1,78 @@
+#ifndef Vespermoor_Test_Support_h
+#define Vespermoor_Test_Support_h
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <Corrade/Containers/Array.h>
+#include <Corrade/Containers/StringView.h>
+#include <Corrade/Utility/Debug.h>
+#include <gtest/gtest.h>
+
+namespace VespermoorEngine::Test {
+
+/** @brief Empty directory of its own for one test, removed with all it holds at the end. */
+class TemporaryDirectory {
+public:
+    TemporaryDirectory();
+    ~TemporaryDirectory();
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+    /** @brief Absolute path without links in it and without a trailing slash. */
+    const std::string& path() const { return directory; }
+
+    /** @brief Path of @p name inside the directory. */
+    std::string operator/(const std::string& name) const { return directory + '/' + name; }
+
+private:
+    std::string directory;
+};
+
+/** @brief Makes @p path and the directories above it hold exactly @p content. */
+void writeFile(const std::string& path, const std::string& content);
+
+/** @brief Whole content of @p path; fails the test where it cannot be read. */
+std::string readFile(const std::string& path);
+
+/** @brief Collects what goes to `Error` and `Warning` while it lives. */
+class Messages {
+public:
+    Messages() : error{&collected}, warning{&collected} {}
+
+    /** @brief What was printed so far. */
+    std::string text() const { return collected.str(); }
+
+private:
+    std::ostringstream collected;
+    Corrade::Utility::Error error;
+    Corrade::Utility::Warning warning;
+};
+
+/** @brief Copy of @p view for comparisons and messages of GoogleTest. */
+inline std::string text(const Corrade::Containers::StringView view) {
+    return {view.data(), view.size()};
+}
+
+/** @brief Copy of @p array for comparisons and messages of GoogleTest. */
+template <class T>
+std::vector<T> elements(const Corrade::Containers::Array<T>& array) {
+    return {array.begin(), array.end()};
+}
+
+/** @brief Name of a table's row in the form that GoogleTest takes: letters and digits only. */
+template <class Row>
+std::string rowName(const testing::TestParamInfo<Row>& info) {
+    std::string name;
+    for (const char c : std::string{info.param.name}) {
+        if (std::isalnum(static_cast<unsigned char>(c))) {
+            name += c;
+        }
+    }
+    return name;
+}
+
+} // namespace VespermoorEngine::Test
+
+#endif
