@@ -1,0 +1,32 @@
+#ifndef VespermoorEngine_Contract_h
+#define VespermoorEngine_Contract_h
+
+#include <cstdlib>
+
+#include <Corrade/Containers/StringView.h>
+#include <Corrade/Utility/Debug.h>
+
+/** @brief Libraries and programs of the Vespermoor engine. */
+namespace VespermoorEngine {
+
+namespace Containers = Corrade::Containers;
+namespace Utility = Corrade::Utility;
+
+/**
+ * @brief Ends the process because its own code broke a contract.
+ *
+ * Writes @p items as one line, with single blanks between them, to the default output of
+ * @ref Corrade::Utility::Error, also where that stream is redirected, and calls @cpp abort() @ce.
+ */
+template <class... T>
+[[noreturn]] void breakContract(const T&... items) {
+    {
+        Utility::Error error{Utility::Error::defaultOutput()};
+        (error << ... << items);
+    }
+    std::abort();
+}
+
+} // namespace VespermoorEngine
+
+#endif

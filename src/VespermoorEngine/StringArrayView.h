@@ -1,0 +1,68 @@
+#ifndef VespermoorEngine_StringArrayView_h
+#define VespermoorEngine_StringArrayView_h
+
+#include <cstddef>
+#include <utility>
+
+#include <Corrade/Containers/Array.h>
+#include <Corrade/Containers/StringView.h>
+
+#include "VespermoorEngine/visibility.h"
+
+namespace VespermoorEngine {
+
+namespace Containers = Corrade::Containers;
+
+/**
+ * @brief Read-only list of strings, packed one behind the other in one character store.
+ *
+ * Every string is followed by one NUL byte in the store, so string `i` starts at `offsets[i]`, is
+ * `offsets[i + 1] - offsets[i] - 1` bytes long and can be handed to a function that expects a
+ * NUL-terminated string. The list owns its offsets and leaves the character store alone.
+ */
+class VESPERMOOR_ENGINE_EXPORT StringArrayView {
+public:
+    virtual ~StringArrayView();
+
+    StringArrayView(const StringArrayView&) = delete;
+    StringArrayView& operator=(const StringArrayView&) = delete;
+
+    /** @brief Number of strings. */
+    std::size_t size() const { return offsets.size() - 1; }
+
+    /**
+     * @brief String at @p index, expected to be below @ref size().
+     *
+     * The view is @ref Corrade::Containers::StringViewFlag::NullTerminated and lives as long as
+     * the character store stands unchanged. An index out of range aborts with
+     * `StringArrayView::get(): invalid index 2 for size 2`.
+     */
+    Containers::StringView get(std::size_t index) const {
+        if (index >= size()) {
+            invalidIndex(index);
+        }
+        return {data + offsets[index], offsets[index + 1] - offsets[index] - 1,
+                Containers::StringViewFlag::NullTerminated};
+    }
+
+    /** @brief Start of each string in the store, then the end of the last one's terminator. */
+    Containers::Array<std::size_t> offsets;
+    /** @brief First byte of the character store. */
+    const char* data = nullptr;
+    /** @brief Bytes of the character store in use, the terminators included. */
+    std::size_t dataSize = 0;
+
+protected:
+    StringArrayView() = default;
+    StringArrayView(StringArrayView&& other) noexcept
+        : offsets{std::move(other.offsets)},
+          data{std::exchange(other.data, nullptr)},
+          dataSize{std::exchange(other.dataSize, 0)} {}
+
+private:
+    [[noreturn]] void invalidIndex(std::size_t index) const;
+};
+
+} // namespace VespermoorEngine
+
+#endif
