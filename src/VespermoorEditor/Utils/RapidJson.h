@@ -1,0 +1,43 @@
+#ifndef VespermoorEditor_Utils_RapidJson_h
+#define VespermoorEditor_Utils_RapidJson_h
+
+/** @file
+ * The one place that configures RapidJSON: its defaults, with the assertions compiled out, since
+ * the typed reads trust their callers about the kind of a value. Everything that uses RapidJSON
+ * together with this library includes it through here.
+ *
+ * One process must not hold both kinds of RapidJSON's inline functions, so a source that has
+ * included RapidJSON with other settings before does not compile.
+ */
+
+#ifndef RAPIDJSON_ASSERT
+#define RAPIDJSON_ASSERT(condition)
+#endif
+
+#include <rapidjson/document.h>
+#include <rapidjson/encodedstream.h>
+#include <rapidjson/error/en.h>
+#include <rapidjson/memorystream.h>
+#include <rapidjson/pointer.h>
+#include <rapidjson/prettywriter.h>
+#include <rapidjson/reader.h>
+#include <rapidjson/stringbuffer.h>
+
+#define VESPERMOOR_TEXT_OF(...) #__VA_ARGS__
+#define VESPERMOOR_EXPANDED_TEXT_OF(...) VESPERMOOR_TEXT_OF(__VA_ARGS__)
+static_assert(sizeof(VESPERMOOR_EXPANDED_TEXT_OF(RAPIDJSON_ASSERT(true))) == 1,
+              "RapidJSON was included with assertions before a header of VespermoorEditorUtils: "
+              "include <VespermoorEditor/Utils/RapidJson.h> in place of RapidJSON's headers");
+#undef VESPERMOOR_EXPANDED_TEXT_OF
+#undef VESPERMOOR_TEXT_OF
+
+#if defined(__x86_64__) || defined(__aarch64__)
+static_assert(RAPIDJSON_48BITPOINTER_OPTIMIZATION == 1,
+              "RapidJSON was included without its 48-bit pointers before a header of "
+              "VespermoorEditorUtils, which lays values out with them");
+#endif
+static_assert(sizeof(rapidjson::SizeType) == 4,
+              "RapidJSON was included with another SizeType before a header of "
+              "VespermoorEditorUtils, which lays values out with 32-bit sizes");
+
+#endif

@@ -1,0 +1,230 @@
+#include "VespermoorEditor/Utils/RapidJsonUtils.h"
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <string>
+
+#include <Corrade/Utility/Format.h>
+#include <Corrade/Utility/Path.h>
+#include <VespermoorEngine/Contract.h>
+
+namespace VespermoorEngine::RapidJsonUtils {
+
+namespace {
+
+/* Builds a document from the parser's events and ends the parse where they nest too deep. The
+   parser recurses once per level, so the limit has to act while it runs. */
+class NestingGuard {
+public:
+    using Ch = char;
+
+    explicit NestingGuard(rapidjson::Document& target) : document(target) {}
+
+    bool Null() { return document.Null(); }
+    bool Bool(const bool value) { return document.Bool(value); }
+    bool Int(const int value) { return document.Int(value); }
+    bool Uint(const unsigned int value) { return document.Uint(value); }
+    bool Int64(const std::int64_t value) { return document.Int64(value); }
+    bool Uint64(const std::uint64_t value) { return document.Uint64(value); }
+    bool Double(const double value) { return document.Double(value); }
+    bool RawNumber(const char* const text, const rapidjson::SizeType size, const bool copy) {
+        return document.RawNumber(text, size, copy);
+    }
+    bool String(const char* const text, const rapidjson::SizeType size, const bool copy) {
+        return document.String(text, size, copy);
+    }
+    bool StartObject() { return ++nesting <= maxNesting && document.StartObject(); }
+    bool Key(const char* const text, const rapidjson::SizeType size, const bool copy) {
+        return document.Key(text, size, copy);
+    }
+    bool EndObject(const rapidjson::SizeType count) {
+        --nesting;
+        return document.EndObject(count);
+    }
+    bool StartArray() { return ++nesting <= maxNesting && document.StartArray(); }
+    bool EndArray(const rapidjson::SizeType count) {
+        --nesting;
+        return document.EndArray(count);
+    }
+
+private:
+    rapidjson::Document& document;
+    int nesting = 0;
+};
+
+/* Names of one object often begin alike and end in a number, so their last byte tells most of them
+   apart before anything is called. */
+bool nameEquals(const rapidjson::Value& name, const Containers::StringView key) {
+    const std::size_t size = name.GetStringLength();
+    if (size != key.size()) {
+        return false;
+    }
+    const char* const data = name.GetString();
+    return size == 0 ||
+           (data[size - 1] == key[size - 1] && std::memcmp(data, key.data(), size) == 0);
+}
+
+/* Works on a constant and on a writable object alike. */
+template <class Value>
+auto findMember(Value& object, const Containers::StringView name) {
+    auto member = object.MemberBegin();
+    const auto end = object.MemberEnd();
+    while (member != end && !nameEquals(member->name, name)) {
+        ++member;
+    }
+    return member;
+}
+
+template <class Value>
+Value* findMemberValue(Value& object, const Containers::StringView name) {
+    const auto member = findMember(object, name);
+    return member == object.MemberEnd() ? nullptr : &member->value;
+}
+
+Containers::StringView view(const rapidjson::Value& string) {
+    return {string.GetString(), string.GetStringLength(),
+            Containers::StringViewFlag::NullTerminated};
+}
+
+/* RapidJSON and the standard library read from where a text begins, however short it is. */
+const char* dataOrEmpty(const Containers::StringView text) {
+    return text.data() ? text.data() : "";
+}
+
+} // namespace
+
+Containers::Optional<Containers::String> jsonToString(const rapidjson::Value& value,
+                                                      const int maxDecimalPlaces) {
+    if (maxDecimalPlaces < 1) {
+        breakContract("RapidJsonUtils::jsonToString(): maxDecimalPlaces must be greater than 0");
+    }
+
+    using Buffer = rapidjson::GenericStringBuffer<rapidjson::UTF8<>, rapidjson::CrtAllocator>;
+    using IndentingWriter =
+        rapidjson::PrettyWriter<Buffer, rapidjson::UTF8<>, rapidjson::UTF8<>,
+                                rapidjson::CrtAllocator, rapidjson::kWriteNoFlags>;
+    /* JSON has no text for these numbers, and the writer gives up on them. */
+    class HandleInvalidDoubleWriter : public IndentingWriter {
+    public:
+        explicit HandleInvalidDoubleWriter(Buffer& buffer) : IndentingWriter{buffer} {}
+
+        bool Double(const double number) {
+            if (std::isnan(number)) {
+                return IndentingWriter::Double(0.0);
+            }
+            if (std::isinf(number)) {
+                return IndentingWriter::Double(
+                    std::copysign(std::numeric_limits<double>::max(), number));
+            }
+            return IndentingWriter::Double(number);
+        }
+    };
+
+    Buffer buffer;
+    HandleInvalidDoubleWriter writer{buffer};
+    writer.SetMaxDecimalPlaces(maxDecimalPlaces);
+    if (!value.Accept(writer)) {
+        return {};
+    }
+    return Containers::String{buffer.GetString(), buffer.GetSize()};
+}
+
+ValueOrError<rapidjson::Document> parseJsonFile(const Containers::StringView filename,
+                                                const rapidjson::Type type) {
+    const Containers::Optional<Containers::String> text = Utility::Path::readString(filename);
+    if (!text) {
+        return Utility::format("File does not exist: {}", filename);
+    }
+
+    rapidjson::Document document{type};
+    rapidjson::MemoryStream memory{text->data(), text->size()};
+    rapidjson::EncodedInputStream<rapidjson::UTF8<>, rapidjson::MemoryStream> stream{memory};
+    rapidjson::Reader reader;
+    bool parsed = false;
+    auto parse = [&](rapidjson::Document& handler) {
+        NestingGuard guard{handler};
+        parsed = bool(reader.Parse<rapidjson::kParseNoFlags>(stream, guard));
+        return parsed;
+    };
+    document.Populate(parse);
+    if (!parsed) {
+        return Utility::format("Invalid JSON in file: {}", filename);
+    }
+    return document;
+}
+
+Containers::Pair<Containers::StringView, rapidjson::Value*>
+getSubValue(rapidjson::Value& value, const Containers::StringView key) {
+    if (value.IsArray()) {
+        const unsigned long index = std::stoul(dataOrEmpty(key));
+        if (index >= value.Size()) {
+            return {};
+        }
+        return {{}, &value[rapidjson::SizeType(index)]};
+    }
+    if (value.IsObject()) {
+        const auto member = findMember(value, key);
+        if (member != value.MemberEnd()) {
+            return {view(member->name), &member->value};
+        }
+    }
+    return {};
+}
+
+Containers::Pair<Containers::StringView, rapidjson::Value*> getSubValue(rapidjson::Value& value,
+                                                                        const unsigned int index) {
+    if (value.IsObject() && index < value.MemberCount()) {
+        const auto member = value.MemberBegin() + index;
+        return {view(member->name), &member->value};
+    }
+    if (value.IsArray() && index < value.Size()) {
+        return {{}, &value[index]};
+    }
+    return {};
+}
+
+rapidjson::Value* getMember(rapidjson::Value& object, const rapidjson::Value& name) {
+    return findMemberValue(object, view(name));
+}
+
+rapidjson::Value* getMember(rapidjson::Value& object, const Containers::StringView name) {
+    return findMemberValue(object, name);
+}
+
+const rapidjson::Value* getMember(const rapidjson::Value& object,
+                                  const Containers::StringView name) {
+    return findMemberValue(object, name);
+}
+
+rapidjson::Value&
+getOrAddMember(rapidjson::Value& object, const Containers::StringView name,
+               rapidjson::MemoryPoolAllocator<rapidjson::CrtAllocator>& allocator) {
+    if (rapidjson::Value* const found = findMemberValue(object, name)) {
+        return *found;
+    }
+    object.AddMember(
+        rapidjson::Value{dataOrEmpty(name), rapidjson::SizeType(name.size()), allocator},
+        rapidjson::Value{rapidjson::kObjectType}, allocator);
+    return (object.MemberEnd() - 1)->value;
+}
+
+rapidjson::Value* valueByPointer(rapidjson::Value& root, const Containers::StringView pointer) {
+    return rapidjson::Pointer{dataOrEmpty(pointer), pointer.size()}.Get(root);
+}
+
+const rapidjson::Value* valueByPointer(const rapidjson::Value& root,
+                                       const Containers::StringView pointer) {
+    return rapidjson::Pointer{dataOrEmpty(pointer), pointer.size()}.Get(root);
+}
+
+} // namespace VespermoorEngine::RapidJsonUtils
+
+namespace rapidjson {
+
+Corrade::Utility::Debug& operator<<(Corrade::Utility::Debug& debug, const Value& value) {
+    return debug << VespermoorEngine::RapidJsonUtils::jsonToString(
+               value, VespermoorEngine::RapidJsonUtils::defaultMaxDecimalPlaces);
+}
+
+} // namespace rapidjson
