@@ -1,0 +1,54 @@
+#ifndef Vespermoor_Host_DocumentScope_h
+#define Vespermoor_Host_DocumentScope_h
+
+#include <VespermoorEditor/Utils/JsonObject.h>
+
+namespace VespermoorEngine::Host {
+
+namespace Containers = Corrade::Containers;
+
+/**
+ * @brief A place in a JSON document, which need not exist yet.
+ *
+ * A slash in a path is a step down, a decimal step leads into an array. A path that leads nowhere
+ * gives an accessor that does not exist and reads as null; the first write makes it, and what lacks
+ * on the way to it. The document is borrowed, and an accessor is good as long as nothing but itself
+ * changes what stands above its place.
+ */
+class DocumentScope : public JsonObject {
+public:
+    /** @brief The root of @p document. */
+    explicit DocumentScope(rapidjson::Document& document);
+
+    /** @brief @p value, which has to lie inside @p document. */
+    DocumentScope(rapidjson::Document& document, rapidjson::Value& value);
+
+    bool exists() override;
+    Containers::Pointer<JsonObject> member(Containers::StringView path) override;
+    rapidjson::MemoryPoolAllocator<rapidjson::CrtAllocator>& allocator() override;
+    const rapidjson::Value& value() const override;
+    rapidjson::Value& mutableValue() override;
+
+    /** @brief Goes down by the single step @p name, in which a slash is an ordinary character. */
+    void descend(Containers::StringView name);
+
+    /**
+     * @brief Whether a write can make this place without replacing anything that exists.
+     *
+     * Members can be added to an object and to null, and an element to the end of an array, where
+     * the step is the array's size or `-`.
+     */
+    bool canBeMade() const;
+
+private:
+    rapidjson::Document* document;
+    /* What the steps lead to; where they lead nowhere, the last value that they passed. */
+    rapidjson::Value* reached;
+    /* The steps that lead on from there to nowhere. */
+    Containers::Array<Containers::String> missing;
+    rapidjson::Value null;
+};
+
+} // namespace VespermoorEngine::Host
+
+#endif

@@ -1,0 +1,167 @@
+#ifndef VespermoorEditor_Utils_JsonObject_h
+#define VespermoorEditor_Utils_JsonObject_h
+
+#include <cstddef>
+
+#include <Corrade/Containers/Array.h>
+#include <Corrade/Containers/ArrayView.h>
+#include <Corrade/Containers/Pointer.h>
+#include <Corrade/Containers/String.h>
+#include <Corrade/Containers/StringView.h>
+#include <Magnum/Magnum.h>
+#include <Magnum/Math/Matrix4.h>
+#include <Magnum/Math/Quaternion.h>
+#include <Magnum/Math/Vector2.h>
+#include <Magnum/Math/Vector3.h>
+#include <Magnum/Math/Vector4.h>
+
+#include "VespermoorEditor/Utils/RapidJson.h"
+#include "VespermoorEditor/Utils/visibility.h"
+
+namespace VespermoorEngine {
+
+namespace Containers = Corrade::Containers;
+
+/**
+ * @brief Typed access to one JSON value.
+ *
+ * Holds no data: the five pure virtual operations of a subclass tell where the value lies, which
+ * can be a member of a document, a place that does not exist yet, or one value to read from and
+ * another one to write to. Everything else works on what those five hand out.
+ *
+ * Views that a read returns alias the value's own storage. They live until that value, or the array
+ * that holds it, changes or the document ends. A read trusts its caller about the kind of the value
+ * wherever nothing else is said; test @ref isNull() and @ref size() first on a document from
+ * outside.
+ */
+class VESPERMOOR_EDITOR_UTILS_EXPORT JsonObject {
+public:
+    virtual ~JsonObject();
+
+    /** @brief Whether this accessor refers to a value that exists. */
+    virtual bool exists() = 0;
+
+    /**
+     * @brief New accessor for what lies at @p path, owned by the caller.
+     *
+     * A slash in @p path is a step down, and there is none in front. Never a null pointer: for a
+     * path that leads nowhere, @ref exists() of the result is false.
+     */
+    virtual Containers::Pointer<JsonObject> member(Containers::StringView path) = 0;
+
+    /** @brief Allocator of the document that holds @ref mutableValue(). */
+    virtual rapidjson::MemoryPoolAllocator<rapidjson::CrtAllocator>& allocator() = 0;
+
+    /**
+     * @brief The value to read, of kind null for something missing.
+     *
+     * An operation may call this more than once, so the result must not change during a call.
+     */
+    virtual const rapidjson::Value& value() const = 0;
+
+    /** @brief The value to write, which may be the one of @ref value() or another one. */
+    virtual rapidjson::Value& mutableValue() = 0;
+
+    /** @{ @name Single values */
+
+    /** @brief Whether the value is of kind null. */
+    bool isNull() const;
+
+    /** @brief Element count of an array, member count of an object, 0 for every other kind. */
+    std::size_t size() const;
+
+    /** @brief The bytes of a string, without flags; a default-constructed view on all else. */
+    Containers::StringView asString() const;
+
+    /** @brief Whether the value is JSON true; false for every other kind. */
+    bool asBool() const;
+
+    /** @brief Low 32 bits of an integer; @p defaultValue on null, and only there. */
+    int asInt(int defaultValue) const;
+
+    /** @brief Low 32 bits of an integer; @p defaultValue on null, and only there. */
+    unsigned int asUnsignedInt(unsigned int defaultValue) const;
+
+    /** @brief A number, taken as a double and then narrowed; 0.0 on null and on a boolean. */
+    float asFloat() const;
+
+    /** @} */
+
+    /** @{ @name Fixed-size types, read from an array of numbers
+     *
+     * An array of another size aborts with the message of the array read behind it,
+     * `JsonObject::asFloatArray(): Sizes do not match` or
+     * `JsonObject::asIntArray(): Sizes do not match`. Nothing is allocated.
+     */
+
+    /** @brief Vector from an array of 2 numbers. */
+    Magnum::Vector2 asVector2() const;
+
+    /** @brief Vector from an array of 3 numbers. */
+    Magnum::Vector3 asVector3() const;
+
+    /** @brief Vector from an array of 4 numbers. */
+    Magnum::Vector4 asVector4() const;
+
+    /** @brief Vector from an array of 2 integers. */
+    Magnum::Vector2i asVector2i() const;
+
+    /** @brief Matrix from an array of 16 numbers, column after column. */
+    Magnum::Math::Matrix4<float> asMatrix4() const;
+
+    /**
+     * @brief Quaternion from an array that begins with x, y, z of the vector part and w, the
+     * scalar part.
+     *
+     * Elements past the fourth are ignored. Fewer than four abort with
+     * `JsonObject::asQuaternion(): Sizes do not match`. Unlike its siblings it allocates a
+     * temporary array.
+     */
+    Magnum::Math::Quaternion<float> asQuaternion() const;
+
+    /** @} */
+
+    /** @{ @name Arrays
+     *
+     * The forms with a view fill memory of the caller and expect it to have exactly as many
+     * elements as the array; otherwise they abort before they write, with a message such as
+     * `JsonObject::asFloatArray(): Sizes do not match`. The others allocate the result, which is
+     * empty with null data for an empty array and for null. A value of another kind counts as an
+     * empty array. Views of strings are
+     * NUL-terminated, and an element of another kind gives a default-constructed one.
+     */
+
+    /** @brief Numbers, each taken as a double and then narrowed, a null or boolean as 0.0. */
+    void asFloatArray(Containers::ArrayView<float> array) const;
+    /** @brief Low 32 bits of integers. */
+    void asIntArray(Containers::ArrayView<int> array) const;
+    /** @brief Low 32 bits of integers. */
+    void asUnsignedIntArray(Containers::ArrayView<unsigned int> array) const;
+    /** @brief Views of strings. */
+    void asStringArray(Containers::ArrayView<Containers::StringView> array) const;
+
+    /** @overload */
+    Containers::Array<float> asFloatArray() const;
+    /** @overload */
+    Containers::Array<int> asIntArray() const;
+    /** @overload */
+    Containers::Array<unsigned int> asUnsignedIntArray() const;
+    /** @brief Copies of strings, with all their bytes. */
+    Containers::Array<Containers::String> asStringArray() const;
+    /** @brief Views of strings. */
+    Containers::Array<Containers::StringView> asStringViewArray() const;
+
+    /**
+     * @brief NUL-terminated view of the string at @p index, expected to be inside an array.
+     *
+     * Aborts with `JsonObject::elementAsString(): Not an array` or
+     * `JsonObject::elementAsString(): Index is out of bounds`, tested in this order.
+     */
+    Containers::StringView elementAsString(std::size_t index) const;
+
+    /** @} */
+};
+
+} // namespace VespermoorEngine
+
+#endif
