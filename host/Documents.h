@@ -1,0 +1,30 @@
+#ifndef Vespermoor_Host_Documents_h
+#define Vespermoor_Host_Documents_h
+
+#include <Corrade/Containers/String.h>
+#include <Corrade/Containers/StringView.h>
+#include <VespermoorEditor/Utils/RapidJson.h>
+
+namespace VespermoorEngine::Host {
+
+namespace Containers = Corrade::Containers;
+
+/**
+ * @brief The JSON document in the file @p path.
+ *
+ * Throws @ref Failure with the system's reason, or with the line, the column (in bytes) and the
+ * reason where the text is no JSON, in the form `scene.json:3:17: Missing a name for object
+ * member`.
+ */
+rapidjson::Document readDocument(Containers::StringView path);
+
+/**
+ * @brief Indented JSON text of @p value with a newline at its end.
+ *
+ * @p decimals is the largest number of fractional digits, at least 1.
+ */
+Containers::String printDocument(const rapidjson::Value& value, int decimals);
+
+} // namespace VespermoorEngine::Host
+
+#endif

@@ -1,0 +1,33 @@
+#ifndef Vespermoor_Host_Files_h
+#define Vespermoor_Host_Files_h
+
+#include <Corrade/Containers/Optional.h>
+#include <Corrade/Containers/String.h>
+#include <Corrade/Containers/StringView.h>
+
+namespace VespermoorEngine::Host {
+
+namespace Containers = Corrade::Containers;
+
+/** @brief Content of the file @p path; throws @ref Failure with the system's reason. */
+Containers::String readFile(Containers::StringView path);
+
+/**
+ * @brief Makes @p path hold exactly @p content, as a whole or not at all.
+ *
+ * The content is written to a new file beside it, which then takes its name and its permissions, so
+ * a reader sees the old file or the new one, also when the process is killed in between. A link is
+ * followed first. A device or a pipe has nothing to lose and is written to directly. Throws
+ * @ref Failure with the system's reason; the old file stands then.
+ */
+void replaceFile(Containers::StringView path, Containers::StringView content);
+
+/** @brief Writes @p content to standard output; throws @ref Failure where that fails. */
+void print(Containers::StringView content);
+
+/** @brief @ref replaceFile() where @p path names a file, @ref print() where it is empty. */
+void output(Containers::StringView path, Containers::StringView content);
+
+} // namespace VespermoorEngine::Host
+
+#endif

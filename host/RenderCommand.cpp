@@ -1,0 +1,61 @@
+#include "RenderCommand.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <Corrade/Containers/GrowableArray.h>
+#include <Corrade/Containers/StringStl.h>
+
+#include "DocumentScope.h"
+#include "Documents.h"
+#include "Failure.h"
+#include "Files.h"
+#include "Templates.h"
+
+namespace VespermoorEngine::Host {
+
+namespace {
+
+struct Options {
+    std::string templatePath;
+    std::vector<std::string> data;
+    std::string output;
+};
+
+void run(const Options& options) {
+    NamedTemplate source = readTemplate(options.templatePath);
+    std::vector<rapidjson::Document> documents;
+    std::vector<DocumentScope> scopes;
+    Containers::Array<Containers::Reference<JsonObject>> references;
+    documents.reserve(options.data.size());
+    scopes.reserve(options.data.size());
+    for (const std::string& path : options.data) {
+        documents.push_back(readDocument(path));
+        scopes.emplace_back(documents.back());
+        arrayAppend(references, Corrade::InPlaceInit, scopes.back());
+    }
+    output(options.output, render(source, references));
+}
+
+} // namespace
+
+void addRenderCommand(CLI::App& program) {
+    CLI::App* const command =
+        program.add_subcommand("render", "Render a template against JSON documents");
+    const auto options = std::make_shared<Options>();
+    command->add_option("TEMPLATE", options->templatePath, "The template")->required();
+    command
+        ->add_option("--data", options->data,
+                     "JSON documents; the first one that has a name decides its value")
+        ->required();
+    command->add_option("--output", options->output,
+                        "File to replace with the result, in place of printing it");
+    command->footer("Example, in the root of the sources:\n"
+                    "  vespermoor-utils render examples/greeting/greeting.tmpl "
+                    "--data examples/greeting/user.json");
+    command->callback([options] { run(*options); });
+}
+
+} // namespace VespermoorEngine::Host

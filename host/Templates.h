@@ -1,0 +1,26 @@
+#ifndef Vespermoor_Host_Templates_h
+#define Vespermoor_Host_Templates_h
+
+#include <Corrade/Containers/Pointer.h>
+#include <VespermoorEditor/Utils/Template.h>
+
+namespace VespermoorEngine::Host {
+
+namespace Containers = Corrade::Containers;
+
+/** @brief A compiled template and the file that it came from, for the messages about it. */
+struct NamedTemplate {
+    Containers::String path;
+    Containers::Pointer<Template> compiled;
+};
+
+/** @brief Compiles the file @p path; throws @ref Failure with the reason. */
+NamedTemplate readTemplate(Containers::StringView path);
+
+/** @brief Renders @p source; throws @ref Failure with the reason of the first failed directive. */
+Containers::String render(NamedTemplate& source,
+                          Containers::ArrayView<const Containers::Reference<JsonObject>> scopes);
+
+} // namespace VespermoorEngine::Host
+
+#endif

@@ -1,0 +1,36 @@
+#include <cstdio>
+#include <exception>
+
+#include <CLI/CLI.hpp>
+
+#include "JsonCommand.h"
+#include "RenderCommand.h"
+
+namespace {
+
+constexpr int failed = 1;
+constexpr int wrongUsage = 2;
+
+int run(const int argc, const char* const* const argv) {
+    CLI::App program{"Services of the Vespermoor editor for the command line", "vespermoor-utils"};
+    program.require_subcommand(1);
+    VespermoorEngine::Host::addJsonCommand(program);
+    VespermoorEngine::Host::addRenderCommand(program);
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return program.exit(error) == 0 ? 0 : wrongUsage;
+    }
+    return 0;
+}
+
+} // namespace
+
+int main(const int argc, const char* const* const argv) {
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "vespermoor-utils: %s\n", error.what());
+        return failed;
+    }
+}
