@@ -1,0 +1,37 @@
+#ifndef Vespermoor_Bench_Ratios_h
+#define Vespermoor_Bench_Ratios_h
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+/** @brief What the benchmarks share: a run with a summary of ratios, and counts of memory. */
+namespace VespermoorEngine::Bench {
+
+/** @brief How long the benchmark @ref measured takes in terms of @ref reference. */
+struct Ratio {
+    std::string name;
+    std::string measured;
+    std::string reference;
+    /** @brief Largest ratio that we are content with; 0 where the ratio is only of interest. */
+    double goal = 0.0;
+};
+
+/**
+ * @brief Runs the registered benchmarks and prints the least time of each, then @p ratios.
+ *
+ * Repetitions of all benchmarks alternate at random, and the least time counts: what else the
+ * machine does can only add to it. A ratio of which one side did not run is left out. Takes the
+ * command line of `main()` with all flags of Google Benchmark and returns its exit code.
+ */
+int run(int argc, char** argv, const std::vector<Ratio>& ratios);
+
+/** @brief Allocations of this process since its start, reallocations included. */
+std::size_t allocationCount();
+
+/** @brief Largest resident size of this process so far, in KiB. */
+std::size_t peakMemory();
+
+} // namespace VespermoorEngine::Bench
+
+#endif
