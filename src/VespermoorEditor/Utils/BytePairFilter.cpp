@@ -1,0 +1,82 @@
+#include "VespermoorEditor/Utils/BytePairFilter.h"
+
+#include <algorithm>
+#include <cstring>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+namespace VespermoorEngine::Utils {
+
+bool ByteSet::add(const char value) {
+    for (std::size_t i = 0; i != _size; ++i) {
+        if (_repeated[i][0] == value) {
+            return true;
+        }
+    }
+    if (_size == capacity) {
+        return false;
+    }
+    std::memset(_repeated[_size], value, sizeof(_repeated) - _size * sizeof(_repeated[0]));
+    ++_size;
+    return true;
+}
+
+BytePairFilter::BytePairFilter(const Containers::StringView text, const ByteSet& first,
+                               const ByteSet& second, const std::size_t distance)
+    : _text{text.data()},
+      _distance{distance},
+      _places{text.size() - std::min(distance, text.size())},
+      _first{first},
+      _second{second} {}
+
+#ifdef __SSE2__
+namespace {
+
+/* All bits set in the place of each of 16 bytes that is in the set. */
+template <std::size_t values>
+__m128i findAny(const ByteSet& set, const char* const bytes) {
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+    __m128i found = _mm_setzero_si128();
+    for (std::size_t i = 0; i != values; ++i) {
+        const __m128i value = _mm_load_si128(reinterpret_cast<const __m128i*>(set.repeated(i)));
+        found = _mm_or_si128(found, _mm_cmpeq_epi8(block, value));
+    }
+    return found;
+}
+
+} // namespace
+
+bool BytePairFilter::isFast() {
+    return true;
+}
+
+template <std::size_t values>
+std::size_t BytePairFilter::nextOf(std::size_t i) const {
+    for (; i + sizeof(__m128i) <= _places; i += sizeof(__m128i)) {
+        const char* const bytes = _text + i;
+        const int found = _mm_movemask_epi8(_mm_and_si128(
+            findAny<values>(_first, bytes), findAny<values>(_second, bytes + _distance)));
+        if (found != 0) {
+            return i + __builtin_ctz(found);
+        }
+    }
+    return i;
+}
+
+std::size_t BytePairFilter::next(const std::size_t i) const {
+    const std::size_t values = std::max(_first.size(), _second.size());
+    return values <= 1 ? nextOf<1>(i) : values <= 2 ? nextOf<2>(i) : nextOf<ByteSet::capacity>(i);
+}
+#else
+bool BytePairFilter::isFast() {
+    return false;
+}
+
+std::size_t BytePairFilter::next(const std::size_t i) const {
+    return i;
+}
+#endif
+
+} // namespace VespermoorEngine::Utils

@@ -1,0 +1,73 @@
+#ifndef VespermoorEditor_Utils_BytePairFilter_h
+#define VespermoorEditor_Utils_BytePairFilter_h
+
+#include <cstddef>
+
+#include <Corrade/Containers/StringView.h>
+
+namespace VespermoorEngine {
+
+namespace Containers = Corrade::Containers;
+
+namespace Utils {
+
+/** @brief Up to four byte values, in a form to compare 16 bytes with at once. */
+class ByteSet {
+public:
+    /** @brief Values that fit. */
+    static constexpr std::size_t capacity = 4;
+
+    /** @brief Adds @p value, and returns whether it is in the set now. */
+    bool add(char value);
+
+    /** @brief Number of values. */
+    std::size_t size() const { return _size; }
+
+    /** @brief Value @p i, in the order in which they were added. */
+    char operator[](const std::size_t i) const { return _repeated[i][0]; }
+
+    /** @brief Value @p i repeated 16 times; behind the last one the last one again. */
+    const char* repeated(const std::size_t i) const { return _repeated[i]; }
+
+private:
+    std::size_t _size = 0;
+    alignas(16) char _repeated[capacity][16] = {};
+};
+
+/**
+ * @brief Finds the places of a text at which a search is worth its while.
+ *
+ * Those are the places where a byte of one set stands, and a byte of another set at a fixed
+ * distance behind it. Neither set is empty. The text is not owned.
+ */
+class BytePairFilter {
+public:
+    /** @brief Whether the processor compares several bytes at once, so that filtering pays. */
+    static bool isFast();
+
+    explicit BytePairFilter(Containers::StringView text, const ByteSet& first,
+                            const ByteSet& second, std::size_t distance);
+
+    /**
+     * @brief First such place from @p i on.
+     *
+     * Near the end of the text, and everywhere where filtering is not fast, it is @p i itself,
+     * whatever stands there; so every place that is returned is still to be compared in full.
+     */
+    std::size_t next(std::size_t i) const;
+
+private:
+    template <std::size_t values>
+    std::size_t nextOf(std::size_t i) const;
+
+    const char* _text;
+    std::size_t _distance;
+    std::size_t _places;
+    ByteSet _first;
+    ByteSet _second;
+};
+
+} // namespace Utils
+} // namespace VespermoorEngine
+
+#endif

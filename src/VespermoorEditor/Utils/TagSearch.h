@@ -1,0 +1,32 @@
+#ifndef VespermoorEditor_Utils_TagSearch_h
+#define VespermoorEditor_Utils_TagSearch_h
+
+#include <Corrade/Containers/ArrayView.h>
+#include <Corrade/Containers/StringView.h>
+
+namespace VespermoorEngine {
+
+namespace Containers = Corrade::Containers;
+
+namespace Utils {
+
+/** @brief A tag to look for, and where to note the place at which it stands. */
+struct SoughtTag {
+    Containers::StringView bytes;
+    Containers::StringView* found;
+};
+
+/**
+ * @brief Finds the first occurrence of each tag, in one scan of @p text for all of them.
+ *
+ * Each is the one that a search for that tag alone finds: tags may overlap, begin alike and be
+ * equal. What is noted is a view of @p text. A tag that does not occur, or has zero length, leaves
+ * its empty @cpp *found @ce as it is.
+ */
+void findFirstOccurrences(Containers::StringView text,
+                          Containers::ArrayView<const SoughtTag> sought);
+
+} // namespace Utils
+} // namespace VespermoorEngine
+
+#endif
