@@ -1,5 +1,7 @@
 #include "VespermoorEditor/Utils/JsonObject.h"
 
+#include <algorithm>
+
 #include <VespermoorEngine/Contract.h>
 
 namespace VespermoorEngine {
@@ -40,6 +42,72 @@ void readInto(const rapidjson::Value& value, const Containers::ArrayView<T> arra
     }
     for (std::size_t i = 0; i != array.size(); ++i) {
         array[i] = convert(value[rapidjson::SizeType(i)]);
+    }
+}
+
+using Allocator = rapidjson::MemoryPoolAllocator<rapidjson::CrtAllocator>;
+
+rapidjson::Value toJson(const int number, Allocator&) {
+    return rapidjson::Value{number};
+}
+
+rapidjson::Value toJson(const unsigned char number, Allocator&) {
+    return rapidjson::Value{unsigned{number}};
+}
+
+rapidjson::Value toJson(const float number, Allocator&) {
+    return rapidjson::Value{double{number}};
+}
+
+/* RapidJSON copies from the pointer even where there is nothing to copy. */
+rapidjson::Value toJson(const Containers::StringView string, Allocator& allocator) {
+    return rapidjson::Value{string.data() ? string.data() : "", rapidjson::SizeType(string.size()),
+                            allocator};
+}
+
+/* Replaces the writable value with an array of the elements of a view or an iterable. */
+template <class Elements>
+void writeArray(JsonObject& object, const Elements& elements) {
+    rapidjson::Value& array = object.mutableValue();
+    array.SetArray();
+    array.Reserve(rapidjson::SizeType(elements.size()), object.allocator());
+    for (const auto& element : elements) {
+        Allocator& allocator = object.allocator();
+        array.PushBack(toJson(element, allocator), allocator);
+    }
+}
+
+/* The writable value, made a copy of the readable one where the two differ. */
+rapidjson::Value& updatedValue(JsonObject& object) {
+    const rapidjson::Value& readable = object.value();
+    rapidjson::Value& writable = object.mutableValue();
+    if (&readable != &writable) {
+        writable = rapidjson::Value{readable, object.allocator()};
+    }
+    return writable;
+}
+
+/* The copy of the string is made first: the string may be what the value holds so far. */
+void appendString(JsonObject& object, rapidjson::Value& json, const Containers::StringView string) {
+    rapidjson::Value element = toJson(string, object.allocator());
+    if (!json.IsArray()) {
+        json.SetArray();
+    }
+    json.PushBack(element, object.allocator());
+}
+
+bool hasString(const rapidjson::Value& array, const Containers::StringView string) {
+    return std::any_of(array.Begin(), array.End(), [&string](const rapidjson::Value& element) {
+        return element.IsString() && Containers::StringView{element.GetString()} == string;
+    });
+}
+
+void expectElement(const rapidjson::Value& json, const std::size_t index) {
+    if (!json.IsArray()) {
+        breakContract("JsonObject::eraseElement(): Not an array");
+    }
+    if (index >= json.Size()) {
+        breakContract("JsonObject::eraseElement(): Index is out of bounds");
     }
 }
 
@@ -178,6 +246,87 @@ Containers::StringView JsonObject::elementAsString(const std::size_t index) cons
         breakContract("JsonObject::elementAsString(): Index is out of bounds");
     }
     return toStringView(json[rapidjson::SizeType(index)]);
+}
+
+void JsonObject::setNull() {
+    mutableValue().SetNull();
+}
+
+void JsonObject::setBool(const bool boolean) {
+    mutableValue().SetBool(boolean);
+}
+
+void JsonObject::setInt(const int number) {
+    mutableValue().SetInt(number);
+}
+
+void JsonObject::setFloat(const float number) {
+    mutableValue().SetDouble(double{number});
+}
+
+void JsonObject::setString(const Containers::StringView string) {
+    /* Made before the old value goes, of which the string may be a view. */
+    rapidjson::Value& json = mutableValue();
+    json = toJson(string, allocator());
+}
+
+void JsonObject::setFloatArray(const Containers::ArrayView<const float> numbers) {
+    writeArray(*this, numbers);
+}
+
+void JsonObject::setIntArray(const Containers::ArrayView<const int> numbers) {
+    writeArray(*this, numbers);
+}
+
+void JsonObject::setUnsignedCharArray(const Containers::ArrayView<const unsigned char> numbers) {
+    writeArray(*this, numbers);
+}
+
+void JsonObject::setArray(const Containers::StringIterable& strings) {
+    writeArray(*this, strings);
+}
+
+void JsonObject::setArray(const Containers::ArrayView<const float> numbers) {
+    setFloatArray(numbers);
+}
+
+void JsonObject::setArray(const Containers::ArrayView<const int> numbers) {
+    setIntArray(numbers);
+}
+
+void JsonObject::setArray(const Containers::ArrayView<const unsigned char> numbers) {
+    setUnsignedCharArray(numbers);
+}
+
+void JsonObject::setArray(const Containers::ArrayView<const Containers::StringView> strings) {
+    setArray(Containers::StringIterable{strings});
+}
+
+void JsonObject::setMatrix(const Magnum::Math::Matrix4<float>& matrix) {
+    setFloatArray({matrix.data(), 16});
+}
+
+void JsonObject::setQuaternion(const Magnum::Math::Quaternion<float>& quaternion) {
+    setFloatArray({quaternion.data(), 4});
+}
+
+void JsonObject::pushBackString(const Containers::StringView string) {
+    appendString(*this, updatedValue(*this), string);
+}
+
+void JsonObject::pushBackStringUnique(const Containers::StringView string) {
+    rapidjson::Value& json = updatedValue(*this);
+    if (!json.IsArray() || !hasString(json, string)) {
+        appendString(*this, json, string);
+    }
+}
+
+void JsonObject::eraseElement(const std::size_t index) {
+    const rapidjson::Value& readable = value();
+    rapidjson::Value& writable = mutableValue();
+    expectElement(readable, index);
+    expectElement(writable, index);
+    writable.Erase(writable.Begin() + index);
 }
 
 } // namespace VespermoorEngine

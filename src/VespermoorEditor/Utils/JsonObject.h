@@ -7,6 +7,7 @@
 #include <Corrade/Containers/ArrayView.h>
 #include <Corrade/Containers/Pointer.h>
 #include <Corrade/Containers/String.h>
+#include <Corrade/Containers/StringIterable.h>
 #include <Corrade/Containers/StringView.h>
 #include <Magnum/Magnum.h>
 #include <Magnum/Math/Matrix4.h>
@@ -158,6 +159,88 @@ public:
      * `JsonObject::elementAsString(): Index is out of bounds`, tested in this order.
      */
     Containers::StringView elementAsString(std::size_t index) const;
+
+    /** @} */
+
+    /** @{ @name Replacing with a single value
+     *
+     * Overwrites @ref mutableValue(), whatever kind it had, without a look at @ref value(). Here
+     * and in every other write, memory comes from @ref allocator(); what the old value held stays
+     * in the document's pool until the document ends.
+     */
+
+    /** @brief Stores null. */
+    void setNull();
+    /** @brief Stores true or false. */
+    void setBool(bool boolean);
+    /** @brief Stores an integer; one that is not negative counts as unsigned as well. */
+    void setInt(int number);
+    /** @brief Stores a double of exactly the same value. */
+    void setFloat(float number);
+    /** @brief Stores a copy of @p string, the empty one for null data. */
+    void setString(Containers::StringView string);
+
+    /** @} */
+
+    /** @{ @name Replacing with an array
+     *
+     * Overwrites @ref mutableValue(), whatever it held, with an array whose memory is allocated
+     * once, at exactly the size of the input. Nothing in the input is an empty array, not null.
+     */
+
+    /** @brief Stores doubles of exactly the same values. */
+    void setFloatArray(Containers::ArrayView<const float> numbers);
+    /** @brief Stores integers as @ref setInt() does. */
+    void setIntArray(Containers::ArrayView<const int> numbers);
+    /** @brief Stores each byte as an integer from 0 to 255. */
+    void setUnsignedCharArray(Containers::ArrayView<const unsigned char> numbers);
+    /** @brief Stores copies of the strings, each as @ref setString() does. */
+    void setArray(const Containers::StringIterable& strings);
+
+    /** @overload */
+    void setArray(Containers::ArrayView<const float> numbers);
+    /** @overload */
+    void setArray(Containers::ArrayView<const int> numbers);
+    /** @overload */
+    void setArray(Containers::ArrayView<const unsigned char> numbers);
+    /** @overload */
+    void setArray(Containers::ArrayView<const Containers::StringView> strings);
+
+    /** @brief Stores 16 doubles, column after column, as @ref asMatrix4() reads them. */
+    void setMatrix(const Magnum::Math::Matrix4<float>& matrix);
+    /** @brief Stores x, y, z of the vector part and w, as @ref asQuaternion() reads them. */
+    void setQuaternion(const Magnum::Math::Quaternion<float>& quaternion);
+
+    /** @} */
+
+    /** @{ @name Editing an array
+     *
+     * Where @ref value() and @ref mutableValue() are different values, the appending operations
+     * first make the latter a deep copy of the former, and what is no array then becomes an empty
+     * one.
+     */
+
+    /** @brief Appends a copy of @p string, the empty one for null data. */
+    void pushBackString(Containers::StringView string);
+
+    /**
+     * @brief Appends a copy of @p string unless the array has an equal string already.
+     *
+     * Strings of the array are compared up to their first NUL, case included, and elements of
+     * other kinds are passed over. Where an equal one is found, a copy made before stays made.
+     */
+    void pushBackStringUnique(Containers::StringView string);
+
+    /**
+     * @brief Removes the element at @p index, expected to be inside an array; the rest keep their
+     * order.
+     *
+     * Aborts with `JsonObject::eraseElement(): Not an array` or
+     * `JsonObject::eraseElement(): Index is out of bounds`, tested in this order, and leaves the
+     * array as it is. Both @ref value() and @ref mutableValue() are expected to hold the array, and
+     * the element is removed from the latter.
+     */
+    void eraseElement(std::size_t index);
 
     /** @} */
 };
