@@ -250,14 +250,21 @@ std::uint64_t searchLongText(const Containers::StringView text,
 std::uint64_t searchShortText(const Containers::StringView text,
                               const Containers::StringView substring, const std::locale& locale) {
     const Facet& facet = std::use_facet<Facet>(locale);
-    const char* const match = std::search(
-        text.begin(), text.end(), substring.begin(), substring.end(),
-        [&facet](const char a, const char b) { return facet.toupper(a) == facet.toupper(b); });
-    return match == text.end() ? noMatch : match - text.begin();
+    const char first = facet.toupper(substring.front());
+    const std::size_t places = text.size() - substring.size() + 1;
+    for (std::size_t i = 0; i != places; ++i) {
+        const char* const candidate = text.data() + i;
+        if (facet.toupper(*candidate) == first &&
+            std::equal(substring.begin() + 1, substring.end(), candidate + 1,
+                       [&facet](char a, char b) { return facet.toupper(a) == facet.toupper(b); })) {
+            return i;
+        }
+    }
+    return noMatch;
 }
 
 /* Bytes of text from which on the table of all upper cases costs less than it saves. */
-constexpr std::size_t longText = 256;
+constexpr std::size_t longText = 384;
 
 } // namespace
 
