@@ -56,10 +56,10 @@ private:
     rapidjson::Document* _writable;
 };
 
-/* A view of a string that ends with the call it is given to. */
+/* Makes a write of a view of a string that ends with the write. */
 template <class Write>
 auto withText(const char* const text, const Write& write) {
-    return [text = std::string{text}, write](JsonObject& object) {
+    return [text, write](JsonObject& object) {
         const std::string copy = text;
         write(object, Containers::StringView{copy.data(), copy.size()});
     };

@@ -36,22 +36,26 @@ TEST_P(StringWriterGrowth, KeepsTextAndTerminator) {
     EXPECT_TRUE(text({writer.buffer.data(), writer.size}) == expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, StringWriterGrowth,
-    testing::Values(
-        GrowthRow{"last byte is for the terminator", 10, {9}, 10},
-        GrowthRow{"half as large again", 10, {10}, 15}, GrowthRow{"cut to an integer", 5, {5}, 7},
-        GrowthRow{"what the text needs", 10, {3, 20}, 24}, GrowthRow{"equal sizes", 3, {3}, 4}, //
-        GrowthRow{"nothing into nothing", 0, {0}, 1}, GrowthRow{"nothing into one byte", 1, {0}, 1},
-        GrowthRow{"several steps", 4, {3, 1, 3, 5}, 13},
-        GrowthRow{"single precision", (1 << 24) + 1, {(1 << 24) + 1}, 25165824}),
-    rowName<GrowthRow>);
+INSTANTIATE_TEST_SUITE_P(Rows, StringWriterGrowth,
+                         testing::Values(GrowthRow{"last byte is for the terminator", 10, {9}, 10},
+                                         GrowthRow{"half as large again", 10, {10}, 15},
+                                         GrowthRow{"cut to an integer", 5, {5}, 7},
+                                         GrowthRow{"what the text needs", 10, {3, 20}, 24},
+                                         GrowthRow{"equal sizes", 3, {3}, 4}, //
+                                         GrowthRow{"nothing into nothing", 0, {0}, 1},
+                                         GrowthRow{"nothing into one byte", 1, {0}, 1},
+                                         GrowthRow{"several steps", 4, {3, 1, 3, 5}, 13},
+                                         GrowthRow{
+                                             "single precision", 33554435, {33554435}, 50331656}),
+                         rowName<GrowthRow>);
 
 TEST(StringWriter, ReserveOnlyGrows) {
     StringWriter writer{8};
     writer.append("text");
-    writer.reserve(7);
+    const char* const data = writer.buffer.data();
+    writer.reserve(8);
     EXPECT_EQ(writer.buffer.size(), 8);
+    EXPECT_EQ(writer.buffer.data(), data);
     writer.reserve(100);
     EXPECT_EQ(writer.buffer.size(), 100);
     EXPECT_EQ(writer.size, 4);
