@@ -1,0 +1,218 @@
+#include <algorithm>
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <Corrade/Containers/Array.h>
+#include <Corrade/Containers/GrowableArray.h>
+#include <VespermoorEditor/Utils/String.h>
+#include <benchmark/benchmark.h>
+#ifdef VESPERMOOR_WITH_BOOST
+#include <boost/algorithm/string/find.hpp>
+#endif
+#ifdef VESPERMOOR_WITH_PCRE2
+#define PCRE2_CODE_UNIT_WIDTH 8
+#include <pcre2.h>
+#endif
+
+#include "Ratios.h"
+
+namespace VespermoorEngine::Bench {
+namespace {
+
+constexpr std::size_t kilobyte = 1000;
+constexpr std::size_t megabyte = 1000 * kilobyte;
+
+Containers::StringView view(const std::string& text) {
+    return {text.data(), text.size()};
+}
+
+/* Lines of words and marks as in a source file, the letters about as frequent as in English. */
+std::string sourceText(const std::size_t size) {
+    constexpr char letters[] =
+        "eeeeeeeeetttttaaaaooooiiiinnnnssssrrrhhhlldddccuummffppggwyybvkxjqz";
+    constexpr const char* marks[]{" ", " ", " ", ", ", "(", ")", " = ", ";\n    ", ";\n", " // "};
+    std::mt19937 random{1};
+    std::string text;
+    while (text.size() < size) {
+        for (std::size_t length = 1 + random() % 9; length != 0; --length) {
+            text += letters[random() % (sizeof(letters) - 1)];
+        }
+        text += marks[random() % std::size(marks)];
+    }
+    text.resize(size);
+    return text;
+}
+
+/* A generated source file with numbered regions, and new content for all of them. */
+struct TaggedText {
+    TaggedText(std::size_t size, std::size_t regions);
+
+    std::string text;
+    std::vector<std::string> tags;
+    Containers::Array<Utils::TagReplacement> replacements;
+};
+
+TaggedText::TaggedText(const std::size_t size, const std::size_t regions) {
+    const std::string source = sourceText(size);
+    const std::size_t step = size / regions;
+    for (std::size_t i = 0; i != regions; ++i) {
+        const std::string name = std::to_string(i);
+        tags.push_back("/*[[Begin:" + name + "]]*/");
+        tags.push_back("/*[[End:" + name + "]]*/");
+        text += source.substr(i * step, step * 9 / 10) + tags[2 * i];
+        text += source.substr(i * step + step * 9 / 10, step / 20) + tags[2 * i + 1];
+    }
+    for (std::size_t i = regions; i-- != 0;) {
+        arrayAppend(replacements, Corrade::InPlaceInit, view(tags[2 * i]), view(tags[2 * i + 1]),
+                    Containers::StringView{"registerProperty(\"position\");"});
+    }
+}
+
+void replaceTagContent(benchmark::State& state) {
+    const TaggedText tagged{std::size_t(state.range(0)), std::size_t(state.range(1))};
+    for (auto _ : state) {
+        const auto result = Utils::replaceTagContent(view(tagged.text), tagged.replacements);
+        if (!result.second()) {
+            state.SkipWithError("not replaced");
+        }
+        benchmark::DoNotOptimize(result.first().data());
+    }
+}
+
+void copyText(benchmark::State& state) {
+    const TaggedText tagged{std::size_t(state.range(0)), std::size_t(state.range(1))};
+    std::string copy = tagged.text;
+    for (auto _ : state) {
+        std::memcpy(copy.data(), tagged.text.data(), copy.size());
+        benchmark::ClobberMemory();
+    }
+}
+
+void searchPerTag(benchmark::State& state) {
+    const TaggedText tagged{std::size_t(state.range(0)), std::size_t(state.range(1))};
+    for (auto _ : state) {
+        for (const std::string& tag : tagged.tags) {
+            benchmark::DoNotOptimize(
+                memmem(tagged.text.data(), tagged.text.size(), tag.data(), tag.size()));
+        }
+    }
+}
+
+constexpr const char* needle = "registration";
+constexpr const char* sentence = "The quick brown fox jumps over the lazy dog.";
+
+/* Long texts are source, and the one of 44 bytes is a sentence; none has the needle. */
+std::string searchedText(const benchmark::State& state) {
+    const auto size = std::size_t(state.range(0));
+    return size == std::strlen(sentence) ? sentence : sourceText(size);
+}
+
+void caseInsensitiveSearch(benchmark::State& state) {
+    const std::string text = searchedText(state);
+    const std::locale locale = std::locale::classic();
+    for (auto _ : state) {
+        if (Utils::caseInsensitiveSearch(view(text), needle, locale) != ~std::uint64_t{0}) {
+            state.SkipWithError("found");
+        }
+    }
+}
+
+void glibcStrcasestr(benchmark::State& state) {
+    const std::string text = searchedText(state);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(strcasestr(text.data(), needle));
+    }
+}
+
+void standardSearch(benchmark::State& state) {
+    const std::string text = searchedText(state);
+    const std::locale locale = std::locale::classic();
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(std::search(text.begin(), text.end(), needle,
+                                             needle + std::strlen(needle),
+                                             Utils::CaseInsensitiveStringEqual{locale}));
+    }
+}
+
+#ifdef VESPERMOOR_WITH_BOOST
+void boostIfindFirst(benchmark::State& state) {
+    const std::string text = searchedText(state);
+    const std::locale locale = std::locale::classic();
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(boost::algorithm::ifind_first(text, needle, locale).begin());
+    }
+}
+#endif
+
+#ifdef VESPERMOOR_WITH_PCRE2
+void pcre2Jit(benchmark::State& state) {
+    const std::string text = searchedText(state);
+    int error = 0;
+    std::size_t offset = 0;
+    pcre2_code* const code =
+        pcre2_compile(reinterpret_cast<PCRE2_SPTR>(needle), PCRE2_ZERO_TERMINATED, PCRE2_CASELESS,
+                      &error, &offset, nullptr);
+    pcre2_jit_compile(code, PCRE2_JIT_COMPLETE);
+    pcre2_match_data* const match = pcre2_match_data_create_from_pattern(code, nullptr);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(pcre2_jit_match(code, reinterpret_cast<PCRE2_SPTR>(text.data()),
+                                                 text.size(), 0, 0, match, nullptr));
+    }
+    pcre2_match_data_free(match);
+    pcre2_code_free(code);
+}
+BENCHMARK(pcre2Jit)->Arg(44)->Arg(10 * megabyte);
+#endif
+
+void taggedTexts(benchmark::internal::Benchmark* const benchmark) {
+    benchmark->Args({20 * kilobyte, 10});
+    benchmark->Args({megabyte, 100});
+    benchmark->Args({10 * megabyte, 1000});
+}
+
+BENCHMARK(replaceTagContent)->Apply(taggedTexts);
+BENCHMARK(copyText)->Apply(taggedTexts);
+/* The largest text takes seconds, and is measured once. */
+BENCHMARK(searchPerTag)->Args({20 * kilobyte, 10})->Args({megabyte, 100});
+BENCHMARK(searchPerTag)->Args({10 * megabyte, 1000})->Repetitions(1)->Iterations(1);
+
+BENCHMARK(caseInsensitiveSearch)->Arg(44)->Arg(10 * megabyte);
+BENCHMARK(glibcStrcasestr)->Arg(44)->Arg(10 * megabyte);
+BENCHMARK(standardSearch)->Arg(44)->Arg(10 * megabyte);
+#ifdef VESPERMOOR_WITH_BOOST
+BENCHMARK(boostIfindFirst)->Arg(44)->Arg(10 * megabyte);
+#endif
+
+} // namespace
+} // namespace VespermoorEngine::Bench
+
+int main(int argc, char** argv) {
+    return VespermoorEngine::Bench::run(
+        argc, argv,
+        {
+            {"replaceTagContent of 20 KB with 10 regions, to a search per tag",
+             "replaceTagContent/20000/10", "searchPerTag/20000/10", 1},
+            {"replaceTagContent of 1 MB with 100 regions, to memcpy",
+             "replaceTagContent/1000000/100", "copyText/1000000/100", 20},
+            {"a search per tag in 1 MB with 100 regions, to memcpy", "searchPerTag/1000000/100",
+             "copyText/1000000/100"},
+            {"replaceTagContent of 10 MB with 1,000 regions, to memcpy",
+             "replaceTagContent/10000000/1000", "copyText/10000000/1000", 12},
+            {"a search per tag in 10 MB with 1,000 regions, to memcpy",
+             "searchPerTag/10000000/1000", "copyText/10000000/1000"},
+            {"caseInsensitiveSearch in 10 MB, to strcasestr", "caseInsensitiveSearch/10000000",
+             "glibcStrcasestr/10000000", 0.5},
+            {"caseInsensitiveSearch in 10 MB, to PCRE2 JIT", "caseInsensitiveSearch/10000000",
+             "pcre2Jit/10000000"},
+            {"caseInsensitiveSearch in 10 MB, to std::search", "caseInsensitiveSearch/10000000",
+             "standardSearch/10000000"},
+            {"caseInsensitiveSearch in 10 MB, to boost::ifind_first",
+             "caseInsensitiveSearch/10000000", "boostIfindFirst/10000000"},
+            {"caseInsensitiveSearch in 44 bytes, to strcasestr", "caseInsensitiveSearch/44",
+             "glibcStrcasestr/44"},
+            {"caseInsensitiveSearch in 44 bytes, to std::search", "caseInsensitiveSearch/44",
+             "standardSearch/44"},
+        });
+}
