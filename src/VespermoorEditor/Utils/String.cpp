@@ -206,8 +206,9 @@ private:
     char _table[256];
 };
 
-/* The byte values with the same upper case as a letter. Two of them are as many as the locales of
-   the C library have; a facet of the user's may have more than fit. */
+/* Adds the byte values with the same upper case as a letter, and returns whether all of them fit.
+   In the locales of the C library they are two, or three as for the Greek sigma; a facet of the
+   user's may have more. */
 bool addLetter(ByteSet& set, const UpperCase& upperCase, const char letter) {
     bool fits = true;
     for (unsigned value = 0; value != 256; ++value) {

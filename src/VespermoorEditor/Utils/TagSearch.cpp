@@ -123,14 +123,16 @@ void scanSkipping(const Containers::StringView text, const Containers::ArrayView
     }
 }
 
-/* What the tags have at one offset from their beginning, and how often the text has that. */
+/* The values that the tags have at one offset from their beginning, and how often these occur at the
+   beginning of the text. */
 struct TagBytes {
     std::size_t offset;
     ByteSet values;
     std::size_t occurrences;
 };
 
-/* The offsets at which the tags have few values, those that are rarest in the text in front. */
+/* The offsets at which the tags have few values, ordered by how rare these are at the beginning of
+   the text. */
 Containers::Array<TagBytes> rareTagBytes(const Containers::StringView text,
                                          const Containers::ArrayView<const Tag> tags,
                                          const std::size_t window) {
