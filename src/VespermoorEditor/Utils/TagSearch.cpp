@@ -123,8 +123,8 @@ void scanSkipping(const Containers::StringView text, const Containers::ArrayView
     }
 }
 
-/* The values that the tags have at one offset from their beginning, and how often these occur at the
-   beginning of the text. */
+/* The values that the tags have at one offset from their beginning, and how often these occur at
+   the beginning of the text. */
 struct TagBytes {
     std::size_t offset;
     ByteSet values;
