@@ -1,0 +1,212 @@
+#include "VespermoorEditor/Utils/System.h"
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include <sys/stat.h>
+
+#include <Corrade/Containers/Array.h>
+#include <Corrade/Containers/GrowableArray.h>
+#include <Corrade/Containers/Optional.h>
+#include <Corrade/Containers/Pair.h>
+#include <Corrade/Containers/String.h>
+#include <Corrade/Utility/Debug.h>
+
+namespace VespermoorEngine {
+
+namespace {
+
+using ListFlag = Utility::Path::ListFlag;
+using Visitor = Function<bool(Containers::StringView)>;
+
+/* What tells one directory from every other, under whatever path it is found. */
+struct Identity {
+    bool operator==(const Identity& other) const {
+        return device == other.device && inode == other.inode;
+    }
+
+    dev_t device;
+    ino_t inode;
+};
+
+/* Identity of what `path` leads to, links looked through; empty where that is nothing. */
+Containers::Optional<Identity> identity(const Containers::StringView path) {
+    struct stat status;
+    if (stat(Containers::String::nullTerminatedView(path).data(), &status) != 0) {
+        return {};
+    }
+    return Identity{status.st_dev, status.st_ino};
+}
+
+/* Status of `path` itself, links not looked through; empty, with `errno` set, on failure. */
+Containers::Optional<struct stat> linkStatus(const Containers::StringView path) {
+    struct stat status;
+    if (lstat(Containers::String::nullTerminatedView(path).data(), &status) != 0) {
+        return {};
+    }
+    return status;
+}
+
+/* Whether the directory that the link `path` leads to lies on the way to the link: it is the one at
+   the first `startSize` bytes of the path or at any directory between there and the link. Asks for
+   each of them anew, since only links pay for it. */
+bool leadsBack(const Containers::StringView path, const std::size_t startSize) {
+    const Containers::Optional<Identity> target = identity(path);
+    if (!target) {
+        return false;
+    }
+    Containers::StringView passed = path.prefix(startSize);
+    while (passed.size() < path.size()) {
+        if (identity(passed) == target) {
+            return true;
+        }
+        const Containers::StringView rest = path.exceptPrefix(passed.size() + 1);
+        passed = path.prefix(rest.findOr('/', path.end()).begin());
+    }
+    return false;
+}
+
+bool isExpanded(const Containers::StringView path, const std::size_t startSize,
+                const VisitFlags visitFlags) {
+    const bool link = isSymlink(path);
+    if (!Utility::Path::isDirectory(path)) {
+        return false;
+    }
+    return !link || (visitFlags >= VisitFlag::FollowSymlinks && !leadsBack(path, startSize));
+}
+
+/* Whether the directory `path` is a link that leads back. */
+bool isCycle(const Containers::StringView path, const std::size_t startSize) {
+    const Containers::Optional<struct stat> status = linkStatus(path);
+    return status && S_ISLNK(status->st_mode) && leadsBack(path, startSize);
+}
+
+/* Appends what `names` hold, if anything, with `directory` in front. */
+void appendNames(Containers::Array<Containers::String>& paths, const Containers::String& directory,
+                 const Containers::Optional<Containers::Array<Containers::String>>& names) {
+    if (!names) {
+        return;
+    }
+    for (const Containers::String& name : *names) {
+        arrayAppend(paths, Utility::Path::join(directory, name));
+    }
+}
+
+/* Everything that a walk finds, in breadth-first order: each path behind its directory's. The way
+   to a link begins with the first `startSize` bytes of its path. */
+Containers::Array<Containers::String> collect(const std::size_t startSize,
+                                              const Containers::StringView path,
+                                              const Utility::Path::ListFlags listFlags,
+                                              const VisitFlags visitFlags) {
+    Containers::Array<Containers::String> paths;
+    arrayAppend(paths, Containers::String{path});
+    for (std::size_t i = 0; i != paths.size(); ++i) {
+        if (isExpanded(paths[i], startSize, visitFlags)) {
+            /* A copy, since appending may move the list's strings. */
+            const Containers::String directory = paths[i];
+            appendNames(paths, directory, Utility::Path::list(directory, listFlags));
+        }
+        if (!(visitFlags >= VisitFlag::Recursive)) {
+            break;
+        }
+    }
+    return paths;
+}
+
+/* Topmost directory that has to be made before `path` can be; the path itself where only that is
+   missing, or nothing. */
+Containers::StringView topmostMissing(Containers::StringView path) {
+    for (;;) {
+        const Containers::StringView parent = Utility::Path::split(path).first();
+        if (parent.isEmpty() || parent == path || Utility::Path::exists(parent)) {
+            return path;
+        }
+        path = parent;
+    }
+}
+
+/* Directories that a copy makes outside of what it copies: the destination, and the topmost of
+   those made to hold it. They are left out where they lie inside the source. */
+struct OwnDirectories {
+    bool contain(const Containers::StringView path) const {
+        const Containers::Optional<Identity> candidate = identity(path);
+        return candidate && (candidate == destination || candidate == topmost);
+    }
+
+    Containers::Optional<Identity> destination;
+    Containers::Optional<Identity> topmost;
+};
+
+} // namespace
+
+bool isSymlink(const Containers::StringView path) {
+    const Containers::Optional<struct stat> status = linkStatus(path);
+    if (!status) {
+        const char* const reason = std::strerror(errno);
+        Utility::Error{} << "isSymlink(): Unable to stat path" << path << ":" << reason;
+        return false;
+    }
+    return S_ISLNK(status->st_mode);
+}
+
+bool visitPath(const Containers::StringView path, Visitor visitor,
+               const Utility::Path::ListFlags listFlags, const VisitFlags visitFlags) {
+    return visitPathBelow(path, path, std::move(visitor), listFlags, visitFlags);
+}
+
+bool visitPathBelow(const Containers::StringView start, const Containers::StringView path,
+                    const Visitor visitor, const Utility::Path::ListFlags listFlags,
+                    const VisitFlags visitFlags) {
+    if (!Utility::Path::exists(path)) {
+        return false;
+    }
+    const Containers::Array<Containers::String> paths =
+        collect(start.size(), path, listFlags | ListFlag::SortAscending, visitFlags);
+    const std::size_t first = visitFlags >= VisitFlag::IncludeRoot ? 0 : 1;
+    for (std::size_t i = paths.size(); i != first; --i) {
+        if (!visitor(paths[i - 1])) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool copyRecursive(const Containers::StringView source, const Containers::StringView destination) {
+    if (Utility::Path::isDirectory(source) && identity(source) == identity(destination)) {
+        return true;
+    }
+    const Containers::String topmost = topmostMissing(destination);
+    OwnDirectories own;
+    Containers::Array<Containers::String> paths;
+    arrayAppend(paths, Containers::String{});
+    for (std::size_t i = 0; i != paths.size(); ++i) {
+        /* A copy, since appending may move the list's strings. */
+        const Containers::String relative = paths[i];
+        const Containers::String origin = Utility::Path::join(source, relative);
+        if (!Utility::Path::isDirectory(origin)) {
+            if (!Utility::Path::copy(origin, Utility::Path::join(destination, relative))) {
+                return false;
+            }
+            continue;
+        }
+        if (own.contain(origin)) {
+            continue;
+        }
+        Utility::Path::make(Utility::Path::join(destination, relative));
+        if (i == 0) {
+            own = {identity(destination), identity(topmost)};
+        }
+        if (!isCycle(origin, source.size())) {
+            appendNames(paths, relative, Utility::Path::list(origin, ListFlag::SkipDotAndDotDot));
+        }
+    }
+    return true;
+}
+
+bool deleteRecursive(const Containers::StringView path) {
+    return visitPath(path, Visitor{Corrade::DefaultInit, Utility::Path::remove},
+                     ListFlag::SkipDotAndDotDot, VisitFlag::IncludeRoot | VisitFlag::Recursive);
+}
+
+} // namespace VespermoorEngine

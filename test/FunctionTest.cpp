@@ -1,0 +1,123 @@
+#include "VespermoorEngine/Function.h"
+
+#include <memory>
+#include <type_traits>
+
+#include <Corrade/Containers/Array.h>
+#include <Corrade/Containers/GrowableArray.h>
+#include <gtest/gtest.h>
+
+namespace VespermoorEngine::Test {
+namespace {
+
+namespace Containers = Corrade::Containers;
+using Corrade::DefaultInit;
+
+using Sum = Function<int(int, int)>;
+
+static_assert(!std::is_copy_constructible_v<Sum> && !std::is_copy_assignable_v<Sum>);
+static_assert(std::is_nothrow_move_constructible_v<Sum> && std::is_nothrow_move_assignable_v<Sum>);
+static_assert(sizeof(Sum) == 2 * sizeof(void*) + 64);
+
+/* Counts the ends of its copies that were not moved from, and survives a move of its bytes. */
+struct Counted {
+    explicit Counted(int& ended) : ended{&ended} {}
+    Counted(Counted&& other) noexcept : ended{std::exchange(other.ended, nullptr)} {}
+    ~Counted() {
+        if (ended) {
+            ++*ended;
+        }
+    }
+    int operator()(const int a, const int b) const { return a + b; }
+
+    int* ended;
+};
+
+int add(const int a, const int b) {
+    return a + b;
+}
+
+TEST(FunctionTest, CallsWhatIsStored) {
+    int a = 1, b = 2, c = 3;
+    char bytes[64]{};
+    bytes[63] = 7;
+    EXPECT_EQ((Sum{DefaultInit, add}(2, 3)), 5);
+    EXPECT_EQ((Sum{DefaultInit, [&a, &b, &c](int x, int y) { return a + b + c + x + y; }}(4, 5)),
+              15);
+    EXPECT_EQ((Sum{DefaultInit, [bytes](int x, int y) { return bytes[63] + x + y; }}(1, 1)), 9);
+}
+
+TEST(FunctionTest, HandsArgumentsAndResultsThroughWithoutCopies) {
+    const Function<std::unique_ptr<int>(std::unique_ptr<int>, int&)> swap{
+        DefaultInit, [](std::unique_ptr<int> value, int& other) {
+            std::swap(*value, other);
+            return value;
+        }};
+    int other = 1;
+    EXPECT_EQ(*swap(std::make_unique<int>(2), other), 1);
+    EXPECT_EQ(other, 2);
+}
+
+TEST(FunctionTest, MoveEmptiesTheSource) {
+    int ended = 0;
+    {
+        Sum source{DefaultInit, Counted{ended}};
+        const Sum target{std::move(source)};
+        EXPECT_FALSE(source); // NOLINT(bugprone-use-after-move)
+        EXPECT_TRUE(target);
+        EXPECT_EQ(target(1, 2), 3);
+        EXPECT_EQ(ended, 0);
+    }
+    EXPECT_EQ(ended, 1);
+}
+
+TEST(FunctionTest, AssignmentExchanges) {
+    int firstEnded = 0, secondEnded = 0;
+    Sum empty;
+    {
+        Sum first{DefaultInit, Counted{firstEnded}};
+        Sum second{DefaultInit, Counted{secondEnded}};
+        first = std::move(second);
+        EXPECT_EQ(firstEnded + secondEnded, 0);
+        empty = std::move(first);
+        EXPECT_FALSE(first); // NOLINT(bugprone-use-after-move)
+    }
+    EXPECT_EQ(firstEnded, 1);
+    EXPECT_EQ(secondEnded, 0);
+    EXPECT_EQ(empty(2, 2), 4);
+}
+
+TEST(FunctionTest, EmptyCanBeMovedAssignedAndDestroyed) {
+    Sum empty;
+    Sum moved{std::move(empty)};
+    moved = Sum{};
+    EXPECT_FALSE(moved);
+}
+
+TEST(FunctionTest, SurvivesAnArrayThatGrows) {
+    int a = 0, b = 0, c = 0, ended = 0;
+    {
+        Containers::Array<Function<void(int)>> functions;
+        Containers::Array<Sum> counted;
+        for (int i = 0; i != 100; ++i) {
+            arrayAppend(functions, Corrade::InPlaceInit, DefaultInit,
+                        [&a, &b, &c](const int value) {
+                            a += value;
+                            b += 2 * value;
+                            c += 3 * value;
+                        });
+            arrayAppend(counted, Sum{DefaultInit, Counted{ended}});
+        }
+        EXPECT_EQ(ended, 0);
+        for (const Function<void(int)>& function : functions) {
+            function(1);
+        }
+    }
+    EXPECT_EQ(a, 100);
+    EXPECT_EQ(b, 200);
+    EXPECT_EQ(c, 300);
+    EXPECT_EQ(ended, 100);
+}
+
+} // namespace
+} // namespace VespermoorEngine::Test
