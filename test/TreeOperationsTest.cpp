@@ -1,17 +1,11 @@
 #include "VespermoorEditor/Utils/System.h"
 
-#include <cerrno>
-#include <climits>
-#include <cstring>
-
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <Corrade/Containers/String.h>
 #include <gmock/gmock.h>
 
 #include "Support.h"
 #include "Tree.h"
+#include "Unprivileged.h"
 
 namespace VespermoorEngine::Test {
 namespace {
@@ -19,29 +13,12 @@ namespace {
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
-using testing::IsEmpty;
 
 using ListFlag = Utility::Path::ListFlag;
 using Visitor = Function<bool(Containers::StringView)>;
 
 /* Names that nothing may split, quote, escape or decode. */
 const std::vector<std::string> oddNames{"-rf", "a b", "a\nb", "it's \"quoted\"", "\xff\xfe"};
-
-/* Runs `body` in a process of its own without the privileges of root, which reads everything.
-   `body` returns what is to be the exit status. */
-template <class Body>
-int unprivileged(Body&& body) {
-    const pid_t child = fork();
-    if (child == 0) {
-        if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) {
-            _exit(99);
-        }
-        _exit(body());
-    }
-    int status = 0;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 TEST(IsSymlink, TellsLinksFromWhatTheyLeadTo) {
     const TemporaryDirectory root;
@@ -68,6 +45,10 @@ struct Walk {
     VisitFlags visitFlags;
     std::vector<std::string> visited;
 };
+
+void PrintTo(const Walk& row, std::ostream* const out) {
+    *out << row.name;
+}
 
 const VisitFlags all = VisitFlag::IncludeRoot | VisitFlag::Recursive | VisitFlag::FollowSymlinks;
 const VisitFlags recursive = VisitFlag::Recursive;
@@ -274,6 +255,10 @@ struct Copy {
     const char* destination;
     std::vector<std::string> result;
 };
+
+void PrintTo(const Copy& row, std::ostream* const out) {
+    *out << row.name;
+}
 
 const Copy copies[]{
     {"files and empty directories", {"s/a/f", "s/e/", "s/g"}, "s", "d", {"a/", "a/f", "e/", "g"}},

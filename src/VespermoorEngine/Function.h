@@ -37,13 +37,13 @@ public:
      * does not compile.
      */
     template <class Callable>
-    explicit Function(Corrade::DefaultInitT, Callable callable)
-        : _invoker{&invoke<Callable>}, _destroyer{&destroy<Callable>} {
+    Function(Corrade::DefaultInitT, Callable callable)
+        : invoker{&invoke<Callable>}, destroyer{&destroy<Callable>} {
         static_assert(sizeof(Callable) <= Capacity,
                       "the callable is larger than the 64 bytes that a Function stores in place");
         static_assert(alignof(Callable) <= alignof(std::max_align_t),
                       "the callable is aligned more strictly than a Function stores it");
-        new (_storage) Callable(std::move(callable));
+        new (storage) Callable(std::move(callable));
     }
 
     Function(const Function&) = delete;
@@ -51,48 +51,48 @@ public:
 
     /** @brief Takes the callable over from @p other, which is empty afterwards. */
     Function(Function&& other) noexcept
-        : _invoker{std::exchange(other._invoker, nullptr)},
-          _destroyer{std::exchange(other._destroyer, nullptr)} {
-        std::memcpy(_storage, other._storage, Capacity);
+        : invoker{std::exchange(other.invoker, nullptr)},
+          destroyer{std::exchange(other.destroyer, nullptr)} {
+        std::memcpy(storage, other.storage, Capacity);
     }
 
     /** @brief Exchanges the callables of the two. */
     Function& operator=(Function&& other) noexcept {
-        std::swap(_invoker, other._invoker);
-        std::swap(_destroyer, other._destroyer);
-        std::swap(_storage, other._storage);
+        std::swap(invoker, other.invoker);
+        std::swap(destroyer, other.destroyer);
+        std::swap(storage, other.storage);
         return *this;
     }
 
     ~Function() {
-        if (_destroyer) {
-            _destroyer(_storage);
+        if (destroyer) {
+            destroyer(storage);
         }
     }
 
     /** @brief Whether a callable is stored. */
-    explicit operator bool() const noexcept { return _invoker; }
+    explicit operator bool() const noexcept { return invoker; }
 
     /** @brief Calls the stored callable; expects that there is one. */
     Result operator()(Arguments... arguments) const {
-        return _invoker(_storage, std::forward<Arguments>(arguments)...);
+        return invoker(storage, std::forward<Arguments>(arguments)...);
     }
 
 private:
     template <class Callable>
-    static Result invoke(const void* const storage, Arguments... arguments) {
-        return (*std::launder(static_cast<const Callable*>(storage)))(
+    static Result invoke(const void* const callable, Arguments... arguments) {
+        return (*std::launder(static_cast<const Callable*>(callable)))(
             std::forward<Arguments>(arguments)...);
     }
 
     template <class Callable>
-    static void destroy(void* const storage) {
-        std::launder(static_cast<Callable*>(storage))->~Callable();
+    static void destroy(void* const callable) {
+        std::launder(static_cast<Callable*>(callable))->~Callable();
     }
 
-    Result (*_invoker)(const void*, Arguments...) = nullptr;
-    void (*_destroyer)(void*) = nullptr;
-    alignas(std::max_align_t) std::byte _storage[Capacity]{};
+    Result (*invoker)(const void*, Arguments...) = nullptr;
+    void (*destroyer)(void*) = nullptr;
+    alignas(std::max_align_t) std::byte storage[Capacity]{};
 };
 
 } // namespace VespermoorEngine

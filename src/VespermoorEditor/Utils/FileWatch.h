@@ -1,0 +1,212 @@
+#ifndef VespermoorEditor_Utils_FileWatch_h
+#define VespermoorEditor_Utils_FileWatch_h
+
+#include <cstdint>
+
+#include <Corrade/Containers/Array.h>
+#include <Corrade/Containers/Pair.h>
+#include <Corrade/Containers/String.h>
+#include <Corrade/Containers/StringView.h>
+#include <Corrade/Utility/Utility.h>
+
+#include "VespermoorEditor/Utils/visibility.h"
+#include "VespermoorEngine/Function.h"
+
+struct inotify_event;
+
+namespace VespermoorEngine {
+
+namespace Containers = Corrade::Containers;
+namespace Utility = Corrade::Utility;
+
+/**
+ * @brief Tells callbacks which files change in directory trees, on the caller's own thread.
+ *
+ * @ref watch() registers an interest in a directory with all below it, or in a single file;
+ * @ref update(), called from the host's tick, asks the kernel what changed and calls the callbacks.
+ * Between two ticks the kernel keeps the changes, as many as `fs.inotify.max_queued_events` allows;
+ * what goes beyond is lost.
+ *
+ * Directories that appear in a watched tree are watched with all they hold, also while other
+ * processes go on filling, moving and deleting them. An entry can be reported more than once on the
+ * way. Such a race is noticed by the time stamps of directories, so the clock of the file system is
+ * expected not to lag behind that of the system.
+ *
+ * An object belongs to one thread at a time. It takes one inotify instance, and one kernel watch
+ * for every directory.
+ */
+class FileWatch {
+public:
+    /** @brief What happened to an entry. */
+    enum class Event : std::uint8_t {
+        /** An entry appeared. Not told apart from @ref Event::Modify on Linux. */
+        Add = 0,
+        /** An entry was deleted or moved away. */
+        Remove = 1,
+        /** An entry was written to, made or moved here. */
+        Modify = 2,
+        /** An entry lost its name to a rename. A @ref Event::Remove on Linux. */
+        RenameOld = 3,
+        /** An entry got its name from a rename. A @ref Event::Modify on Linux. */
+        RenameNew = 4
+    };
+
+    /** @brief Listener: gets the absolute path of the changed entry, valid during the call. */
+    using Callback = Function<void(Containers::StringView, Event)>;
+
+    /** @brief One registered watch. */
+    struct WatchData {
+        VESPERMOOR_EDITOR_UTILS_EXPORT WatchData();
+        VESPERMOOR_EDITOR_UTILS_EXPORT WatchData(WatchData&& other) noexcept;
+        WatchData(const WatchData&) = delete;
+        /** @brief Exchanges all fields with @p other. */
+        VESPERMOOR_EDITOR_UTILS_EXPORT WatchData& operator=(WatchData&& other) noexcept;
+        WatchData& operator=(const WatchData&) = delete;
+
+        /** @brief Last path component of a single file, empty for a directory. */
+        Containers::String file;
+        /** @brief The directory itself, or the one that holds the file; absolute. */
+        Containers::String directory;
+        /** @brief Position of the record whose kernel watches serve this one. */
+        std::uint64_t directoryIndex;
+        /** @brief What @ref watch() returned. */
+        std::int64_t id;
+        /** @brief The listener, possibly empty. */
+        Callback callback;
+    };
+
+    /** @brief One watched tree; open while its path is not empty. */
+    struct DirectoryData {
+        /** @brief Open record of the tree at @p path, with nothing below it yet. */
+        DirectoryData(int watchDescriptor, Containers::StringView path);
+
+        /** @brief Kernel descriptors of the directories below the root. */
+        Containers::Array<std::int32_t> subWatchDescriptors;
+        /** @brief Absolute paths, each at the place of its descriptor. */
+        Containers::Array<Containers::String> subPaths;
+        /** @brief Kernel descriptor of the root, -1 when closed. */
+        std::int32_t watchDescriptor;
+        /** @brief Absolute path of the root, empty when closed. */
+        Containers::String path;
+        /** @brief Watches served by this record. */
+        std::int32_t refCount;
+    };
+
+    /** @brief One delivery on its way to a callback. */
+    struct CallbackInfo {
+        /** @brief Position of the watch when the delivery was queued. */
+        std::uint64_t watchIndex;
+        /** @brief Absolute path of the changed entry. */
+        Containers::String path;
+        /** @brief What happened to it. */
+        Event event;
+    };
+
+    /** @brief A changed entry's absolute path, and what happened to it. */
+    using Change = Containers::Pair<Containers::String, Event>;
+
+    /**
+     * @brief Opens an inotify instance, which programs started from here inherit.
+     *
+     * Where the system gives none, prints `FileWatch::FileWatch(): Failed to initialize inotify`
+     * on `Error` and aborts.
+     */
+    VESPERMOOR_EDITOR_UTILS_EXPORT FileWatch();
+
+    /** @brief Ends all kernel watches and the instance. */
+    VESPERMOOR_EDITOR_UTILS_EXPORT ~FileWatch();
+
+    FileWatch(const FileWatch&) = delete;
+    FileWatch& operator=(const FileWatch&) = delete;
+
+    /**
+     * @brief Registers @p callback for the directory tree or the single file at @p path.
+     *
+     * A file is expected to exist now and may go and come back later. Its watch also hears files
+     * of the same name anywhere below the file's directory, and puts kernel watches on all of it.
+     * Trees that lie in one another share their kernel watches. From within a callback it moves the
+     * registered callbacks, the running one included, which then must not touch its captures.
+     *
+     * Returns an id above 0 that was never used before; 0 where nothing exists at @p path, and
+     * with `Directory doesn't exist` on `Warning`, behind a line that tells why, where the kernel
+     * refuses the directory. Directories below that it refuses are left out with a line each.
+     */
+    VESPERMOOR_EDITOR_UTILS_EXPORT int watch(Containers::StringView path, Callback callback);
+
+    /**
+     * @brief Ends the watch with that id and its kernel watches, unless others need them.
+     *
+     * Does nothing where no such watch lives. A callback can remove any watch, but must not touch
+     * its captures after it removed its own.
+     */
+    VESPERMOOR_EDITOR_UTILS_EXPORT void remove(int id);
+
+    /**
+     * @brief Ends all kernel watches and drops what the kernel holds.
+     *
+     * The registered watches stay, and hear again what a later @ref watch() on their tree brings.
+     */
+    VESPERMOOR_EDITOR_UTILS_EXPORT void clear();
+
+    /**
+     * @brief Calls the callbacks for everything that changed since the last time.
+     *
+     * Changes come in the kernel's order; for each of them the callbacks in the order of their
+     * watches' slots. Callbacks may call everything here. What derives from @cpp std::exception @ce
+     * and leaves a callback is dropped; anything else goes to the caller, and the deliveries that
+     * were left with it.
+     *
+     * Returns whether there was anything to deliver, also where no callback was left to take it.
+     */
+    VESPERMOOR_EDITOR_UTILS_EXPORT bool update();
+
+    /**
+     * @brief Gets the record that serves the absolute path of a directory, making one if needed.
+     *
+     * Counts one more reference to it. Returns its position, -1 where the kernel refuses the
+     * directory.
+     */
+    VESPERMOOR_EDITOR_UTILS_EXPORT int getDirectory(Containers::StringView path);
+
+    /** @brief Removes the watch at @p slot, expected to be one; the last watch takes its place. */
+    VESPERMOOR_EDITOR_UTILS_EXPORT void removeInternal(std::uint64_t slot);
+
+    /** @brief Ends the record's kernel watches and closes it for good; its references stay. */
+    VESPERMOOR_EDITOR_UTILS_EXPORT void closeDirectoryWatch(DirectoryData& directory);
+
+    /** @brief Queues a delivery for every watch that each of the changes concerns. */
+    VESPERMOOR_EDITOR_UTILS_EXPORT void onChangeCallback(Containers::ArrayView<Change> changes);
+
+    /** @brief Takes all records from the kernel, follows directories, and queues deliveries. */
+    VESPERMOOR_EDITOR_UTILS_EXPORT void updateLinux();
+
+private:
+    friend struct FileWatchTestAccess;
+
+    struct Origin;
+    class Walk;
+
+    void takeRecord(const inotify_event& record, Origin& origin, Containers::Array<Change>& batch);
+    bool findOrigin(std::int32_t descriptor, Origin& origin) const;
+    void prune(DirectoryData& directory, Containers::StringView path);
+    void releaseDescriptor(std::int32_t descriptor);
+    void deliver(const CallbackInfo& delivery, std::int32_t firstNewId);
+
+    Containers::Array<WatchData> watches;
+    /* Slot of each id, all ones once it is removed. */
+    Containers::Array<std::uint64_t> watchIndices;
+    std::int32_t nextId;
+    Containers::Array<CallbackInfo> pendingCallbacks;
+    std::int32_t inotifyFd;
+    Containers::Array<char> readBuffer;
+    /* Only grows, since records are known by their positions. */
+    Containers::Array<DirectoryData> directories;
+};
+
+/** @brief Prints the name, as in `FileWatch::Event::Modify`. */
+VESPERMOOR_EDITOR_UTILS_EXPORT Utility::Debug& operator<<(Utility::Debug& debug,
+                                                          FileWatch::Event event);
+
+} // namespace VespermoorEngine
+
+#endif

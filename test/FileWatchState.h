@@ -1,0 +1,135 @@
+#ifndef Vespermoor_Test_FileWatchState_h
+#define Vespermoor_Test_FileWatchState_h
+
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <sys/inotify.h>
+
+#include "Support.h"
+#include "VespermoorEditor/Utils/FileWatch.h"
+
+namespace VespermoorEngine {
+
+/** @brief What tests see of the inside of a @ref FileWatch. */
+struct FileWatchTestAccess {
+    static auto& watches(FileWatch& watch) { return watch.watches; }
+    static auto& watchIndices(FileWatch& watch) { return watch.watchIndices; }
+    static auto& pendingCallbacks(FileWatch& watch) { return watch.pendingCallbacks; }
+    static auto& directories(FileWatch& watch) { return watch.directories; }
+    static int inotifyFd(FileWatch& watch) { return watch.inotifyFd; }
+};
+
+namespace Test {
+
+using State = FileWatchTestAccess;
+
+/** @brief Copy of @p array that matchers take, with strings as standard ones. */
+template <class T>
+auto elements(const Containers::Array<T>& array) {
+    if constexpr (std::is_same_v<T, Containers::String>) {
+        std::vector<std::string> copies;
+        for (const Containers::String& string : array) {
+            copies.push_back(text(string));
+        }
+        return copies;
+    } else {
+        return std::vector<T>(array.begin(), array.end());
+    }
+}
+
+/** @brief Descriptors of the kernel watches that @p watch holds, as the kernel tells them. */
+inline std::set<int> kernelWatches(FileWatch& watch) {
+    std::set<int> descriptors;
+    std::ifstream info{"/proc/self/fdinfo/" + std::to_string(State::inotifyFd(watch))};
+    for (std::string line; std::getline(info, line);) {
+        if (line.rfind("inotify wd:", 0) == 0) {
+            descriptors.insert(std::stoi(line.substr(11), nullptr, 16));
+            EXPECT_NE(line.find(" mask:3c2 "), std::string::npos) << line;
+        }
+    }
+    return descriptors;
+}
+
+/** @brief Paths listed in the open records, sorted, each once. */
+inline std::set<std::string> listedDirectories(FileWatch& watch) {
+    std::set<std::string> paths;
+    for (const FileWatch::DirectoryData& directory : State::directories(watch)) {
+        if (!directory.path.isEmpty()) {
+            paths.insert(text(directory.path));
+        }
+        for (const Containers::String& path : directory.subPaths) {
+            paths.insert(text(path));
+        }
+    }
+    return paths;
+}
+
+/** @brief The directories at and below @p root, links left aside. */
+inline std::set<std::string> directoriesBelow(const std::string& root) {
+    namespace fs = std::filesystem;
+    std::set<std::string> paths{root};
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator{root}) {
+        if (entry.is_directory() && !entry.is_symlink()) {
+            paths.insert(entry.path());
+        }
+    }
+    return paths;
+}
+
+/**
+ * @brief Expects that the kernel watches exactly the directories at and below @p root, and that the
+ * lists hold them and no others.
+ *
+ * Placing a watch once more gives the descriptor of the present one, or one that was not there.
+ */
+inline void expectWatchesExactly(FileWatch& watch, const std::string& root) {
+    const std::set<std::string> paths = directoriesBelow(root);
+    EXPECT_EQ(listedDirectories(watch), paths);
+    const std::set<int> present = kernelWatches(watch);
+    std::set<int> wanted;
+    for (const std::string& path : paths) {
+        wanted.insert(inotify_add_watch(State::inotifyFd(watch), path.data(), 0x3C2));
+    }
+    EXPECT_EQ(present, wanted);
+}
+
+/** @brief Changes that callbacks were told of, as `<label> Modify <path below the root>`. */
+class Heard {
+public:
+    explicit Heard(const TemporaryDirectory& root) : _prefix{root / ""} {}
+
+    /** @brief Listener that notes what it hears under @p label; the object has to outlive it. */
+    FileWatch::Callback listener(const char* const label = "") {
+        return {Corrade::DefaultInit,
+                [this, label](const Containers::StringView path, const FileWatch::Event event) {
+                    note(label, path, event);
+                }};
+    }
+
+    void note(const std::string& label, const Containers::StringView path,
+              const FileWatch::Event event) {
+        std::ostringstream name;
+        Corrade::Utility::Debug{&name, Corrade::Utility::Debug::Flag::NoNewlineAtTheEnd} << event;
+        const std::string full = text(path);
+        EXPECT_EQ(full.rfind(_prefix, 0), 0u) << full;
+        _changes.push_back((label.empty() ? "" : label + ' ') +
+                           name.str().substr(std::string{"FileWatch::Event::"}.size()) + ' ' +
+                           full.substr(_prefix.size()));
+    }
+
+    /** @brief Takes what was heard so far. */
+    std::vector<std::string> take() { return std::exchange(_changes, {}); }
+
+private:
+    std::string _prefix;
+    std::vector<std::string> _changes;
+};
+
+} // namespace Test
+} // namespace VespermoorEngine
+
+#endif

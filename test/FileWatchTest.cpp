@@ -1,0 +1,603 @@
+#include "VespermoorEditor/Utils/FileWatch.h"
+
+#include <stdexcept>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <gmock/gmock.h>
+
+#include "FileWatchState.h"
+#include "Support.h"
+#include "Tree.h"
+#include "Unprivileged.h"
+
+namespace VespermoorEngine::Test {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+using Event = FileWatch::Event;
+
+/* Makes an empty file, which is one change where writing to it would be a second one. */
+void touch(const std::string& path) {
+    close(creat(path.data(), 0666));
+}
+
+std::vector<std::string> below(const std::string& root, const std::set<std::string>& paths) {
+    std::vector<std::string> names;
+    for (const std::string& path : paths) {
+        names.push_back(path.substr(root.size() + 1));
+    }
+    return names;
+}
+
+struct Change {
+    const char* name;
+    std::vector<std::string> before;
+    /* The label of each listener is its path. */
+    std::vector<const char*> watched;
+    void (*change)(const std::string& root);
+    std::vector<std::string> heard;
+    std::vector<std::string> directories;
+};
+
+void PrintTo(const Change& row, std::ostream* const out) {
+    *out << row.name;
+}
+
+const Change changes[]{
+    {"new file",
+     {"w/"},
+     {"w"},
+     [](const std::string& r) { touch(r + "/w/f"); },
+     {"w Modify w/f"},
+     {"w"}},
+    {"new file in a directory below",
+     {"w/a/b/"},
+     {"w"},
+     [](const std::string& r) { touch(r + "/w/a/b/f"); },
+     {"w Modify w/a/b/f"},
+     {"w", "w/a", "w/a/b"}},
+    {"written to",
+     {"w/f"},
+     {"w"},
+     [](const std::string& r) { EXPECT_EQ(truncate((r + "/w/f").data(), 0), 0); },
+     {"w Modify w/f"},
+     {"w"}},
+    {"file deleted",
+     {"w/f"},
+     {"w"},
+     [](const std::string& r) { fs::remove(r + "/w/f"); },
+     {"w Remove w/f"},
+     {"w"}},
+    {"file renamed",
+     {"w/f"},
+     {"w"},
+     [](const std::string& r) { fs::rename(r + "/w/f", r + "/w/g"); },
+     {"w Remove w/f", "w Modify w/g"},
+     {"w"}},
+    {"file moved in",
+     {"w/", "f"},
+     {"w"},
+     [](const std::string& r) { fs::rename(r + "/f", r + "/w/f"); },
+     {"w Modify w/f"},
+     {"w"}},
+    {"file moved out",
+     {"w/f"},
+     {"w"},
+     [](const std::string& r) { fs::rename(r + "/w/f", r + "/f"); },
+     {"w Remove w/f"},
+     {"w"}},
+    {"attributes alone",
+     {"w/f"},
+     {"w"},
+     [](const std::string& r) { fs::permissions(r + "/w/f", fs::perms::all); },
+     {},
+     {"w"}},
+    {"names are bytes",
+     {"w/"},
+     {"w"},
+     [](const std::string& r) { touch(r + "/w/\xff \n'"); },
+     {"w Modify w/\xff \n'"},
+     {"w"}},
+    {"watched file replaced by a rename",
+     {"w/f", "w/g"},
+     {"w/f"},
+     [](const std::string& r) {
+         fs::rename(r + "/w/g", r + "/w/f");
+         EXPECT_EQ(truncate((r + "/w/f").data(), 0), 0);
+     },
+     {"w/f Modify w/f", "w/f Modify w/f"},
+     {"w"}},
+    {"watched file goes and comes back",
+     {"w/f"},
+     {"w/f"},
+     [](const std::string& r) {
+         fs::remove(r + "/w/f");
+         touch(r + "/w/f");
+     },
+     {"w/f Remove w/f", "w/f Modify w/f"},
+     {"w"}},
+    {"watched file's name at any depth",
+     {"w/f", "w/a/"},
+     {"w/f"},
+     [](const std::string& r) {
+         touch(r + "/w/a/f");
+         touch(r + "/w/a/ff");
+     },
+     {"w/f Modify w/a/f"},
+     {"w", "w/a"}},
+    {"directory arrives with content",
+     {"w/", "n/a.txt", "n/b.txt", "n/s/c.txt"},
+     {"w"},
+     [](const std::string& r) { fs::rename(r + "/n", r + "/w/n"); },
+     {"w Modify w/n/s/c.txt", "w Modify w/n/b.txt", "w Modify w/n/a.txt", "w Modify w/n"},
+     {"w", "w/n", "w/n/s"}},
+    {"directory renamed",
+     {"w/n/a.txt", "w/n/s/c.txt"},
+     {"w"},
+     [](const std::string& r) { fs::rename(r + "/w/n", r + "/w/m"); },
+     {"w Remove w/n", "w Modify w/m/s/c.txt", "w Modify w/m/a.txt", "w Modify w/m"},
+     {"w", "w/m", "w/m/s"}},
+    {"directory with a longer name stays",
+     {"w/n/s/", "w/nn/s/"},
+     {"w"},
+     [](const std::string& r) { fs::rename(r + "/w/n", r + "/n"); },
+     {"w Remove w/n"},
+     {"w", "w/nn", "w/nn/s"}},
+    {"directory comes and goes",
+     {"w/"},
+     {"w"},
+     [](const std::string& r) {
+         fs::create_directory(r + "/w/n");
+         fs::remove(r + "/w/n");
+     },
+     {"w Modify w/n", "w Remove w/n"},
+     {"w"}},
+    {"directory deleted",
+     {"w/a/b/c/", "w/d/"},
+     {"w"},
+     [](const std::string& r) { fs::remove_all(r + "/w/a"); },
+     {"w Remove w/a/b/c", "w Remove w/a/b", "w Remove w/a"},
+     {"w", "w/d"}},
+    {"directory made anew",
+     {"w/a/b/"},
+     {"w"},
+     [](const std::string& r) {
+         fs::remove_all(r + "/w/a");
+         fs::create_directories(r + "/w/a/b");
+         touch(r + "/w/a/f");
+     },
+     {"w Remove w/a/b", "w Remove w/a", "w Modify w/a/f", "w Modify w/a"},
+     {"w", "w/a", "w/a/b"}},
+    {"directory with links arrives",
+     {"w/", "o/x", "n/l -> ../../o", "n/none -> gone"},
+     {"w"},
+     [](const std::string& r) { fs::rename(r + "/n", r + "/w/n"); },
+     {"w Modify w/n/l/x", "w Modify w/n/none", "w Modify w/n"},
+     {"w", "w/n", "w/n/l"}},
+    {"link to a directory arrives",
+     {"w/", "o/x"},
+     {"w"},
+     [](const std::string& r) { fs::create_symlink(r + "/o", r + "/w/l"); },
+     {"w Modify w/l"},
+     {"w"}},
+    {"moved away by way of a new directory",
+     {"w/q/s/f"},
+     {"w"},
+     [](const std::string& r) {
+         fs::create_directory(r + "/w/p");
+         fs::rename(r + "/w/q", r + "/w/p/q");
+         touch(r + "/w/p/q/g");
+     },
+     /* The walk over p finds q in its place before the record of its leaving comes up. */
+     {"w Modify w/p/q/s/f", "w Modify w/p/q/g", "w Modify w/p", "w Remove w/q", "w Modify w/p/q/g"},
+     {"w", "w/p", "w/p/q", "w/p/q/s"}},
+    {"root deleted", {"w/"}, {"w"}, [](const std::string& r) { fs::remove(r + "/w"); }, {}, {"w"}},
+    {"two watches, in the order of their slots",
+     {"w/a/"},
+     {"w", "w/a", "w"},
+     [](const std::string& r) {
+         touch(r + "/w/a/f");
+         touch(r + "/w/g");
+     },
+     {"w Modify w/a/f", "w/a Modify w/a/f", "w Modify w/a/f", "w Modify w/g", "w Modify w/g"},
+     {"w", "w/a"}},
+    {"sibling with a longer name",
+     {"w/b/", "w/bc/"},
+     {"w/b", "w/bc"},
+     [](const std::string& r) {
+         touch(r + "/w/b/f");
+         touch(r + "/w/bc/f");
+     },
+     {"w/b Modify w/b/f", "w/bc Modify w/bc/f"},
+     {"w/b", "w/bc"}},
+    {"watch on a directory hears nothing of its own removal",
+     {"w/a/"},
+     {"w", "w/a"},
+     [](const std::string& r) { fs::remove(r + "/w/a"); },
+     {"w Remove w/a"},
+     {"w"}},
+};
+
+class Changes : public testing::TestWithParam<Change> {};
+
+TEST_P(Changes, AreHeard) {
+    const Change& row = GetParam();
+    const TemporaryDirectory root;
+    makeTree(root.path(), row.before);
+    Messages messages;
+    FileWatch watch;
+    Heard heard{root};
+    for (const char* const path : row.watched) {
+        EXPECT_GT(watch.watch((root / path).data(), heard.listener(path)), 0);
+    }
+    EXPECT_FALSE(watch.update());
+    row.change(root.path());
+    EXPECT_EQ(watch.update(), !row.heard.empty());
+    EXPECT_THAT(heard.take(), ElementsAreArray(row.heard));
+    EXPECT_THAT(below(root.path(), listedDirectories(watch)), ElementsAreArray(row.directories));
+    EXPECT_FALSE(watch.update());
+    EXPECT_EQ(messages.text(), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(, Changes, testing::ValuesIn(changes), rowName<Change>);
+
+struct FileWatchTest : testing::Test {
+    int add(const std::string& path, const char* const label = "") {
+        return watch.watch({path.data(), path.size()}, heard.listener(label));
+    }
+
+    const FileWatch::DirectoryData& record(const std::size_t position) {
+        return State::directories(watch)[position];
+    }
+
+    TemporaryDirectory root;
+    FileWatch watch;
+    Heard heard{root};
+    Messages messages;
+};
+
+TEST_F(FileWatchTest, EventsPrintTheirNames) {
+    std::ostringstream out;
+    Corrade::Utility::Debug{&out} << Event::Add << Event::Remove << Event::Modify
+                                  << Event::RenameOld << Event::RenameNew << Event(5);
+    EXPECT_EQ(out.str(), "FileWatch::Event::Add FileWatch::Event::Remove FileWatch::Event::Modify "
+                         "FileWatch::Event::RenameOld FileWatch::Event::RenameNew "
+                         "FileWatch::Event::Invalid()\n");
+}
+
+TEST_F(FileWatchTest, FailuresUseUpIds) {
+    EXPECT_FALSE(watch.update());
+    EXPECT_EQ(add(root.path()), 1);
+    EXPECT_EQ(add(root / "none"), 0);
+    EXPECT_EQ(add(root.path()), 3);
+    EXPECT_EQ(messages.text(), "");
+    EXPECT_THAT(elements(State::watchIndices(watch)), ElementsAre(0, 0, 0, 1));
+    for (const int id : {0, -1, 4, 1000, 2}) {
+        watch.remove(id);
+    }
+    EXPECT_EQ(State::watches(watch).size(), 2);
+    watch.remove(1);
+    watch.remove(1);
+    EXPECT_EQ(State::watches(watch).size(), 1);
+    EXPECT_EQ(State::watches(watch)[0].id, 3);
+    EXPECT_THAT(elements(State::watchIndices(watch)), ElementsAre(0, ~std::uint64_t{}, 0, 0));
+}
+
+TEST_F(FileWatchTest, RemovalMovesTheLastWatchIntoTheSlot) {
+    makeTree(root.path(), {"f", "g"});
+    const int first = add(root.path(), "first");
+    const int second = add(root / "f", "second");
+    const int third = add(root / "g", "third");
+    watch.remove(first);
+    EXPECT_THAT(elements(State::watchIndices(watch)), ElementsAre(0, ~std::uint64_t{}, 1, 0));
+    fs::remove(root / "g");
+    EXPECT_TRUE(watch.update());
+    EXPECT_THAT(heard.take(), ElementsAre("third Remove g"));
+    watch.remove(third);
+    touch(root / "g");
+    EXPECT_FALSE(watch.update());
+    watch.remove(second);
+    EXPECT_EQ(State::watches(watch).size(), 0);
+    EXPECT_THAT(kernelWatches(watch), IsEmpty());
+}
+
+TEST_F(FileWatchTest, OneTreeIsOneRecordUntilItsLastWatchGoes) {
+    makeTree(root.path(), {"a/b/c/", "a/f"});
+    const int first = add(root / "a");
+    EXPECT_THAT(kernelWatches(watch), ElementsAre(1, 2, 3));
+    EXPECT_THAT(elements(record(0).subPaths), ElementsAre(root / "a/b/c", root / "a/b"));
+    EXPECT_THAT(elements(record(0).subWatchDescriptors), ElementsAre(2, 3));
+    const int others[]{add(root / "a/"), add(root / "a/./b/../f"), add(root / "a/b/c")};
+    EXPECT_EQ(State::directories(watch).size(), 1);
+    EXPECT_EQ(record(0).refCount, 4);
+    EXPECT_EQ(text(State::watches(watch)[2].file), "f");
+    EXPECT_EQ(text(State::watches(watch)[3].directory), root / "a/b/c");
+    watch.remove(first);
+    for (const int id : others) {
+        EXPECT_THAT(kernelWatches(watch), SizeIs(3));
+        watch.remove(id);
+    }
+    EXPECT_THAT(kernelWatches(watch), IsEmpty());
+    EXPECT_EQ(text(record(0).path), "");
+    EXPECT_EQ(record(0).watchDescriptor, -1);
+    add(root / "a");
+    EXPECT_EQ(State::directories(watch).size(), 2);
+    EXPECT_EQ(text(record(0).path), "");
+}
+
+TEST_F(FileWatchTest, AParentTakesTheRecordOver) {
+    makeTree(root.path(), {"a/b/", "a/c/d/"});
+    add(root / "a/b", "b");
+    add(root / "a/c", "c");
+    add(root / "a", "a");
+    EXPECT_EQ(State::directories(watch).size(), 2);
+    EXPECT_EQ(text(record(0).path), root / "a");
+    EXPECT_EQ(record(0).refCount, 2);
+    EXPECT_EQ(State::watches(watch)[0].directoryIndex, 0);
+    EXPECT_EQ(text(State::watches(watch)[0].directory), root / "a/b");
+    EXPECT_EQ(text(record(1).path), root / "a/c");
+    EXPECT_EQ(record(1).refCount, 1);
+    EXPECT_EQ(record(0).subWatchDescriptors[0], record(1).subWatchDescriptors[0]);
+    touch(root / "a/b/f");
+    touch(root / "a/c/d/f");
+    watch.update();
+    EXPECT_THAT(heard.take(), ElementsAre("b Modify a/b/f", "a Modify a/b/f", "c Modify a/c/d/f",
+                                          "a Modify a/c/d/f"));
+}
+
+TEST_F(FileWatchTest, ClearKeepsTheWatchesAndDropsWhatWaits) {
+    makeTree(root.path(), {"a/b/"});
+    const int first = add(root.path(), "first");
+    touch(root / "f");
+    watch.clear();
+    touch(root / "g");
+    EXPECT_THAT(kernelWatches(watch), IsEmpty());
+    EXPECT_FALSE(watch.update());
+    add(root / "a", "second");
+    touch(root / "a/f");
+    EXPECT_TRUE(watch.update());
+    EXPECT_THAT(heard.take(), ElementsAre("first Modify a/f", "second Modify a/f"));
+    watch.remove(first);
+    EXPECT_EQ(State::watches(watch).size(), 1);
+    EXPECT_EQ(record(0).refCount, 0);
+}
+
+TEST_F(FileWatchTest, EmptyCallbackIsPassedOver) {
+    EXPECT_EQ(watch.watch(root.path().data(), {}), 1);
+    touch(root / "f");
+    EXPECT_TRUE(watch.update());
+    EXPECT_EQ(messages.text(), "");
+}
+
+TEST_F(FileWatchTest, DanglingLinkBelowIsRefusedOnce) {
+    makeTree(root.path(), {"a/none -> gone", "a/b/"});
+    EXPECT_EQ(add(root.path()), 1);
+    EXPECT_EQ(messages.text(), "FileWatch::getDirectory(): inotify_add_watch failed for sub path: "
+                               "No such file or directory\n");
+    EXPECT_THAT(elements(record(0).subPaths), ElementsAre(root / "a/b", root / "a"));
+}
+
+TEST_F(FileWatchTest, DeliversInThreeSteps) {
+    add(root.path(), "first");
+    FileWatch::Change batch[]{{Containers::String{(root / "x").data()}, Event::RenameNew},
+                              {Containers::String{"/elsewhere/x"}, Event::Modify},
+                              {Containers::String{(root / "y").data()}, Event::Add}};
+    watch.onChangeCallback(batch);
+    touch(root / "f");
+    watch.updateLinux();
+    ASSERT_EQ(State::pendingCallbacks(watch).size(), 3);
+    EXPECT_EQ(text(State::pendingCallbacks(watch)[1].path), root / "y");
+    EXPECT_THAT(heard.take(), IsEmpty());
+    EXPECT_TRUE(watch.update());
+    EXPECT_THAT(heard.take(), ElementsAre("first RenameNew x", "first Add y", "first Modify f"));
+}
+
+TEST_F(FileWatchTest, ExceptionsOfCallbacks) {
+    int calls = 0;
+    const auto fail = [&calls](Containers::StringView, Event) {
+        ++calls;
+        throw std::runtime_error{"listener"};
+    };
+    const auto failOtherwise = [&calls](Containers::StringView, Event) {
+        ++calls;
+        throw 7;
+    };
+    watch.watch(root.path().data(), {Corrade::DefaultInit, fail});
+    touch(root / "f");
+    touch(root / "g");
+    EXPECT_TRUE(watch.update());
+    EXPECT_EQ(calls, 2);
+    watch.watch(root.path().data(), {Corrade::DefaultInit, failOtherwise});
+    touch(root / "h");
+    touch(root / "i");
+    EXPECT_THROW(watch.update(), int);
+    EXPECT_EQ(calls, 4);
+    EXPECT_FALSE(watch.update());
+    EXPECT_EQ(messages.text(), "");
+}
+
+/* Three watches, a, b and c, on one directory, and three new files. The callback of a acts when it
+   hears of the first one, so entries for all slots and two more files are still under way. */
+struct Delivery {
+    const char* name;
+    void (*act)(struct DeliveryTest& test);
+    std::vector<std::string> heard;
+    std::string messages;
+};
+
+void PrintTo(const Delivery& row, std::ostream* const out) {
+    *out << row.name;
+}
+
+struct DeliveryTest : testing::TestWithParam<Delivery> {
+    DeliveryTest() {
+        makeTree(root.path(), {"w/", "other/", "w/2"});
+        ids[0] =
+            watch.watch((root / "w").data(),
+                        {Corrade::DefaultInit, [this](Containers::StringView path, Event event) {
+                             heard.note("a", path, event);
+                             if (!acted) {
+                                 acted = true;
+                                 /* The row's action may destroy this callback. */
+                                 GetParam().act(*this);
+                             }
+                         }});
+        ids[1] = watch.watch((root / "w").data(), heard.listener("b"));
+        ids[2] = watch.watch((root / "w").data(), heard.listener("c"));
+    }
+
+    TemporaryDirectory root;
+    FileWatch watch;
+    Heard heard{root};
+    int ids[3];
+    bool acted = false;
+};
+
+const std::string outOfRange(const int index, const int size) {
+    return "FileWatch::update(): Callback index " + std::to_string(index) + " out of range of " +
+           std::to_string(size) + " elements\n";
+}
+
+const Delivery deliveries[]{
+    {"nothing",
+     [](DeliveryTest&) {},
+     {"a Modify w/1", "b Modify w/1", "c Modify w/1", "a Remove w/2", "b Remove w/2",
+      "c Remove w/2"},
+     ""},
+    {"last removed",
+     [](DeliveryTest& t) { t.watch.remove(t.ids[2]); },
+     {"a Modify w/1", "b Modify w/1", "a Remove w/2", "b Remove w/2"},
+     outOfRange(2, 2) + outOfRange(2, 2)},
+    {"middle removed, the last one takes its entries",
+     [](DeliveryTest& t) { t.watch.remove(t.ids[1]); },
+     {"a Modify w/1", "c Modify w/1", "a Remove w/2", "c Remove w/2"},
+     outOfRange(2, 2) + outOfRange(2, 2)},
+    {"itself removed",
+     [](DeliveryTest& t) { t.watch.remove(t.ids[0]); },
+     {"a Modify w/1", "b Modify w/1", "c Remove w/2", "b Remove w/2"},
+     outOfRange(2, 2) + outOfRange(2, 2)},
+    {"all removed",
+     [](DeliveryTest& t) {
+         for (const int id : t.ids) {
+             t.watch.remove(id);
+         }
+     },
+     {"a Modify w/1"},
+     outOfRange(1, 0) + outOfRange(2, 0) + outOfRange(0, 0) + outOfRange(1, 0) + outOfRange(2, 0)},
+    {"new watch in the removed one's slot waits for its turn",
+     [](DeliveryTest& t) {
+         t.watch.remove(t.ids[2]);
+         t.watch.watch((t.root / "w").data(), t.heard.listener("new"));
+     },
+     {"a Modify w/1", "b Modify w/1", "a Remove w/2", "b Remove w/2"},
+     ""},
+    {"new watch beside",
+     [](DeliveryTest& t) { t.watch.watch((t.root / "w").data(), t.heard.listener("new")); },
+     {"a Modify w/1", "b Modify w/1", "c Modify w/1", "a Remove w/2", "b Remove w/2",
+      "c Remove w/2"},
+     ""},
+    {"clear does not stop it",
+     [](DeliveryTest& t) { t.watch.clear(); },
+     {"a Modify w/1", "b Modify w/1", "c Modify w/1", "a Remove w/2", "b Remove w/2",
+      "c Remove w/2"},
+     ""},
+    {"nested update",
+     [](DeliveryTest& t) {
+         touch(t.root / "w/3");
+         EXPECT_TRUE(t.watch.update());
+         EXPECT_FALSE(t.watch.update());
+     },
+     {"a Modify w/1", "a Modify w/3", "b Modify w/3", "c Modify w/3", "b Modify w/1",
+      "c Modify w/1", "a Remove w/2", "b Remove w/2", "c Remove w/2"},
+     ""},
+};
+
+TEST_P(DeliveryTest, GoesOnWhileACallbackChangesTheWatches) {
+    Messages messages;
+    touch(root / "w/1");
+    fs::remove(root / "w/2");
+    EXPECT_TRUE(watch.update());
+    EXPECT_THAT(heard.take(), ElementsAreArray(GetParam().heard));
+    EXPECT_EQ(messages.text(), GetParam().messages);
+    EXPECT_EQ(State::pendingCallbacks(watch).size(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(, DeliveryTest, testing::ValuesIn(deliveries), rowName<Delivery>);
+
+TEST_F(FileWatchTest, RefilledSlotIsPassedOverWhereTheWatchIsNotConcerned) {
+    makeTree(root.path(), {"w/f", "w/g", "other/"});
+    int removed = 0;
+    watch.watch((root / "w").data(), {Corrade::DefaultInit, [&](Containers::StringView, Event) {
+                                          watch.remove(std::exchange(removed, 0));
+                                      }});
+    removed = add(root / "w", "removed");
+    add(root / "other", "elsewhere");
+    fs::remove(root / "w/f");
+    fs::remove(root / "w/g");
+    EXPECT_TRUE(watch.update());
+    EXPECT_THAT(heard.take(), IsEmpty());
+    EXPECT_EQ(messages.text(), "");
+}
+
+TEST_F(FileWatchTest, RefusedDirectories) {
+    makeTree(root.path(), {"w/closed/x", "w/open/"});
+    fs::permissions(root.path(), fs::perms::all);
+    fs::permissions(root / "w/closed", fs::perms::none);
+    fs::permissions(root / "w/open", fs::perms::all);
+    const std::string errors = root / "errors";
+    writeFile(errors, "");
+    fs::permissions(errors, fs::perms::all);
+    EXPECT_EQ(unprivileged([&] {
+                  FileWatch own;
+                  Messages heardMessages;
+                  const bool refused = own.watch((root / "w/closed").data(), {}) == 0;
+                  const bool covered = own.watch((root / "w").data(), {}) == 2;
+                  close(open((root / "w/open/f").data(), O_CREAT | O_WRONLY, 0666));
+                  const bool open = own.update();
+                  /* The arrival of a directory that is closed already. */
+                  fs::create_directory(root / "w/open/n");
+                  fs::create_directory(root / "w/open/n/late");
+                  fs::permissions(root / "w/open/n/late", fs::perms::none);
+                  own.update();
+                  writeFile(errors, heardMessages.text());
+                  return refused + 2 * covered + 4 * open;
+              }),
+              7);
+    EXPECT_EQ(readFile(errors),
+              "FileWatch::getDirectory(): inotify_add_watch failed: Permission denied\n"
+              "Directory doesn't exist\n"
+              "Utility::Path::list(): can't list " +
+                  (root / "w/closed") +
+                  ": error 13 (Permission denied)\n"
+                  "FileWatch::getDirectory(): inotify_add_watch failed for sub path: Permission "
+                  "denied\n"
+                  "Utility::Path::list(): can't list " +
+                  (root / "w/open/n/late") +
+                  ": error 13 (Permission denied)\n"
+                  "FileWatch::updateLinux(): inotify_add_watch failed for sub folder: Permission "
+                  "denied\n");
+    fs::permissions(root / "w/closed", fs::perms::all);
+    fs::permissions(root / "w/open/n/late", fs::perms::all);
+}
+
+using FileWatchDeathTest = FileWatchTest;
+
+TEST_F(FileWatchDeathTest, AbortsWithoutAnInstance) {
+    const auto exhaust = [] {
+        const rlimit none{0, 0};
+        setrlimit(RLIMIT_NOFILE, &none);
+        FileWatch refused;
+    };
+    EXPECT_DEATH(exhaust(), "^FileWatch::FileWatch\\(\\): Failed to initialize inotify\n$");
+}
+
+} // namespace
+} // namespace VespermoorEngine::Test
