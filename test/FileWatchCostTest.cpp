@@ -36,6 +36,7 @@ int lastReadSize = 0;
 } // namespace
 
 /* Take the places of the system's functions for the libraries as well. */
+#pragma GCC visibility push(default)
 extern "C" {
 
 ssize_t read(const int fd, void* const buffer, const std::size_t size) {
@@ -72,6 +73,7 @@ void* malloc(const std::size_t size) {
 }
 #endif
 }
+#pragma GCC visibility pop
 
 namespace VespermoorEngine::Test {
 namespace {

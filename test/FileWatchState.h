@@ -27,18 +27,13 @@ namespace Test {
 
 using State = FileWatchTestAccess;
 
-/** @brief Copy of @p array that matchers take, with strings as standard ones. */
-template <class T>
-auto elements(const Containers::Array<T>& array) {
-    if constexpr (std::is_same_v<T, Containers::String>) {
-        std::vector<std::string> copies;
-        for (const Containers::String& string : array) {
-            copies.push_back(text(string));
-        }
-        return copies;
-    } else {
-        return std::vector<T>(array.begin(), array.end());
+/** @brief Copies of @p strings that matchers take. */
+inline std::vector<std::string> texts(const Containers::Array<Containers::String>& strings) {
+    std::vector<std::string> copies;
+    for (const Containers::String& string : strings) {
+        copies.push_back(text(string));
     }
+    return copies;
 }
 
 /** @brief Descriptors of the kernel watches that @p watch holds, as the kernel tells them. */
@@ -100,7 +95,7 @@ inline void expectWatchesExactly(FileWatch& watch, const std::string& root) {
 /** @brief Changes that callbacks were told of, as `<label> Modify <path below the root>`. */
 class Heard {
 public:
-    explicit Heard(const TemporaryDirectory& root) : _prefix{root / ""} {}
+    explicit Heard(const TemporaryDirectory& root) : prefix{root / ""} {}
 
     /** @brief Listener that notes what it hears under @p label; the object has to outlive it. */
     FileWatch::Callback listener(const char* const label = "") {
@@ -115,18 +110,18 @@ public:
         std::ostringstream name;
         Corrade::Utility::Debug{&name, Corrade::Utility::Debug::Flag::NoNewlineAtTheEnd} << event;
         const std::string full = text(path);
-        EXPECT_EQ(full.rfind(_prefix, 0), 0u) << full;
-        _changes.push_back((label.empty() ? "" : label + ' ') +
-                           name.str().substr(std::string{"FileWatch::Event::"}.size()) + ' ' +
-                           full.substr(_prefix.size()));
+        EXPECT_EQ(full.rfind(prefix, 0), 0u) << full;
+        changes.push_back((label.empty() ? "" : label + ' ') +
+                          name.str().substr(std::string{"FileWatch::Event::"}.size()) + ' ' +
+                          full.substr(prefix.size()));
     }
 
     /** @brief Takes what was heard so far. */
-    std::vector<std::string> take() { return std::exchange(_changes, {}); }
+    std::vector<std::string> take() { return std::exchange(changes, {}); }
 
 private:
-    std::string _prefix;
-    std::vector<std::string> _changes;
+    std::string prefix;
+    std::vector<std::string> changes;
 };
 
 } // namespace Test

@@ -177,22 +177,22 @@ struct FileWatch::Origin {
 class FileWatch::Walk {
 public:
     /* Of a new tree, where nothing is reported. */
-    Walk(FileWatch& owner, DirectoryData& directory)
-        : _owner{owner},
-          _directory{directory},
-          _listFlags{ListFlag::SkipDotAndDotDot | ListFlag::SkipFiles | ListFlag::SkipSpecial},
-          _visitFlags{VisitFlag::Recursive},
-          _refusal{"FileWatch::getDirectory(): inotify_add_watch failed for sub path:"} {}
+    Walk(FileWatch& watch, DirectoryData& directory)
+        : owner{watch},
+          record{directory},
+          listFlags{ListFlag::SkipDotAndDotDot | ListFlag::SkipFiles | ListFlag::SkipSpecial},
+          visitFlags{VisitFlag::Recursive},
+          refusal{"FileWatch::getDirectory(): inotify_add_watch failed for sub path:"} {}
 
     /* Of a directory that came into a watched tree, whose files are reported to `batch`. */
-    Walk(FileWatch& owner, DirectoryData& directory, Containers::Array<Change>& batch)
-        : _owner{owner},
-          _directory{directory},
-          _batch{&batch},
-          _batchBegin{batch.size()},
-          _listFlags{ListFlag::SkipDotAndDotDot},
-          _visitFlags{VisitFlag::IncludeRoot | VisitFlag::Recursive | VisitFlag::FollowSymlinks},
-          _refusal{"FileWatch::updateLinux(): inotify_add_watch failed for sub folder:"} {}
+    Walk(FileWatch& watch, DirectoryData& directory, Containers::Array<Change>& changes)
+        : owner{watch},
+          record{directory},
+          batch{&changes},
+          batchBegin{changes.size()},
+          listFlags{ListFlag::SkipDotAndDotDot},
+          visitFlags{VisitFlag::IncludeRoot | VisitFlag::Recursive | VisitFlag::FollowSymlinks},
+          refusal{"FileWatch::updateLinux(): inotify_add_watch failed for sub folder:"} {}
 
     void run(Containers::StringView start);
 
@@ -218,48 +218,48 @@ private:
                                           Containers::ArrayView<const Containers::String> names);
     bool isSettled(Containers::StringView path, const Sighting& sighting);
 
-    FileWatch& _owner;
-    DirectoryData& _directory;
+    FileWatch& owner;
+    DirectoryData& record;
     /* Null where nothing is reported. */
-    Containers::Array<Change>* _batch = nullptr;
-    std::size_t _batchBegin = 0;
-    Utility::Path::ListFlags _listFlags;
-    VisitFlags _visitFlags;
-    const char* _refusal;
-    timespec _begin{};
+    Containers::Array<Change>* batch = nullptr;
+    std::size_t batchBegin = 0;
+    Utility::Path::ListFlags listFlags;
+    VisitFlags visitFlags;
+    const char* refusal;
+    timespec begin{};
     /* Watched, but listed before that and perhaps changed in between. */
-    Containers::Array<Containers::String> _unsettled;
-    Containers::Array<Containers::String> _refused;
+    Containers::Array<Containers::String> unsettled;
+    Containers::Array<Containers::String> refused;
 };
 
 void FileWatch::Walk::run(const Containers::StringView start) {
-    _begin = fileTime();
-    visitPath(start, visitor(), _listFlags, _visitFlags);
-    while (!_unsettled.isEmpty()) {
-        _begin = fileTime();
-        const Containers::Array<Containers::String> unsettled = std::move(_unsettled);
-        for (const Containers::String& directory : unsettled) {
+    begin = fileTime();
+    visitPath(start, visitor(), listFlags, visitFlags);
+    while (!unsettled.isEmpty()) {
+        begin = fileTime();
+        const Containers::Array<Containers::String> round = std::move(unsettled);
+        for (const Containers::String& directory : round) {
             settle(start, directory);
         }
     }
 }
 
 void FileWatch::Walk::visit(const Containers::StringView path) {
-    if (_batch && !Utility::Path::isDirectory(path)) {
-        arrayAppend(*_batch, Change{path, Event::Modify});
+    if (batch && !Utility::Path::isDirectory(path)) {
+        arrayAppend(*batch, Change{path, Event::Modify});
         return;
     }
-    const int descriptor = addKernelWatch(_owner.inotifyFd, path);
+    const int descriptor = addKernelWatch(owner.inotifyFd, path);
     if (descriptor < 0) {
         const char* const reason = std::strerror(errno);
-        Utility::Warning{} << _refusal << reason;
-        arrayAppend(_refused, Containers::String{path});
+        Utility::Warning{} << refusal << reason;
+        arrayAppend(refused, Containers::String{path});
         return;
     }
-    arrayAppend(_directory.subWatchDescriptors, descriptor);
-    arrayAppend(_directory.subPaths, Containers::String{path});
-    if (mayHaveChanged(path, _begin)) {
-        arrayAppend(_unsettled, Containers::String{path});
+    arrayAppend(record.subWatchDescriptors, descriptor);
+    arrayAppend(record.subPaths, Containers::String{path});
+    if (mayHaveChanged(path, begin)) {
+        arrayAppend(unsettled, Containers::String{path});
     }
 }
 
@@ -269,7 +269,7 @@ void FileWatch::Walk::settle(const Containers::StringView start,
         return;
     }
     const Containers::Optional<Containers::Array<Containers::String>> names =
-        Utility::Path::list(directory, _listFlags | ListFlag::SortAscending);
+        Utility::Path::list(directory, listFlags | ListFlag::SortAscending);
     if (!names) {
         return;
     }
@@ -281,11 +281,11 @@ void FileWatch::Walk::settle(const Containers::StringView start,
             continue;
         }
         if (sighting.descriptor != -1) {
-            _owner.prune(_directory, path);
+            owner.prune(record, path);
         }
         /* A link that leads nowhere does not exist for the walk, and is visited all the same. */
-        if (!visitPathBelow(start, path, visitor(), _listFlags,
-                            _visitFlags | VisitFlag::IncludeRoot)) {
+        if (!visitPathBelow(start, path, visitor(), listFlags,
+                            visitFlags | VisitFlag::IncludeRoot)) {
             visit(path);
         }
     }
@@ -303,28 +303,28 @@ FileWatch::Walk::takeStock(const Containers::StringView directory,
         const bool found = position != names.size() && name.end() == path.end();
         return found ? &sightings[position] : nullptr;
     };
-    for (const Containers::String& path : _refused) {
+    for (const Containers::String& path : refused) {
         if (Sighting* const sighting = sightingOf(path)) {
             sighting->refused = true;
         }
     }
-    for (std::size_t i = _batchBegin; _batch && i != _batch->size(); ++i) {
-        if (Sighting* const sighting = sightingOf((*_batch)[i].first())) {
+    for (std::size_t i = batchBegin; batch && i != batch->size(); ++i) {
+        if (Sighting* const sighting = sightingOf((*batch)[i].first())) {
             sighting->reported = true;
         }
     }
     Containers::Array<Containers::String> gone;
-    for (std::size_t i = 0; i != _directory.subPaths.size(); ++i) {
-        const Containers::StringView path = _directory.subPaths[i];
+    for (std::size_t i = 0; i != record.subPaths.size(); ++i) {
+        const Containers::StringView path = record.subPaths[i];
         const Containers::StringView name = nameBelow(directory, path);
         if (Sighting* const sighting = sightingOf(path)) {
-            sighting->descriptor = _directory.subWatchDescriptors[i];
+            sighting->descriptor = record.subWatchDescriptors[i];
         } else if (!name.isEmpty() && positionOf(names, name) == names.size()) {
             arrayAppend(gone, Utility::Path::join(directory, name));
         }
     }
     for (const Containers::String& path : gone) {
-        _owner.prune(_directory, path);
+        owner.prune(record, path);
     }
     return sightings;
 }
@@ -332,18 +332,18 @@ FileWatch::Walk::takeStock(const Containers::StringView directory,
 /* Whether what stands at `path` now is what the walk has dealt with. Placing the kernel watch once
    more tells: the same directory has the same descriptor. */
 bool FileWatch::Walk::isSettled(const Containers::StringView path, const Sighting& sighting) {
-    if (_batch && !Utility::Path::isDirectory(path)) {
+    if (batch && !Utility::Path::isDirectory(path)) {
         return sighting.descriptor == -1 && sighting.reported;
     }
     if (sighting.descriptor == -1) {
         return sighting.refused;
     }
-    const int descriptor = addKernelWatch(_owner.inotifyFd, path);
+    const int descriptor = addKernelWatch(owner.inotifyFd, path);
     if (descriptor == sighting.descriptor) {
         return true;
     }
     if (descriptor >= 0) {
-        _owner.releaseDescriptor(descriptor);
+        owner.releaseDescriptor(descriptor);
     }
     return false;
 }

@@ -20,23 +20,25 @@ namespace {
 using ListFlag = Utility::Path::ListFlag;
 using Visitor = Function<bool(Containers::StringView)>;
 
-/* What tells one directory from every other, under whatever path it is found. */
+/* What tells one directory from every other, under whatever path it is found. One of nothing is the
+   same as no other. */
 struct Identity {
-    bool operator==(const Identity& other) const {
-        return device == other.device && inode == other.inode;
+    bool isSame(const Identity& other) const {
+        return exists && other.exists && device == other.device && inode == other.inode;
     }
 
-    dev_t device;
-    ino_t inode;
+    bool exists = false;
+    dev_t device = 0;
+    ino_t inode = 0;
 };
 
-/* Identity of what `path` leads to, links looked through; empty where that is nothing. */
-Containers::Optional<Identity> identity(const Containers::StringView path) {
+/* Identity of what `path` leads to, links looked through. */
+Identity identity(const Containers::StringView path) {
     struct stat status;
     if (stat(Containers::String::nullTerminatedView(path).data(), &status) != 0) {
         return {};
     }
-    return Identity{status.st_dev, status.st_ino};
+    return {true, status.st_dev, status.st_ino};
 }
 
 /* Status of `path` itself, links not looked through; empty, with `errno` set, on failure. */
@@ -52,13 +54,10 @@ Containers::Optional<struct stat> linkStatus(const Containers::StringView path) 
    the first `startSize` bytes of the path or at any directory between there and the link. Asks for
    each of them anew, since only links pay for it. */
 bool leadsBack(const Containers::StringView path, const std::size_t startSize) {
-    const Containers::Optional<Identity> target = identity(path);
-    if (!target) {
-        return false;
-    }
+    const Identity target = identity(path);
     Containers::StringView passed = path.prefix(startSize);
     while (passed.size() < path.size()) {
-        if (identity(passed) == target) {
+        if (identity(passed).isSame(target)) {
             return true;
         }
         const Containers::StringView rest = path.exceptPrefix(passed.size() + 1);
@@ -130,12 +129,12 @@ Containers::StringView topmostMissing(Containers::StringView path) {
    those made to hold it. They are left out where they lie inside the source. */
 struct OwnDirectories {
     bool contain(const Containers::StringView path) const {
-        const Containers::Optional<Identity> candidate = identity(path);
-        return candidate && (candidate == destination || candidate == topmost);
+        const Identity candidate = identity(path);
+        return candidate.isSame(destination) || candidate.isSame(topmost);
     }
 
-    Containers::Optional<Identity> destination;
-    Containers::Optional<Identity> topmost;
+    Identity destination;
+    Identity topmost;
 };
 
 } // namespace
@@ -173,7 +172,7 @@ bool visitPathBelow(const Containers::StringView start, const Containers::String
 }
 
 bool copyRecursive(const Containers::StringView source, const Containers::StringView destination) {
-    if (Utility::Path::isDirectory(source) && identity(source) == identity(destination)) {
+    if (Utility::Path::isDirectory(source) && identity(source).isSame(identity(destination))) {
         return true;
     }
     const Containers::String topmost = topmostMissing(destination);
