@@ -50,6 +50,16 @@ rapidjson::Document readDocument(const Containers::StringView path) {
     throw invalid(path, readFile(path));
 }
 
+rapidjson::Document parseDocument(const Containers::StringView name,
+                                  const Containers::StringView json) {
+    rapidjson::Document document;
+    document.Parse<rapidjson::kParseIterativeFlag>(json.data(), json.size());
+    if (document.HasParseError()) {
+        throw invalid(name, json);
+    }
+    return document;
+}
+
 Containers::String printDocument(const rapidjson::Value& value, const int decimals) {
     const Containers::Optional<Containers::String> text =
         RapidJsonUtils::jsonToString(value, decimals);

@@ -19,6 +19,13 @@ namespace Containers = Corrade::Containers;
 rapidjson::Document readDocument(Containers::StringView path);
 
 /**
+ * @brief The JSON document in the text @p json, whose name in messages is @p name.
+ *
+ * Throws @ref Failure with the line, the column and the reason.
+ */
+rapidjson::Document parseDocument(Containers::StringView name, Containers::StringView json);
+
+/**
  * @brief Indented JSON text of @p value with a newline at its end.
  *
  * @p decimals is the largest number of fractional digits, at least 1.

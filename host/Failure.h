@@ -20,6 +20,9 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/** @brief The end of a command that failed and has said why, or has nothing to say. */
+class SilentFailure {};
+
 } // namespace VespermoorEngine::Host
 
 #endif

@@ -72,25 +72,22 @@ int TemporaryFile::replace(const std::string& path, const Containers::StringView
     if (const int error = writeAll(descriptor, content)) {
         return error;
     }
-    /* Without the sync a crash of the system can leave the new name with none of the content. */
-    if (fchmod(descriptor, mode) != 0 || fsync(descriptor) != 0 ||
-        rename(name.data(), path.data()) != 0) {
+    if (fchmod(descriptor, mode) != 0 || rename(name.data(), path.data()) != 0) {
         return errno;
     }
     close(std::exchange(descriptor, -1));
     return 0;
 }
 
-void writeInto(const std::string& path, const Containers::StringView content) {
+/* Returns 0 or the system's error. */
+int writeInto(const std::string& path, const Containers::StringView content) {
     const int descriptor = open(path.data(), O_WRONLY | O_CLOEXEC);
     if (descriptor < 0) {
-        fail(path, errno);
+        return errno;
     }
     const int writeError = writeAll(descriptor, content);
     const int closeError = close(descriptor) == 0 ? 0 : errno;
-    if (const int error = writeError ? writeError : closeError) {
-        fail(path, error);
-    }
+    return writeError ? writeError : closeError;
 }
 
 std::string followLinks(const std::string& path) {
@@ -138,15 +135,19 @@ void replaceFile(const Containers::StringView path, const Containers::StringView
     if (exists && S_ISDIR(status.st_mode)) {
         fail(path, EISDIR);
     }
-    if (exists && !S_ISREG(status.st_mode)) {
-        writeInto(target, content);
-        return;
-    }
-    TemporaryFile file{target};
-    if (const int error =
-            file.replace(target, content, exists ? status.st_mode & 07777 : defaultMode())) {
+    const mode_t mode = exists ? status.st_mode & 07777 : defaultMode();
+    const int error = exists && !S_ISREG(status.st_mode)
+                          ? writeInto(target, content)
+                          : TemporaryFile{target}.replace(target, content, mode);
+    if (error) {
         fail(path, error);
     }
+}
+
+bool holds(const Containers::StringView path, const Containers::StringView content) {
+    struct stat status {};
+    return stat(std::string{path}.data(), &status) == 0 && S_ISREG(status.st_mode) &&
+           std::size_t(status.st_size) == content.size() && readFile(path) == content;
 }
 
 void print(const Containers::StringView content) {

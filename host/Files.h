@@ -22,6 +22,9 @@ Containers::String readFile(Containers::StringView path);
  */
 void replaceFile(Containers::StringView path, Containers::StringView content);
 
+/** @brief Whether @p path is a regular file that holds exactly @p content. */
+bool holds(Containers::StringView path, Containers::StringView content);
+
 /** @brief Writes @p content to standard output; throws @ref Failure where that fails. */
 void print(Containers::StringView content);
 

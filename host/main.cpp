@@ -3,8 +3,13 @@
 
 #include <CLI/CLI.hpp>
 
+#include "CaseCommand.h"
+#include "Failure.h"
+#include "GenerateCommand.h"
 #include "JsonCommand.h"
 #include "RenderCommand.h"
+#include "SearchCommand.h"
+#include "TagsCommand.h"
 
 namespace {
 
@@ -16,6 +21,10 @@ int run(const int argc, const char* const* const argv) {
     program.require_subcommand(1);
     VespermoorEngine::Host::addJsonCommand(program);
     VespermoorEngine::Host::addRenderCommand(program);
+    VespermoorEngine::Host::addGenerateCommand(program);
+    VespermoorEngine::Host::addTagsCommand(program);
+    VespermoorEngine::Host::addCaseCommand(program);
+    VespermoorEngine::Host::addSearchCommand(program);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -29,6 +38,8 @@ int run(const int argc, const char* const* const argv) {
 int main(const int argc, const char* const* const argv) {
     try {
         return run(argc, argv);
+    } catch (const VespermoorEngine::Host::SilentFailure&) {
+        return failed;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "vespermoor-utils: %s\n", error.what());
         return failed;

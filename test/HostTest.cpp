@@ -170,9 +170,112 @@ INSTANTIATE_TEST_SUITE_P(
     }),
     rowName<CommandRow>);
 
+INSTANTIATE_TEST_SUITE_P(
+    JsonSet, HostCommandTest,
+    testing::ValuesIn(std::initializer_list<CommandRow>{
+        {"one member",
+         {"json", "@D/more.json", "--set", "/name=\"Loft\""},
+         0,
+         "{\n    \"name\": \"Loft\",\n    \"depth\": 2.5\n}\n",
+         ""},
+        {"missing members are made",
+         {"json", "@D/more.json", "--set", "/a/b~1c=null", "--pointer", "/a"},
+         0,
+         "{\n    \"b/c\": null\n}\n",
+         ""},
+        {"numbers keep their value",
+         {"json", "@D/more.json", "--set", "/x=0.1", "--set", "/y=9007199254740993", "--set",
+          "/x={\"f\": 0.1, \"y\": 9007199254740993}", "--pointer", "/x"},
+         0,
+         "{\n    \"f\": 0.1,\n    \"y\": 9007199254740993\n}\n",
+         ""},
+        {"arrays of every kind",
+         {"json", "@D/more.json", "--set", "/a=[1,2]", "--set", "/a/-=[0.5]", "--set",
+          "/a/3=[\"x\"]", "--set", "/a/4=[1,\"x\",0.1]", "--pointer", "/a/4"},
+         0,
+         "[\n    1,\n    \"x\",\n    0.1\n]\n",
+         ""},
+        {"below a string",
+         {"json", "@D/more.json", "--set", "/name/first=1"},
+         1,
+         "",
+         "vespermoor-utils: --set: Nothing can be made at /name/first\n"},
+        {"no JSON",
+         {"json", "@D/more.json", "--set", "/name=Loft"},
+         1,
+         "",
+         "vespermoor-utils: --set /name:1:1: Invalid value\n"},
+        {"no equals sign",
+         {"json", "@D/more.json", "--set", "/name"},
+         1,
+         "",
+         "vespermoor-utils: --set: /name has no equals sign\n"},
+        {"no pointer",
+         {"json", "@D/more.json", "--set", "name=1"},
+         1,
+         "",
+         "vespermoor-utils: --set: name is no JSON Pointer\n"},
+    }),
+    rowName<CommandRow>);
+
+INSTANTIATE_TEST_SUITE_P(
+    Text, HostCommandTest,
+    testing::ValuesIn(std::initializer_list<CommandRow>{
+        {"tags",
+         {"tags", "@D/good.tmpl", "--region", "{{ ", " }}:", "@D/undefined.tmpl"},
+         0,
+         "{{ text {{ no.such.name }}\n }}: {{ depth }}{{ if open }} (open){{ end }}\n",
+         ""},
+        {"tags in brackets and order",
+         {"tags", "@D/scene.json", "--region", "[{", "}]", "@D/empty.json", "--region", "{\"n",
+          "op", "@D/empty.json"},
+         0,
+         "{\"nopen\": true, \"scale\": 1.2399,\n \"parts\": [{}]}\n",
+         ""},
+        {"missing tag",
+         {"tags", "@D/good.tmpl", "--region", "{{", "nowhere", "@D/empty.json"},
+         1,
+         "",
+         "vespermoor-utils: @D/good.tmpl: missing tag 'nowhere'\n"},
+        {"overlapping tags",
+         {"tags", "@D/good.tmpl", "--region", "name", "open", "@D/empty.json", "--region", "depth",
+          "end", "@D/empty.json"},
+         1,
+         "",
+         "vespermoor-utils: @D/good.tmpl: overlapping tags: 'open' should appear before 'depth'\n"},
+        {"missing content",
+         {"tags", "@D/good.tmpl", "--region", "a", "b", "@D/none"},
+         1,
+         "",
+         "vespermoor-utils: @D/none: No such file or directory\n"},
+        {"kebab", {"case", "kebab", "XMLParser", "fooBar"}, 0, "xml-parser\nfoo-bar\n", ""},
+        {"camel", {"case", "camel", "my-3d-model", "a b"}, 0, "My3dModel\nAB\n", ""},
+        {"search finds nothing", {"search", "attics", "@D/scene.json"}, 1, "", ""},
+    }),
+    rowName<CommandRow>);
+
+TEST(HostTest, SearchTellsWhere) {
+    const TemporaryDirectory directory;
+    writeFile(directory / "a", "one\nTwo two\n\nno newline tWO");
+    writeFile(directory / "b", "Two");
+    const std::string a = directory / "a";
+    const std::string b = directory / "b";
+    EXPECT_EQ(runProgram({"search", "two", a, b}).output,
+              a + ":4:2: Two two\n" + b + ":0:1: Two\n");
+    EXPECT_EQ(runProgram({"search", "--all", "two", a}).output,
+              a + ":4:2: Two two\n" + a + ":8:2: Two two\n" + a + ":24:4: no newline tWO\n");
+}
+
 TEST(HostTest, WrongUsage) {
-    const std::vector<std::vector<std::string>> rows{
-        {}, {"nonsense"}, {"json"}, {"json", "a", "--decimals", "0"}, {"render", "a"}};
+    const std::vector<std::vector<std::string>> rows{{},
+                                                     {"nonsense"},
+                                                     {"json"},
+                                                     {"json", "a", "--decimals", "0"},
+                                                     {"render", "a"},
+                                                     {"tags", "a"},
+                                                     {"case", "x", "y"},
+                                                     {"search", "", "a"},
+                                                     {"generate", "a", "--watch", "--check"}};
     for (const std::vector<std::string>& arguments : rows) {
         const ProgramRun run = runProgram(arguments);
         EXPECT_EQ(run.exitCode, 2) << testing::PrintToString(arguments);
@@ -193,6 +296,11 @@ TEST(HostTest, ExamplesOfTheHelpWork) {
     fs::current_path(VESPERMOOR_SOURCE_DIR);
     EXPECT_EQ(runProgram(exampleArguments("json")).output, "\"Ada\"\n");
     EXPECT_THAT(runProgram(exampleArguments("render")).output, HasSubstr("Hello Ada!"));
+    EXPECT_THAT(runProgram(exampleArguments("tags")).output, HasSubstr("[components]Hello "));
+    EXPECT_EQ(runProgram(exampleArguments("case")).output, "xml-parser\n");
+    EXPECT_THAT(runProgram(exampleArguments("search")).output, HasSubstr(":0:1: Hello"));
+    const ProgramRun check = runProgram(exampleArguments("generate"));
+    EXPECT_EQ(check.output + check.error, "") << "examples are out of date";
 }
 
 TEST(HostTest, FullStandardOutputIsAFailure) {

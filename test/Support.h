@@ -1,8 +1,10 @@
 #ifndef Vespermoor_Test_Support_h
 #define Vespermoor_Test_Support_h
 
+#include <chrono>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <Corrade/Containers/Array.h>
@@ -53,6 +55,16 @@ private:
 /** @brief Copy of @p view for comparisons and messages of GoogleTest. */
 inline std::string text(const Corrade::Containers::StringView view) {
     return {view.data(), view.size()};
+}
+
+/** @brief Waits until @p condition holds; fails the test where that takes more than a minute. */
+template <class Condition>
+void waitUntil(const Condition& condition) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes{1};
+    while (!condition()) {
+        ASSERT_LT(std::chrono::steady_clock::now(), end) << "waited in vain";
+        std::this_thread::yield();
+    }
 }
 
 /** @brief Copy of @p array for comparisons and messages of GoogleTest. */

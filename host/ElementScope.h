@@ -1,0 +1,30 @@
+#ifndef Vespermoor_Host_ElementScope_h
+#define Vespermoor_Host_ElementScope_h
+
+#include "DocumentScope.h"
+
+namespace VespermoorEngine::Host {
+
+/**
+ * @brief An element of an array or object, as the scope of a template that is rendered for each.
+ *
+ * Its members have their names. Beside them, `@key` is its name where it is a member of an object,
+ * and `@value` is the element itself, for one that has no members.
+ */
+class ElementScope : public DocumentScope {
+public:
+    /** @brief @p element lies inside @p document; @p key lives as long and is empty in an array. */
+    ElementScope(rapidjson::Document& document, rapidjson::Value& element,
+                 Containers::StringView key);
+
+    Containers::Pointer<JsonObject> member(Containers::StringView path) override;
+
+private:
+    rapidjson::Document& document;
+    rapidjson::Value& element;
+    rapidjson::Value name;
+};
+
+} // namespace VespermoorEngine::Host
+
+#endif

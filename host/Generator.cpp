@@ -1,0 +1,215 @@
+#include "Generator.h"
+
+#include <deque>
+#include <utility>
+
+#include <Corrade/Containers/GrowableArray.h>
+#include <Corrade/Containers/StringStl.h>
+#include <VespermoorEditor/Utils/RapidJsonUtils.h>
+#include <VespermoorEditor/Utils/String.h>
+
+#include "DocumentScope.h"
+#include "Documents.h"
+#include "ElementScope.h"
+#include "Failure.h"
+#include "Files.h"
+
+namespace VespermoorEngine::Host {
+
+namespace {
+
+/* The roots of the data files, behind the element for which a template is rendered. */
+class Scopes {
+public:
+    void add(rapidjson::Document& document) {
+        roots.emplace_back(document);
+        arrayAppend(references, Containers::Reference<JsonObject>{roots.back()});
+    }
+
+    Containers::ArrayView<const Containers::Reference<JsonObject>> all() const {
+        return references;
+    }
+
+    /* All with `element` in front. */
+    Containers::Array<Containers::Reference<JsonObject>> behind(JsonObject& element) const {
+        Containers::Array<Containers::Reference<JsonObject>> result;
+        arrayReserve(result, references.size() + 1);
+        arrayAppend(result, Containers::Reference<JsonObject>{element});
+        for (const Containers::Reference<JsonObject>& reference : references) {
+            arrayAppend(result, reference);
+        }
+        return result;
+    }
+
+private:
+    /* A deque, since the references point into it. */
+    std::deque<DocumentScope> roots;
+    Containers::Array<Containers::Reference<JsonObject>> references;
+};
+
+/* A template that renders to nothing whatever the data is one that another program is just writing
+   anew, and what it stood for is not to be lost. */
+NamedTemplate readGeneratorTemplate(const std::string& path) {
+    if (readFile(path).isEmpty()) {
+        throw Failure{path, "The template is empty"};
+    }
+    return readTemplate(path);
+}
+
+std::string text(const Containers::StringView view) {
+    return {view.data(), view.size()};
+}
+
+} // namespace
+
+Generator::Generator(const Containers::StringView path) : files{readManifest(path)} {
+    for (std::size_t i = 0; i != files.size(); ++i) {
+        stale.insert(i);
+        for (const std::string& input : files[i].inputs()) {
+            dependents[input].insert(i);
+        }
+    }
+}
+
+std::set<std::string> Generator::inputs() const {
+    std::set<std::string> paths;
+    for (const auto& [path, indices] : dependents) {
+        paths.insert(path);
+    }
+    return paths;
+}
+
+void Generator::forget(const std::string& path) {
+    documents.erase(path);
+    templates.erase(path);
+    failures.erase(path);
+    const auto found = dependents.find(path);
+    if (found != dependents.end()) {
+        stale.insert(found->second.begin(), found->second.end());
+    }
+}
+
+Generator::Result Generator::update(const Mode mode) {
+    Result result;
+    /* A file can be made from another generated one, which makes it stale again. Files that are
+       made from one another could go on like that forever. */
+    for (std::size_t pass = 0; pass <= files.size() && !stale.empty(); ++pass) {
+        for (const std::size_t i : std::exchange(stale, {})) {
+            try {
+                updateFile(files[i], mode, result);
+            } catch (const Failure& failure) {
+                result.failures.insert(failure.what());
+            }
+        }
+    }
+    return result;
+}
+
+void Generator::updateFile(const OutputFile& file, const Mode mode, Result& result) {
+    const std::string content = render(file);
+    if (holds(file.path, content)) {
+        return;
+    }
+    if (mode == Mode::Write) {
+        replaceFile(file.path, content);
+        forget(file.path);
+    }
+    result.changed.push_back(file.path);
+}
+
+/* What `read` makes of the file at `path`, made at the first use. */
+template <class T, class Read>
+T& Generator::keep(std::map<std::string, T>& kept, const std::string& path, const Read read) {
+    const auto found = kept.find(path);
+    if (found != kept.end()) {
+        return found->second;
+    }
+    const auto failed = failures.find(path);
+    if (failed != failures.end()) {
+        throw Failure{failed->second};
+    }
+    try {
+        return kept.emplace(path, read(path)).first->second;
+    } catch (const Failure& failure) {
+        failures.emplace(path, failure.what());
+        throw;
+    }
+}
+
+rapidjson::Document& Generator::document(const std::string& path) {
+    return keep(documents, path, [](const std::string& file) { return readDocument(file); });
+}
+
+NamedTemplate& Generator::compiled(const std::string& path) {
+    return keep(templates, path, readGeneratorTemplate);
+}
+
+std::string Generator::render(const OutputFile& file) {
+    return file.regions.empty() ? render(file.whole, file.data) : fillRegions(file);
+}
+
+std::string Generator::render(const Rendering& rendering, const std::vector<std::string>& data) {
+    NamedTemplate& source = compiled(rendering.templatePath);
+    if (!rendering.each.empty()) {
+        return renderEach(source, rendering.each, data);
+    }
+    Scopes scopes;
+    for (const std::string& path : data) {
+        scopes.add(document(path));
+    }
+    return text(Host::render(source, scopes.all()));
+}
+
+std::string Generator::renderEach(NamedTemplate& source, const std::string& pointer,
+                                  const std::vector<std::string>& data) {
+    Scopes scopes;
+    rapidjson::Document* owner = nullptr;
+    rapidjson::Value* list = nullptr;
+    for (const std::string& path : data) {
+        rapidjson::Document& candidate = document(path);
+        scopes.add(candidate);
+        if (!list) {
+            owner = &candidate;
+            list = RapidJsonUtils::valueByPointer(candidate, pointer);
+        }
+    }
+    if (!list || !(list->IsArray() || list->IsObject())) {
+        throw Failure{data.empty() ? source.path : Containers::String{data.front()},
+                      (list ? "Neither an array nor an object at " : "Nothing at ") + pointer};
+    }
+    std::string joined;
+    const unsigned int count = list->IsArray() ? list->Size() : list->MemberCount();
+    for (unsigned int i = 0; i != count; ++i) {
+        const Containers::Pair<Containers::StringView, rapidjson::Value*> child =
+            RapidJsonUtils::getSubValue(*list, i);
+        ElementScope element{*owner, *child.second(), child.first()};
+        joined += text(Host::render(source, scopes.behind(element)));
+    }
+    return joined;
+}
+
+std::string Generator::fillRegions(const OutputFile& file) {
+    /* Reserved, since the views of the replacements point into it. */
+    std::vector<std::string> contents;
+    contents.reserve(file.regions.size());
+    Containers::Array<Utils::TagReplacement> replacements;
+    for (const Region& region : file.regions) {
+        contents.push_back(render(region.content, file.data));
+        arrayAppend(replacements, Utils::TagReplacement{region.start, region.end, contents.back()});
+    }
+    const Containers::String current = readFile(file.path);
+    for (const Region& region : file.regions) {
+        /* The library leaves out a region of which neither tag is there; here it is an error. */
+        if (!current.contains(region.start) && !current.contains(region.end)) {
+            throw Failure{file.path, "missing tag '" + region.start + "'"};
+        }
+    }
+    const Containers::Pair<Containers::String, bool> result =
+        Utils::replaceTagContent(current, replacements);
+    if (!result.second()) {
+        throw Failure{file.path, result.first()};
+    }
+    return text(result.first());
+}
+
+} // namespace VespermoorEngine::Host

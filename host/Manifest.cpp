@@ -1,0 +1,165 @@
+#include "Manifest.h"
+
+#include <algorithm>
+#include <initializer_list>
+
+#include <Corrade/Containers/String.h>
+#include <Corrade/Containers/StringStl.h>
+#include <Corrade/Utility/Path.h>
+#include <VespermoorEditor/Utils/RapidJsonUtils.h>
+#include <VespermoorEngine/Path.h>
+
+#include "Documents.h"
+#include "Failure.h"
+
+namespace VespermoorEngine::Host {
+
+namespace {
+
+/* One value of the manifest, and its place as a JSON Pointer for the messages about it. */
+class Entry {
+public:
+    Entry(const std::string& manifestPath, const rapidjson::Value& json, std::string pointer)
+        : manifest{manifestPath}, value{json}, place{std::move(pointer)} {}
+
+    [[noreturn]] void fail(const std::string& reason) const {
+        throw Failure{manifest, (place.empty() ? "" : place + ": ") + reason};
+    }
+
+    void expectMembers(std::initializer_list<const char*> known) const;
+    bool has(const char* const name) const {
+        return RapidJsonUtils::getMember(value, name) != nullptr;
+    }
+    Entry member(const char* name) const;
+    std::vector<Entry> elements() const;
+    std::string string() const;
+    /* A string that is not empty, as a path relative to the manifest. */
+    std::string path() const;
+
+private:
+    const std::string& manifest;
+    const rapidjson::Value& value;
+    std::string place;
+};
+
+void Entry::expectMembers(const std::initializer_list<const char*> known) const {
+    if (!value.IsObject()) {
+        fail("Not an object");
+    }
+    for (const auto& member : value.GetObject()) {
+        const std::string name{member.name.GetString(), member.name.GetStringLength()};
+        if (std::find(known.begin(), known.end(), name) == known.end()) {
+            fail("Unknown member " + name);
+        }
+    }
+}
+
+Entry Entry::member(const char* const name) const {
+    const rapidjson::Value* const found = RapidJsonUtils::getMember(value, name);
+    if (!found) {
+        fail(std::string{"Missing member "} + name);
+    }
+    return {manifest, *found, place + "/" + name};
+}
+
+std::vector<Entry> Entry::elements() const {
+    if (!value.IsArray()) {
+        fail("Not an array");
+    }
+    std::vector<Entry> result;
+    for (const rapidjson::Value& element : value.GetArray()) {
+        result.emplace_back(manifest, element, place + "/" + std::to_string(result.size()));
+    }
+    return result;
+}
+
+std::string Entry::string() const {
+    if (!value.IsString()) {
+        fail("Not a string");
+    }
+    return {value.GetString(), value.GetStringLength()};
+}
+
+std::string Entry::path() const {
+    const std::string relative = string();
+    if (relative.empty()) {
+        fail("Empty path");
+    }
+    return Corrade::Utility::Path::join(Corrade::Utility::Path::split(manifest).first(), relative);
+}
+
+Rendering readRendering(const Entry& entry) {
+    Rendering rendering;
+    rendering.templatePath = entry.member("template").path();
+    if (entry.has("each")) {
+        const Entry each = entry.member("each");
+        rendering.each = each.string();
+        if (rendering.each.empty() ||
+            !rapidjson::Pointer{rendering.each.data(), rendering.each.size()}.IsValid()) {
+            each.fail("No JSON Pointer");
+        }
+    }
+    return rendering;
+}
+
+Region readRegion(const Entry& entry) {
+    entry.expectMembers({"start", "end", "template", "each"});
+    return {entry.member("start").string(), entry.member("end").string(), readRendering(entry)};
+}
+
+OutputFile readOutput(const Entry& entry) {
+    entry.expectMembers({"file", "data", "template", "each", "regions"});
+    OutputFile output;
+    output.path = entry.member("file").path();
+    for (const Entry& data : entry.member("data").elements()) {
+        output.data.push_back(data.path());
+    }
+    if (entry.has("regions") == entry.has("template")) {
+        entry.fail("Takes either template or regions");
+    }
+    if (entry.has("template")) {
+        output.whole = readRendering(entry);
+        return output;
+    }
+    if (entry.has("each")) {
+        entry.fail("Takes each only beside template");
+    }
+    for (const Entry& region : entry.member("regions").elements()) {
+        output.regions.push_back(readRegion(region));
+    }
+    if (output.regions.empty()) {
+        entry.fail("Has no regions");
+    }
+    return output;
+}
+
+} // namespace
+
+std::set<std::string> OutputFile::inputs() const {
+    std::set<std::string> paths{data.begin(), data.end()};
+    if (regions.empty()) {
+        paths.insert(whole.templatePath);
+    }
+    for (const Region& region : regions) {
+        paths.insert(region.content.templatePath);
+    }
+    return paths;
+}
+
+std::vector<OutputFile> readManifest(const Containers::StringView path) {
+    const rapidjson::Document document = readDocument(path);
+    const std::string name = path;
+    const Entry root{name, document, ""};
+    root.expectMembers({"outputs"});
+    std::vector<OutputFile> outputs;
+    std::set<std::string> paths;
+    for (const Entry& entry : root.member("outputs").elements()) {
+        outputs.push_back(readOutput(entry));
+        if (!paths.insert(Path::absolute(outputs.back().path)).second) {
+            entry.fail("Another output is the same file");
+        }
+    }
+    return outputs;
+}
+
+} // namespace VespermoorEngine::Host
