@@ -47,6 +47,24 @@ else()
     message(STATUS "Corrade and Magnum: installed, ${CORRADE_INCLUDE_DIR}")
 endif()
 
+# portable-file-dialogs is a single header without a package or a version of its own.
+if(NOT VESPERMOOR_DEPENDENCIES STREQUAL standins)
+    find_path(PORTABLE_FILE_DIALOGS_INCLUDE_DIR portable-file-dialogs.h)
+endif()
+if(PORTABLE_FILE_DIALOGS_INCLUDE_DIR AND NOT VESPERMOOR_DEPENDENCIES STREQUAL standins)
+    message(STATUS "portable-file-dialogs: installed, ${PORTABLE_FILE_DIALOGS_INCLUDE_DIR}")
+elseif(VESPERMOOR_DEPENDENCIES STREQUAL installed)
+    message(FATAL_ERROR "VESPERMOOR_DEPENDENCIES is 'installed', but portable-file-dialogs.h was "
+        "not found; set PORTABLE_FILE_DIALOGS_INCLUDE_DIR to its directory")
+else()
+    # Copied into a directory of its own: beside an installed Corrade, the folder of the stand-ins
+    # would offer its Corrade as well.
+    set(PORTABLE_FILE_DIALOGS_INCLUDE_DIR ${PROJECT_BINARY_DIR}/portable-file-dialogs)
+    configure_file(${PROJECT_SOURCE_DIR}/standins/portable-file-dialogs.h
+        ${PORTABLE_FILE_DIALOGS_INCLUDE_DIR}/portable-file-dialogs.h COPYONLY)
+    message(STATUS "portable-file-dialogs: the stand-in")
+endif()
+
 find_path(RAPIDJSON_INCLUDE_DIR rapidjson/document.h REQUIRED)
 message(STATUS "RapidJSON: ${RAPIDJSON_INCLUDE_DIR}")
 

@@ -1,10 +1,13 @@
 #include "VespermoorEditor/Utils/System.h"
 
 #include <cerrno>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <utility>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <Corrade/Containers/Array.h>
 #include <Corrade/Containers/GrowableArray.h>
@@ -12,6 +15,8 @@
 #include <Corrade/Containers/Pair.h>
 #include <Corrade/Containers/String.h>
 #include <Corrade/Utility/Debug.h>
+#include <Corrade/Utility/Format.h>
+#include <uuid/uuid.h>
 
 namespace VespermoorEngine {
 
@@ -206,6 +211,94 @@ bool copyRecursive(const Containers::StringView source, const Containers::String
 bool deleteRecursive(const Containers::StringView path) {
     return visitPath(path, Visitor{Corrade::DefaultInit, Utility::Path::remove},
                      ListFlag::SkipDotAndDotDot, VisitFlag::IncludeRoot | VisitFlag::Recursive);
+}
+
+namespace {
+
+using namespace Corrade::Containers::Literals;
+
+constexpr std::size_t readBlock = 8192;
+constexpr std::size_t uuidLength = UUID_STR_LEN - 1;
+
+/* All that can be read from `file`. The string takes over the memory it was collected in. */
+Containers::String readAll(std::FILE* const file) {
+    Containers::Array<char> block{Corrade::NoInit, readBlock};
+    Containers::Array<char> bytes;
+    while (const std::size_t count = std::fread(block.data(), 1, block.size(), file)) {
+        arrayAppend(bytes, block.prefix(count));
+    }
+    arrayAppend(bytes, '\0');
+    const std::size_t size = bytes.size() - 1;
+    const auto deleter = bytes.deleter();
+    return Containers::String{bytes.release(), size, deleter};
+}
+
+/* The status is dropped: where the program is missing the desktop has nothing to show. */
+void launch(const Containers::String& line) {
+    [[maybe_unused]] const int status = std::system(line.data());
+}
+
+} // namespace
+
+Containers::String appDirectory() {
+    const Containers::Optional<Containers::String> home = Utility::Path::homeDirectory();
+    if (!home) {
+        return {};
+    }
+    const Containers::String directory = Utility::Path::join(*home, ".VespermoorEngine"_s);
+    return Containers::String{Utility::Path::fromNativeSeparators(directory)};
+}
+
+int runShellCommandCapture(const Containers::StringView command, Containers::String& output,
+                           const Containers::StringView workingDirectory) {
+    const Containers::String prefix =
+        workingDirectory.isEmpty()
+            ? Containers::String{}
+            : Utility::format("cd \"{}\" && ", Utility::Path::toNativeSeparators(workingDirectory));
+    const Containers::String line = Utility::format("{}/bin/sh -lc '{}' 2>&1", prefix, command);
+    std::FILE* const pipe = popen(line.data(), "r");
+    if (!pipe) {
+        return 1;
+    }
+    output = readAll(pipe);
+    return pclose(pipe);
+}
+
+int setShellEnvironment(
+    const Containers::Array<Containers::Pair<Containers::String, Containers::String>>&
+        environment) {
+    int result = 0;
+    for (const Containers::Pair<Containers::String, Containers::String>& variable : environment) {
+        if (const int status = setenv(variable.first().data(), variable.second().data(), 0)) {
+            result = status;
+        }
+    }
+    return result;
+}
+
+int changeDirectory(const Containers::StringView path) {
+    return chdir(Containers::String::nullTerminatedView(path).data());
+}
+
+void openBrowser(const Containers::StringView url) {
+    launch(Utility::format("{} {}", "xdg-open", url));
+}
+
+void openWithSystemFilebrowser(const Containers::StringView path) {
+    launch(Utility::format("{} \"{}\"", "xdg-open", path));
+}
+
+void openWithSystemDefault(const Containers::StringView path,
+                           const Containers::StringView workingDirectory) {
+    launch(Utility::format("cd \"{}\" && {} \"{}\"", workingDirectory, "xdg-open", path));
+}
+
+Containers::String generateUUID() {
+    uuid_t uuid;
+    uuid_generate_random(uuid);
+    Containers::String text{Corrade::NoInit, uuidLength};
+    uuid_unparse(uuid, text.data());
+    return text;
 }
 
 } // namespace VespermoorEngine

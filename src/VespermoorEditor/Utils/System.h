@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include <Corrade/Containers/Containers.h>
 #include <Corrade/Containers/EnumSet.h>
 #include <Corrade/Containers/StringView.h>
 #include <Corrade/Utility/Path.h>
@@ -88,6 +89,87 @@ bool copyRecursive(Containers::StringView source, Containers::StringView destina
  * before is gone then and the rest stays.
  */
 bool deleteRecursive(Containers::StringView path);
+
+/**
+ * @brief Directory of the editor's files that belong to the current user.
+ *
+ * `.VespermoorEngine` in the home directory, whether it exists or not; it is not created. Empty
+ * where there is no home directory, for which @ref Corrade::Utility::Path::homeDirectory() prints
+ * a message.
+ */
+Containers::String appDirectory();
+
+/**
+ * @brief Runs @p command in a login shell and captures what it prints.
+ * @param[in] command           Stands between the single quotes of
+ *      `/bin/sh -lc '<command>' 2>&1`. Nothing is escaped, so it must not contain a single quote.
+ * @param[out] output           Replaced by all that the command wrote to its standard output and
+ *      standard error, byte for byte and in order. What the login shell prints while it reads its
+ *      profile is part of it.
+ * @param[in] workingDirectory  Stands between the double quotes of `cd "<directory>" && ` in front
+ *      of that line; the current directory of the process stays. It must not contain a double
+ *      quote, a `$`, a backquote or a backslash, which the shell would act on. Null or empty for no
+ *      change of directory.
+ * @return Wait status of the shell as @cpp pclose() @ce gives it: an exit code of 3 is 768. 1
+ *      where no shell could be started, with @p output untouched.
+ *
+ * Blocks until the command has ended and holds the whole output in memory. Where the directory
+ * cannot be entered the command does not run: @p output is then empty, the status is not zero and
+ * the shell's message goes to the standard error of the process.
+ */
+int runShellCommandCapture(Containers::StringView command, Containers::String& output,
+                           Containers::StringView workingDirectory);
+
+/**
+ * @brief Sets variables in the environment of the process, each a name and a value.
+ * @return 0, or what @cpp setenv() @ce gave for the last one that could not be set.
+ *
+ * A variable that is already set keeps its value, which is no failure; of two pairs with one name
+ * the first counts. A failure does not stop the others. Programs started later inherit them.
+ */
+int setShellEnvironment(
+    const Containers::Array<Containers::Pair<Containers::String, Containers::String>>& environment);
+
+/**
+ * @brief Changes the current directory of the process.
+ * @return What @cpp chdir() @ce gives: 0, or -1 with the directory unchanged.
+ */
+int changeDirectory(Containers::StringView path);
+
+/**
+ * @brief Opens @p url in the desktop's browser.
+ * @param url   Stands bare at the end of `xdg-open <url>`. Nothing is escaped, so it must not
+ *      contain blanks, quotes or any other character that the shell acts on, such as the `&`
+ *      between the fields of a query.
+ *
+ * Blocks until `xdg-open` has ended. Nothing tells whether it could be started.
+ */
+void openBrowser(Containers::StringView url);
+
+/**
+ * @brief Shows @p path in the desktop's file browser.
+ * @param path  Stands between the double quotes of `xdg-open "<path>"`. Nothing is escaped, so it
+ *      must not contain a double quote, a `$`, a backquote or a backslash.
+ *
+ * Blocks until `xdg-open` has ended. Nothing tells whether it could be started.
+ */
+void openWithSystemFilebrowser(Containers::StringView path);
+
+/**
+ * @brief Opens @p path with the program that the desktop has for its kind.
+ * @param path              Stands between the double quotes that end
+ *      `cd "<directory>" && xdg-open "<path>"`. Nothing is escaped, so it must not contain a double
+ *      quote, a `$`, a backquote or a backslash.
+ * @param workingDirectory  Stands between the first double quotes of that line, under the same
+ *      rule. Relative paths start there; the current directory of the process stays. It has to be
+ *      a directory that can be entered, or nothing is opened; an empty one stands for the current.
+ *
+ * Blocks until `xdg-open` has ended. Nothing tells whether it could be started.
+ */
+void openWithSystemDefault(Containers::StringView path, Containers::StringView workingDirectory);
+
+/** @brief Random UUID (RFC 4122, version 4) of 36 characters, in groups of 8-4-4-4-12. */
+Containers::String generateUUID();
 
 } // namespace VespermoorEngine
 

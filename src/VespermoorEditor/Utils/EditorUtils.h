@@ -1,0 +1,45 @@
+#ifndef VespermoorEditor_Utils_EditorUtils_h
+#define VespermoorEditor_Utils_EditorUtils_h
+
+#include <Corrade/Containers/Containers.h>
+
+#include "VespermoorEditor/Utils/visibility.h"
+
+namespace VespermoorEngine {
+
+namespace Containers = Corrade::Containers;
+
+/** @brief Services for the programs of the editor. */
+namespace Utils {
+
+/**
+ * @brief Directory that holds the running executable, without a trailing slash.
+ *
+ * Empty where the system cannot tell; @ref Corrade::Utility::Path::executableLocation() then
+ * prints why.
+ */
+VESPERMOOR_EDITOR_UTILS_EXPORT Containers::String executablesPath();
+
+/**
+ * @brief Data root of the editor, as seen from the directory @p start.
+ *
+ * The nearest directory from @p start upwards that holds an entry named `shaders`, as
+ * @ref Path::upwardsSearch() gives it. Where there is none, the installed
+ * `../share/vespermoorengine` relative to @p start, made absolute, if anything of that name exists:
+ * whether it is a directory is not asked. No value where neither is found.
+ */
+VESPERMOOR_EDITOR_UTILS_EXPORT Containers::Optional<Containers::String>
+findEditorRoot(Containers::StringView start);
+
+/**
+ * @brief Data root of the editor, as seen from the directory that holds the running executable.
+ *
+ * No value also where the system cannot tell which directory that is;
+ * @ref Corrade::Utility::Path::executableLocation() then prints why.
+ */
+VESPERMOOR_EDITOR_UTILS_EXPORT Containers::Optional<Containers::String> findEditorRoot();
+
+} // namespace Utils
+} // namespace VespermoorEngine
+
+#endif

@@ -1,0 +1,55 @@
+#ifndef Vespermoor_Test_Processes_h
+#define Vespermoor_Test_Processes_h
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace VespermoorEngine::Test {
+
+/** @brief Gives an environment variable another value, or none, for as long as it lives. */
+class ScopedVariable {
+public:
+    explicit ScopedVariable(const char* name, const std::optional<std::string>& value);
+    ~ScopedVariable();
+    ScopedVariable(const ScopedVariable&) = delete;
+    ScopedVariable& operator=(const ScopedVariable&) = delete;
+
+private:
+    std::string _name;
+    std::optional<std::string> _before;
+};
+
+/** @brief Makes another directory the current one for as long as it lives. */
+class ScopedCurrentDirectory {
+public:
+    explicit ScopedCurrentDirectory(const std::string& path);
+    ~ScopedCurrentDirectory();
+    ScopedCurrentDirectory(const ScopedCurrentDirectory&) = delete;
+    ScopedCurrentDirectory& operator=(const ScopedCurrentDirectory&) = delete;
+
+private:
+    std::string _before;
+};
+
+/** @brief Those of @p programs that `PATH` does not lead to, with blanks in between. */
+std::string missingPrograms(const std::vector<std::string>& programs);
+
+/** @brief Makes @p path an executable shell script. */
+void writeScript(const std::string& path, const std::string& commands);
+
+/** @brief Whether this machine lets a process of this user mount things for itself alone. */
+bool mayMountPrivately();
+
+/**
+ * @brief Mounts an empty tmpfs on @p path that only the calling process sees.
+ *
+ * For a process of one thread that was forked for it. False where the machine does not allow it.
+ */
+bool mountPrivately(const std::string& path);
+
+} // namespace VespermoorEngine::Test
+
+#endif
