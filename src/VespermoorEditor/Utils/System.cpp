@@ -14,6 +14,7 @@
 #include <Corrade/Containers/Optional.h>
 #include <Corrade/Containers/Pair.h>
 #include <Corrade/Containers/String.h>
+#include <Corrade/Containers/StringIterable.h>
 #include <Corrade/Utility/Debug.h>
 #include <Corrade/Utility/Format.h>
 #include <uuid/uuid.h>
@@ -238,6 +239,28 @@ void launch(const Containers::String& line) {
     [[maybe_unused]] const int status = std::system(line.data());
 }
 
+/* Where the trash of this user would be. The desktop's rules give no second place to look at. */
+Containers::Optional<Containers::String> trashRoot() {
+    const Containers::String dataHome = std::getenv("XDG_DATA_HOME");
+    if (!dataHome.isEmpty()) {
+        return dataHome + "/Trash"_s;
+    }
+    const Containers::Optional<Containers::String> home = Utility::Path::homeDirectory();
+    if (!home) {
+        return {};
+    }
+    return *home + (*home == "/root"_s ? "/.Trash"_s : "/.local/share/Trash"_s);
+}
+
+/* Moves `path` into the trash `directory`, under a name that nothing there has. */
+bool moveInto(const Containers::StringView directory, const Containers::StringView path) {
+    Containers::String target = Utility::Path::join(directory, Utility::Path::split(path).second());
+    if (Utility::Path::exists(target)) {
+        target = target + generateUUID();
+    }
+    return Utility::Path::move(path, target);
+}
+
 } // namespace
 
 Containers::String appDirectory() {
@@ -299,6 +322,31 @@ Containers::String generateUUID() {
     Containers::String text{Corrade::NoInit, uuidLength};
     uuid_unparse(uuid, text.data());
     return text;
+}
+
+Containers::Optional<Containers::String> findTrashPath() {
+    Containers::Optional<Containers::String> root = trashRoot();
+    if (!root) {
+        return {};
+    }
+    Containers::String files = *root + "/files"_s;
+    if (Utility::Path::exists(files)) {
+        return files;
+    }
+    if (Utility::Path::isDirectory(*root)) {
+        return root;
+    }
+    return {};
+}
+
+bool moveToTrash(const Containers::StringIterable paths) {
+    const Containers::Optional<Containers::String> trash = findTrashPath();
+    for (const Containers::StringView path : paths) {
+        if (!(trash ? moveInto(*trash, path) : deleteRecursive(path))) {
+            return false;
+        }
+    }
+    return true;
 }
 
 } // namespace VespermoorEngine

@@ -171,6 +171,31 @@ void openWithSystemDefault(Containers::StringView path, Containers::StringView w
 /** @brief Random UUID (RFC 4122, version 4) of 36 characters, in groups of 8-4-4-4-12. */
 Containers::String generateUUID();
 
+/**
+ * @brief Directory that receives what the user moves to the trash.
+ *
+ * The trash is `$XDG_DATA_HOME/Trash` where that variable is set and not empty, else `.Trash` in a
+ * home directory of `/root` and `.local/share/Trash` in any other; only that one place counts. The
+ * result is its `files` if that exists, else the trash directory itself. No value where there is
+ * neither, or no home directory, for which @ref Corrade::Utility::Path::homeDirectory() prints a
+ * message. Nothing is created.
+ */
+Containers::Optional<Containers::String> findTrashPath();
+
+/**
+ * @brief Moves @p paths to the trash or, where there is none, deletes them for good.
+ * @return Whether all of them were moved or deleted. The first that fails ends the operation:
+ *      those before it are gone, it and those behind it stay, apart from what a deletion already
+ *      removed below it.
+ *
+ * Whether there is a trash is what @ref findTrashPath() tells, asked once for all paths. A
+ * directory goes as a whole. An entry whose name is taken in the trash gets a UUID directly
+ * behind its name. Where an entry came from is not recorded. An entry on another file system than
+ * the trash cannot be moved there and stays. Prints what @ref Corrade::Utility::Path prints of the
+ * move or removal that failed.
+ */
+bool moveToTrash(Containers::StringIterable paths);
+
 } // namespace VespermoorEngine
 
 #endif
