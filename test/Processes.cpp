@@ -1,11 +1,17 @@
 #include "Processes.h"
 
+#include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <sstream>
+#include <stdexcept>
 
+#include <fcntl.h>
+#include <poll.h>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -33,6 +39,12 @@ bool isInPath(const std::string& program) {
         }
     }
     return false;
+}
+
+/* Gives the calling process a group of its own, and an end where the test is killed. */
+void joinTest() {
+    setpgid(0, 0);
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
 }
 
 } // namespace
@@ -72,6 +84,75 @@ std::string missingPrograms(const std::vector<std::string>& programs) {
 void writeScript(const std::string& path, const std::string& commands) {
     writeFile(path, "#!/bin/sh\n" + commands + '\n');
     fs::permissions(path, fs::perms::owner_all);
+}
+
+ChildProcess::ChildProcess(const std::string& command) : _process{fork()} {
+    if (_process == 0) {
+        joinTest();
+        execl("/bin/sh", "sh", "-c", command.data(), nullptr);
+        _exit(127);
+    }
+    setpgid(_process, _process);
+}
+
+ChildProcess::ChildProcess(const std::function<std::string()>& operation) {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) {
+        throw std::runtime_error{"no pipe"};
+    }
+    std::fflush(nullptr); // Or the copy would have the same text to write.
+    _process = fork();
+    if (_process == 0) {
+        joinTest();
+        const std::string result = operation();
+        _exit(write(ends[1], result.data(), result.size()) == ssize_t(result.size()) ? 0 : 1);
+    }
+    setpgid(_process, _process);
+    close(ends[1]);
+    _pipe = ends[0];
+}
+
+ChildProcess::~ChildProcess() {
+    kill(-_process, SIGKILL);
+    waitpid(_process, nullptr, 0);
+    if (_pipe != -1) {
+        close(_pipe);
+    }
+}
+
+std::optional<std::string> ChildProcess::result(const std::chrono::milliseconds patience) {
+    pollfd readable{_pipe, POLLIN, 0};
+    while (poll(&readable, 1, int(patience.count())) > 0) {
+        char block[4096];
+        const ssize_t count = read(_pipe, block, sizeof(block));
+        if (count <= 0) {
+            return _received;
+        }
+        _received.append(block, std::size_t(count));
+    }
+    return std::nullopt;
+}
+
+bool becomesTrue(const std::function<bool()>& condition) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes{1};
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end) {
+            return false;
+        }
+        poll(nullptr, 0, 5);
+    }
+    return true;
+}
+
+std::string outputOf(const std::string& command) {
+    std::FILE* const pipe = popen(command.data(), "re");
+    std::string output;
+    char block[4096];
+    while (const std::size_t count = std::fread(block, 1, sizeof(block), pipe)) {
+        output.append(block, count);
+    }
+    pclose(pipe);
+    return output;
 }
 
 bool mayMountPrivately() {

@@ -1,6 +1,8 @@
 #ifndef Vespermoor_Test_Processes_h
 #define Vespermoor_Test_Processes_h
 
+#include <chrono>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -39,6 +41,43 @@ std::string missingPrograms(const std::vector<std::string>& programs);
 
 /** @brief Makes @p path an executable shell script. */
 void writeScript(const std::string& path, const std::string& commands);
+
+/**
+ * @brief Process with a group of its own, which is killed as a whole at the end.
+ *
+ * So nothing that it started is left behind, however the test ends.
+ */
+class ChildProcess {
+public:
+    /** @brief Runs @p command by `/bin/sh`, best with an `exec` in front. */
+    explicit ChildProcess(const std::string& command);
+
+    /**
+     * @brief Calls @p operation in a copy of this process.
+     *
+     * For what blocks until somebody else has done something, or keeps things for the rest of its
+     * process.
+     */
+    explicit ChildProcess(const std::function<std::string()>& operation);
+
+    ~ChildProcess();
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+
+    /** @brief What the operation returned, or nothing if it has not yet after that time. */
+    std::optional<std::string> result(std::chrono::milliseconds patience);
+
+private:
+    pid_t _process;
+    int _pipe = -1;
+    std::string _received;
+};
+
+/** @brief Whether @p condition came true in time for even the slowest machine. */
+bool becomesTrue(const std::function<bool()>& condition);
+
+/** @brief What the shell's @p command printed. */
+std::string outputOf(const std::string& command);
 
 /** @brief Whether this machine lets a process of this user mount things for itself alone. */
 bool mayMountPrivately();

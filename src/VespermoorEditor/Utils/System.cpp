@@ -4,7 +4,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,8 +17,10 @@
 #include <Corrade/Containers/Pair.h>
 #include <Corrade/Containers/String.h>
 #include <Corrade/Containers/StringIterable.h>
+#include <Corrade/Containers/StringStl.h>
 #include <Corrade/Utility/Debug.h>
 #include <Corrade/Utility/Format.h>
+#include <portable-file-dialogs.h>
 #include <uuid/uuid.h>
 
 namespace VespermoorEngine {
@@ -261,6 +265,33 @@ bool moveInto(const Containers::StringView directory, const Containers::StringVi
     return Utility::Path::move(path, target);
 }
 
+/* The path or the nearest one above it that exists: some desktops ignore one that does not. */
+Containers::StringView startPath(Containers::StringView path) {
+    while (!path.isEmpty() && !Utility::Path::exists(path)) {
+        path = Utility::Path::split(path).first();
+    }
+    return path;
+}
+
+std::vector<std::string> filterList(const Containers::StringIterable& filters) {
+    std::vector<std::string> list;
+    list.reserve(filters.size());
+    for (const Containers::StringView filter : filters) {
+        list.emplace_back(filter);
+    }
+    return list;
+}
+
+Containers::String chosenPath(const std::string& path) {
+    return Containers::String{Utility::Path::fromNativeSeparators(Containers::StringView{path})};
+}
+
+static_assert(static_cast<int>(NotificationIcon::Info) == static_cast<int>(pfd::icon::info) &&
+              static_cast<int>(NotificationIcon::Warning) == static_cast<int>(pfd::icon::warning) &&
+              static_cast<int>(NotificationIcon::Error) == static_cast<int>(pfd::icon::error) &&
+              static_cast<int>(NotificationIcon::Question) ==
+                  static_cast<int>(pfd::icon::question));
+
 } // namespace
 
 Containers::String appDirectory() {
@@ -347,6 +378,40 @@ bool moveToTrash(const Containers::StringIterable paths) {
         }
     }
     return true;
+}
+
+Containers::String openFolderDialog(const Containers::StringView title,
+                                    const Containers::StringView defaultPath) {
+    return chosenPath(
+        pfd::select_folder{std::string{title}, std::string{defaultPath}, pfd::opt::none}.result());
+}
+
+Containers::Array<Containers::String> openFileDialog(const Containers::StringView title,
+                                                     const Containers::StringView defaultPath,
+                                                     const Containers::StringIterable& filters,
+                                                     const bool multiple) {
+    pfd::open_file dialog{std::string{title}, std::string{startPath(defaultPath)},
+                          filterList(filters), multiple ? pfd::opt::multiselect : pfd::opt::none};
+    const std::vector<std::string> chosen = dialog.result();
+    Containers::Array<Containers::String> paths;
+    arrayReserve(paths, chosen.size());
+    for (const std::string& path : chosen) {
+        arrayAppend(paths, chosenPath(path));
+    }
+    return paths;
+}
+
+Containers::String saveFileDialog(const Containers::StringView title,
+                                  const Containers::StringView defaultPath,
+                                  const Containers::StringIterable& filters) {
+    return chosenPath(pfd::save_file{std::string{title}, std::string{startPath(defaultPath)},
+                                     filterList(filters), pfd::opt::none}
+                          .result());
+}
+
+void notification(const Containers::StringView title, const Containers::StringView message,
+                  const NotificationIcon icon) {
+    pfd::notify{std::string{title}, std::string{message}, static_cast<pfd::icon>(icon)};
 }
 
 } // namespace VespermoorEngine

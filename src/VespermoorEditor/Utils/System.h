@@ -196,6 +196,71 @@ Containers::Optional<Containers::String> findTrashPath();
  */
 bool moveToTrash(Containers::StringIterable paths);
 
+/** @brief Icon of a notification; the values are those of @cpp pfd::icon @ce. */
+enum class NotificationIcon : std::uint8_t {
+    /** @brief Information */
+    Info = 0,
+    /** @brief Warning */
+    Warning = 1,
+    /** @brief Error */
+    Error = 2,
+    /** @brief Question */
+    Question = 3
+};
+
+/**
+ * @brief Lets the user choose a folder.
+ * @param title         Title of the dialog.
+ * @param defaultPath   Where the dialog starts; handed over unchanged, whether it exists or not.
+ * @return Path of the folder. Empty where none was chosen, the dialog was cancelled, or none could
+ *      be shown.
+ *
+ * Blocks until the dialog has closed.
+ */
+Containers::String openFolderDialog(Containers::StringView title,
+                                    Containers::StringView defaultPath);
+
+/**
+ * @brief Lets the user choose existing files.
+ * @param title         Title of the dialog.
+ * @param defaultPath   Where the dialog starts: this file or directory or, where it does not exist,
+ *      the nearest directory above it that does. Empty leaves it to the desktop.
+ * @param filters       A label, the patterns that belong to it with blanks in between, the next
+ *      label and so on. May be empty.
+ * @param multiple      Whether more than one file may be chosen.
+ * @return Paths in the order in which the dialog gives them. Empty where none was chosen, the
+ *      dialog was cancelled, or none could be shown.
+ *
+ * Blocks until the dialog has closed.
+ */
+Containers::Array<Containers::String> openFileDialog(Containers::StringView title,
+                                                     Containers::StringView defaultPath,
+                                                     const Containers::StringIterable& filters,
+                                                     bool multiple);
+
+/**
+ * @brief Lets the user choose where to save a file.
+ * @param title         Title of the dialog.
+ * @param defaultPath   As with @ref openFileDialog(), so a name that does not exist yet is not
+ *      proposed.
+ * @param filters       As with @ref openFileDialog().
+ * @return Path of the file. Empty where none was chosen, the dialog was cancelled, or none could be
+ *      shown.
+ *
+ * Blocks until the dialog has closed; the dialog itself asks before an existing file is chosen.
+ */
+Containers::String saveFileDialog(Containers::StringView title, Containers::StringView defaultPath,
+                                  const Containers::StringIterable& filters);
+
+/**
+ * @brief Shows a notification of the desktop.
+ *
+ * Blocks until the program that hands it to the desktop has ended. Nothing tells whether it was
+ * shown.
+ */
+void notification(Containers::StringView title, Containers::StringView message,
+                  NotificationIcon icon);
+
 } // namespace VespermoorEngine
 
 #endif
