@@ -8,6 +8,7 @@
 #include "GenerateCommand.h"
 #include "JsonCommand.h"
 #include "RenderCommand.h"
+#include "RootCommand.h"
 #include "SearchCommand.h"
 #include "TagsCommand.h"
 
@@ -25,6 +26,7 @@ int run(const int argc, const char* const* const argv) {
     VespermoorEngine::Host::addTagsCommand(program);
     VespermoorEngine::Host::addCaseCommand(program);
     VespermoorEngine::Host::addSearchCommand(program);
+    VespermoorEngine::Host::addRootCommand(program);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
