@@ -190,13 +190,13 @@ std::string namedWindow() {
    has no effect. */
 std::optional<std::string> typeUntilClosed(ChildProcess& dialog, const std::string& window,
                                            const std::string& keys) {
-    for (int attempt = 0; attempt != 60; ++attempt) {
-        outputOf("xdotool windowfocus " + window + ' ' + keys + " 2> /dev/null");
-        if (const std::optional<std::string> result = dialog.result(1s)) {
-            return result;
-        }
+    const std::string command = "xdotool windowfocus " + window + ' ' + keys + " 2> /dev/null";
+    std::optional<std::string> result;
+    for (int attempt = 0; attempt != 60 && !result; ++attempt) {
+        outputOf(command);
+        result = dialog.result(1s);
     }
-    return std::nullopt;
+    return result;
 }
 
 const std::string windowTitle = "It's a \"title\" \xc3\xa4 \xe6\xbc\xa2";

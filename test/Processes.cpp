@@ -32,9 +32,11 @@ void setVariable(const std::string& name, const std::optional<std::string>& valu
 }
 
 bool isInPath(const std::string& program) {
-    std::istringstream path{std::getenv("PATH") ? std::getenv("PATH") : ""};
-    for (std::string directory; std::getline(path, directory, ':');) {
-        if (access((directory + '/' + program).data(), X_OK) == 0) {
+    const char* const path = std::getenv("PATH");
+    std::istringstream directories{path ? path : ""};
+    for (std::string directory; std::getline(directories, directory, ':');) {
+        directory += '/' + program;
+        if (access(directory.data(), X_OK) == 0) {
             return true;
         }
     }
@@ -165,12 +167,16 @@ bool mayMountPrivately() {
 }
 
 bool mountPrivately(const std::string& path) {
-    const uid_t user = geteuid();
-    if (unshare(CLONE_NEWNS | (user == 0 ? 0 : CLONE_NEWUSER)) != 0) {
+    const std::string user = std::to_string(geteuid());
+    const std::string group = std::to_string(getegid());
+    const bool isRoot = geteuid() == 0;
+    if (unshare(CLONE_NEWNS | (isRoot ? 0 : CLONE_NEWUSER)) != 0) {
         return false;
     }
-    if (user != 0) {
-        writeFile("/proc/self/uid_map", std::to_string(user) + ' ' + std::to_string(user) + " 1");
+    if (!isRoot) { // Without a number of its own in the new namespace it may not make files.
+        writeFile("/proc/self/setgroups", "deny");
+        writeFile("/proc/self/uid_map", user + ' ' + user + " 1");
+        writeFile("/proc/self/gid_map", group + ' ' + group + " 1");
     }
     return mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
            mount("tmpfs", path.data(), "tmpfs", 0, nullptr) == 0;

@@ -137,7 +137,7 @@ TEST(SetShellEnvironment, KeepsWhatIsSetAndGoesOnAfterAFailure) {
     const ScopedVariable twice{"VESPERMOOR_TWICE", std::nullopt};
     const ScopedVariable last{"VESPERMOOR_LAST", std::nullopt};
     using Variables = Containers::Array<Containers::Pair<Containers::String, Containers::String>>;
-    const auto value = [](const char* name) { return std::string{std::getenv(name)}; };
+    const auto value = [](const char* name) { return Containers::StringView{std::getenv(name)}; };
 
     EXPECT_EQ(setShellEnvironment(Variables{}), 0);
     EXPECT_EQ(setShellEnvironment(Variables{Corrade::InPlaceInit,

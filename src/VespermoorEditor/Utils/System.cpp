@@ -238,12 +238,12 @@ Containers::String readAll(std::FILE* const file) {
     return Containers::String{bytes.release(), size, deleter};
 }
 
-/* The status is dropped: where the program is missing the desktop has nothing to show. */
+/* Nobody is told the status: where the program is missing the caller could do nothing about it. */
 void launch(const Containers::String& line) {
     [[maybe_unused]] const int status = std::system(line.data());
 }
 
-/* Where the trash of this user would be. The desktop's rules give no second place to look at. */
+/* Where the trash of this user would be: the environment decides which single place counts. */
 Containers::Optional<Containers::String> trashRoot() {
     const Containers::String dataHome = std::getenv("XDG_DATA_HOME");
     if (!dataHome.isEmpty()) {
@@ -265,7 +265,7 @@ bool moveInto(const Containers::StringView directory, const Containers::StringVi
     return Utility::Path::move(path, target);
 }
 
-/* The path or the nearest one above it that exists: some desktops ignore one that does not. */
+/* The path or the nearest one above it that exists, so that a dialog opens close to it. */
 Containers::StringView startPath(Containers::StringView path) {
     while (!path.isEmpty() && !Utility::Path::exists(path)) {
         path = Utility::Path::split(path).first();
