@@ -4,7 +4,7 @@
    10 of them with a comparison. All sides render the same 50 values and have to give the same text.
 
    Where the time of a rendering goes: every name makes an accessor, which is one allocation, and a
-   dotted one a path, which is another; the look-ups in the document are linear scans over its
+   path, for which there is room once; the look-ups in the document are linear scans over its
    members. The text of a value is copied once, from the document into the output. */
 
 #include <cstdio>

@@ -1,8 +1,11 @@
 #include "Documents.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <string>
 
 #include <Corrade/Containers/Optional.h>
+#include <Corrade/Containers/StringStl.h>
 #include <Corrade/Utility/Format.h>
 #include <VespermoorEditor/Utils/RapidJsonUtils.h>
 
@@ -13,50 +16,77 @@ namespace VespermoorEngine::Host {
 
 namespace {
 
-/* What a parse without a document, and without recursion, says of `json`. */
-rapidjson::ParseResult validate(const Containers::StringView json) {
-    rapidjson::MemoryStream memory{json.data(), json.size()};
-    rapidjson::EncodedInputStream<rapidjson::UTF8<>, rapidjson::MemoryStream> stream{memory};
-    rapidjson::BaseReaderHandler<> ignore;
-    return rapidjson::Reader{}.Parse<rapidjson::kParseIterativeFlag>(stream, ignore);
+/* Reads JSON without recursion and without keeping it, down to as many levels as the library does.
+ */
+class Validator : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Validator> {
+public:
+    bool StartObject() { return ++levels <= RapidJsonUtils::maxNesting; }
+    bool EndObject(rapidjson::SizeType) { return --levels >= 0; }
+    bool StartArray() { return StartObject(); }
+    bool EndArray(rapidjson::SizeType) { return --levels >= 0; }
+
+private:
+    int levels = 0;
+};
+
+Containers::StringView withoutByteOrderMark(const Containers::StringView json) {
+    return json.exceptPrefix(json.hasPrefix("\xef\xbb\xbf") ? 3 : 0);
 }
 
-/* The library says that a text is no JSON; this says where and why. */
-Failure invalid(const Containers::StringView name, const Containers::StringView json) {
-    const rapidjson::ParseResult result = validate(json);
-    if (!result.IsError()) {
-        return {name, Utility::format("Nested deeper than {} levels", RapidJsonUtils::maxNesting)};
+Containers::String reasonOf(const rapidjson::ParseErrorCode code) {
+    if (code == rapidjson::kParseErrorTermination) {
+        return Utility::format("Nested deeper than {} levels", RapidJsonUtils::maxNesting);
     }
-    const Containers::StringView before = json.prefix(std::min(result.Offset(), json.size()));
+    const Containers::StringView reason = rapidjson::GetParseError_En(code);
+    return reason.exceptSuffix(reason.hasSuffix('.') ? 1 : 0);
+}
+
+/* Throws where `json`, which `name` stands for in the message, is not what the library takes. */
+void validate(const Containers::StringView name, const Containers::StringView json) {
+    rapidjson::MemoryStream stream{json.data(), json.size()};
+    Validator validator;
+    const rapidjson::ParseResult result =
+        rapidjson::Reader{}.Parse<rapidjson::kParseIterativeFlag>(stream, validator);
+    if (!result.IsError() && stream.Tell() == json.size()) {
+        return;
+    }
+    const rapidjson::ParseErrorCode code =
+        result.IsError() ? result.Code() : rapidjson::kParseErrorDocumentRootNotSingular;
+    const std::size_t offset = result.IsError() ? result.Offset() : stream.Tell();
+    const Containers::StringView before = json.prefix(std::min(offset, json.size()));
     const std::size_t line = 1 + std::size_t(std::count(before.begin(), before.end(), '\n'));
     const Containers::StringView newline = before.findLast('\n');
     const std::size_t column =
         1 + std::size_t(before.end() - (newline.data() ? newline.end() : before.begin()));
-    const Containers::StringView reason = rapidjson::GetParseError_En(result.Code());
-    return {Utility::format("{}:{}:{}", name, line, column),
-            reason.hasSuffix('.') ? reason.exceptSuffix(1) : reason};
+    throw Failure{Utility::format("{}:{}:{}", name, line, column), reasonOf(code)};
+}
+
+bool isRegularFile(const Containers::StringView path) {
+    std::error_code error;
+    return std::filesystem::is_regular_file(std::string{path}, error);
 }
 
 } // namespace
 
 rapidjson::Document readDocument(const Containers::StringView path) {
-    {
+    /* The library says that a text is no JSON, and reading it again says where and why. A pipe can
+       be read only once. */
+    if (isRegularFile(path)) {
         Utility::Error silent{nullptr};
         ValueOrError<rapidjson::Document> document = RapidJsonUtils::parseJsonFile(path);
         if (document) {
             return std::move(document).value();
         }
     }
-    throw invalid(path, readFile(path));
+    return parseDocument(path, readFile(path));
 }
 
 rapidjson::Document parseDocument(const Containers::StringView name,
                                   const Containers::StringView json) {
+    const Containers::StringView text = withoutByteOrderMark(json);
+    validate(name, text);
     rapidjson::Document document;
-    document.Parse<rapidjson::kParseIterativeFlag>(json.data(), json.size());
-    if (document.HasParseError()) {
-        throw invalid(name, json);
-    }
+    document.Parse(text.data(), text.size());
     return document;
 }
 

@@ -1,10 +1,10 @@
 #include "Files.h"
 
 #include <cerrno>
-#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <string>
 #include <utility>
 
@@ -20,21 +20,28 @@ namespace VespermoorEngine::Host {
 
 namespace {
 
+namespace fs = std::filesystem;
+
+/* As many as the kernel follows. */
+constexpr int maxLinks = 40;
+
 [[noreturn]] void fail(const Containers::StringView path, const int error) {
     throw Failure{path, std::strerror(error)};
 }
 
-/* File descriptor that is closed, and whose temporary name is removed, unless all went well. */
+/* A new file whose name is removed again unless it took the place of another one. */
 class TemporaryFile {
 public:
-    explicit TemporaryFile(const std::string& beside)
-        : name{beside + ".XXXXXX"},
+    explicit TemporaryFile(const std::string& directory)
+        : name{directory + "/.vespermoor-XXXXXX"},
           descriptor{mkostemp(name.data(), O_CLOEXEC)},
           reason{descriptor < 0 ? errno : 0} {}
 
     ~TemporaryFile() {
         if (descriptor >= 0) {
             close(descriptor);
+        }
+        if (!name.empty()) {
             unlink(name.data());
         }
     }
@@ -72,10 +79,12 @@ int TemporaryFile::replace(const std::string& path, const Containers::StringView
     if (const int error = writeAll(descriptor, content)) {
         return error;
     }
-    if (fchmod(descriptor, mode) != 0 || rename(name.data(), path.data()) != 0) {
+    /* Some file systems tell only at the close that they had no room. */
+    if (fchmod(descriptor, mode) != 0 || close(std::exchange(descriptor, -1)) != 0 ||
+        rename(name.data(), path.data()) != 0) {
         return errno;
     }
-    close(std::exchange(descriptor, -1));
+    name.clear();
     return 0;
 }
 
@@ -90,9 +99,17 @@ int writeInto(const std::string& path, const Containers::StringView content) {
     return writeError ? writeError : closeError;
 }
 
-std::string followLinks(const std::string& path) {
-    char resolved[PATH_MAX];
-    return realpath(path.data(), resolved) ? resolved : path;
+/* Where a write to `path` ends, also where nothing exists there yet. */
+fs::path followLinks(fs::path path) {
+    std::error_code error;
+    for (int links = 0; links != maxLinks && fs::is_symlink(path, error); ++links) {
+        path = path.parent_path() / fs::read_symlink(path, error);
+    }
+    return path;
+}
+
+std::string parentOf(const fs::path& path) {
+    return path.has_parent_path() ? path.parent_path().string() : ".";
 }
 
 /* There is no way to ask for the mask without setting it. */
@@ -129,16 +146,16 @@ Containers::String readFile(const Containers::StringView path) {
 }
 
 void replaceFile(const Containers::StringView path, const Containers::StringView content) {
-    const std::string target = followLinks(path);
+    const fs::path target = followLinks(std::string{path});
     struct stat status {};
-    const bool exists = stat(target.data(), &status) == 0;
+    const bool exists = stat(target.c_str(), &status) == 0;
     if (exists && S_ISDIR(status.st_mode)) {
         fail(path, EISDIR);
     }
     const mode_t mode = exists ? status.st_mode & 07777 : defaultMode();
     const int error = exists && !S_ISREG(status.st_mode)
                           ? writeInto(target, content)
-                          : TemporaryFile{target}.replace(target, content, mode);
+                          : TemporaryFile{parentOf(target)}.replace(target, content, mode);
     if (error) {
         fail(path, error);
     }

@@ -28,17 +28,20 @@ struct Options {
     std::string output;
 };
 
-/* The library takes a text that is no pointer as the root; a person is told. */
-rapidjson::Pointer parsePointer(const std::string& option, const std::string& text) {
-    rapidjson::Pointer pointer{text.data(), text.size()};
-    if (!pointer.IsValid()) {
-        throw Failure{option, text + " is no JSON Pointer"};
-    }
-    return pointer;
+/* The library takes a text that is no pointer as the root; a person is told. Empty where `text` is
+   a pointer. */
+std::string checkPointer(const std::string& text) {
+    return rapidjson::Pointer{text.data(), text.size()}.IsValid() ? ""
+                                                                  : text + " is no JSON Pointer";
+}
+
+std::string checkAssignment(const std::string& text) {
+    const std::size_t equals = text.find('=');
+    return equals == std::string::npos ? text + " has no equals sign"
+                                       : checkPointer(text.substr(0, equals));
 }
 
 const rapidjson::Value& find(const rapidjson::Document& document, const Options& options) {
-    parsePointer("--pointer", options.pointer);
     const rapidjson::Value* const value = RapidJsonUtils::valueByPointer(document, options.pointer);
     if (!value) {
         throw Failure{options.path, "Nothing at " + options.pointer};
@@ -97,15 +100,12 @@ void write(JsonObject& place, const rapidjson::Value& value) {
 
 void assign(rapidjson::Document& document, const std::string& assignment) {
     const std::size_t equals = assignment.find('=');
-    if (equals == std::string::npos) {
-        throw Failure{"--set", assignment + " has no equals sign"};
-    }
     const std::string pointer = assignment.substr(0, equals);
     const rapidjson::Document value = parseDocument(
         "--set " + pointer, Containers::StringView{assignment}.exceptPrefix(equals + 1));
 
     DocumentScope place{document};
-    const rapidjson::Pointer steps = parsePointer("--set", pointer);
+    const rapidjson::Pointer steps{pointer.data(), pointer.size()};
     for (std::size_t i = 0; i != steps.GetTokenCount(); ++i) {
         const rapidjson::Pointer::Token& step = steps.GetTokens()[i];
         place.descend({step.name, step.length});
@@ -135,9 +135,11 @@ void addJsonCommand(CLI::App& program) {
         ->add_option(
             "--set", options->assignments,
             "Write JSON to the place that a JSON Pointer leads to; missing members are made")
-        ->type_name("POINTER=JSON");
-    command->add_option("--pointer", options->pointer,
-                        "JSON Pointer (RFC 6901) to the value to print");
+        ->type_name("POINTER=JSON")
+        ->check(checkAssignment);
+    command
+        ->add_option("--pointer", options->pointer, "JSON Pointer (RFC 6901) to the value to print")
+        ->check(checkPointer);
     command
         ->add_option("--decimals", options->decimals,
                      "Cut numbers off after so many fractional digits")

@@ -102,7 +102,7 @@ INSTANTIATE_TEST_SUITE_P(
          {"json", "@D/deep.json"},
          1,
          "",
-         "vespermoor-utils: @D/deep.json: Nested deeper than 1024 levels\n"},
+         "vespermoor-utils: @D/deep.json:1:1025: Nested deeper than 1024 levels\n"},
         {"pointer to nowhere",
          {"json", "@D/scene.json", "--pointer", "/parts/1"},
          1,
@@ -110,9 +110,9 @@ INSTANTIATE_TEST_SUITE_P(
          "vespermoor-utils: @D/scene.json: Nothing at /parts/1\n"},
         {"no pointer",
          {"json", "@D/scene.json", "--pointer", "parts"},
-         1,
+         2,
          "",
-         "vespermoor-utils: --pointer: parts is no JSON Pointer\n"},
+         "--pointer: parts is no JSON Pointer\nRun with --help for more information.\n"},
     }),
     rowName<CommandRow>);
 
@@ -207,14 +207,14 @@ INSTANTIATE_TEST_SUITE_P(
          "vespermoor-utils: --set /name:1:1: Invalid value\n"},
         {"no equals sign",
          {"json", "@D/more.json", "--set", "/name"},
-         1,
+         2,
          "",
-         "vespermoor-utils: --set: /name has no equals sign\n"},
+         "--set: /name has no equals sign\nRun with --help for more information.\n"},
         {"no pointer",
          {"json", "@D/more.json", "--set", "name=1"},
-         1,
+         2,
          "",
-         "vespermoor-utils: --set: name is no JSON Pointer\n"},
+         "--set: name is no JSON Pointer\nRun with --help for more information.\n"},
     }),
     rowName<CommandRow>);
 
@@ -253,6 +253,14 @@ INSTANTIATE_TEST_SUITE_P(
         {"search finds nothing", {"search", "attics", "@D/scene.json"}, 1, "", ""},
     }),
     rowName<CommandRow>);
+
+TEST(HostTest, APipeIsReadOnce) {
+    const std::string line = std::string{"printf '\\357\\273\\277{\\n \"a\" 1}' | "} +
+                             VESPERMOOR_PROGRAM + " json /dev/stdin 2>&1 | grep -qx " +
+                             "'vespermoor-utils: /dev/stdin:2:6: Missing a colon after a name of "
+                             "object member'";
+    EXPECT_EQ(std::system(line.data()), 0);
+}
 
 TEST(HostTest, SearchTellsWhere) {
     const TemporaryDirectory directory;
@@ -329,8 +337,16 @@ TEST(HostFilesTest, ReplaceKeepsPermissionsAndFollowsLinks) {
     struct stat status {};
     ASSERT_EQ(stat((directory / "real").data(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0640u);
-    Host::replaceFile(directory / "fresh", "");
-    EXPECT_THAT(namesIn(directory.path()), ElementsAre("fresh", "link", "real"));
+
+    fs::create_symlink("fresh", directory / "dangling");
+    umask(027);
+    Host::replaceFile(directory / "dangling", "");
+    EXPECT_TRUE(fs::is_symlink(directory / "dangling"));
+    ASSERT_EQ(stat((directory / "fresh").data(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0640u);
+    Host::replaceFile(directory / std::string(255, 'x'), "");
+    fs::remove(directory / std::string(255, 'x'));
+    EXPECT_THAT(namesIn(directory.path()), ElementsAre("dangling", "fresh", "link", "real"));
 }
 
 TEST(HostFilesTest, ReplaceThatFailsLeavesTheOldFile) {

@@ -80,6 +80,13 @@ TEST(JsonObjectTest, Numbers) {
     EXPECT_EQ(Json{"-1e300"}.root().asFloat(), -std::numeric_limits<float>::infinity());
 }
 
+TEST(JsonObjectTest, AValueThatWasMovedFromReadsAsNull) {
+    Json json{"[1.5, 2.5]"};
+    rapidjson::Value taken;
+    taken = json.document[0];
+    EXPECT_EQ(json.root().asVector2(), (Magnum::Vector2{0.0f, 2.5f}));
+}
+
 TEST(JsonObjectTest, StringsAreViewsOfTheValue) {
     const Json json{R"("a string that is too long to stand in the value itself")"};
     EXPECT_EQ(json.root().asString().data(), json.document.GetString());

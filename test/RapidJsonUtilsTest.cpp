@@ -4,9 +4,6 @@
 #include <limits>
 #include <stdexcept>
 
-#include <gmock/gmock.h>
-#include <sys/stat.h>
-
 #include "Support.h"
 
 namespace VespermoorEngine::Test {
@@ -147,6 +144,8 @@ INSTANTIATE_TEST_SUITE_P(
         {"empty", "", ""},
         {"only a byte order mark", "\xef\xbb\xbf", ""},
         {"comment", "/* a */ {}", ""},
+        {"NUL behind the root", std::string("{}\0", 3), ""},
+        {"NUL and more behind the root", std::string("[1]\0]", 5), ""},
         {"trailing comma", "[1,]", ""},
         {"not a number literal", "[NaN]", ""},
         {"more behind the root", "{} {}", ""},

@@ -218,6 +218,8 @@ public:
     bool exists() override { return found; }
     Containers::Pointer<JsonObject> member(const Containers::StringView wanted) override {
         asked.push_back(name + ":" + text(wanted));
+        EXPECT_EQ(wanted.flags(), Containers::StringViewFlag::NullTerminated);
+        EXPECT_EQ(wanted.data()[wanted.size()], '\0');
         Containers::Pointer<RecordingScope> result{Corrade::InPlaceInit, asked, name, path};
         result->found = text(wanted) == path;
         return result;
@@ -251,6 +253,47 @@ TEST(TemplateTest, ScopesAreAskedInOrderUntilOneHasTheName) {
     EXPECT_EQ(text(Template{"{{ .n. }}"}.render({a, b})), "");
     EXPECT_EQ(asked, (std::vector<std::string>{"A:/n/", "B:/n/"}));
     EXPECT_EQ(messages.text(), "Template::render(): Undefined name .n.\n");
+}
+
+/* All its accessors give one value, which the last one decided. */
+class SharedScope : public JsonObject {
+public:
+    explicit SharedScope(rapidjson::Value& shared) : shared{shared} {}
+
+    bool exists() override { return true; }
+    Containers::Pointer<JsonObject> member(const Containers::StringView wanted) override {
+        letter[0] = wanted[0];
+        shared.SetString(rapidjson::StringRef(letter));
+        return Containers::Pointer<SharedScope>{Corrade::InPlaceInit, shared};
+    }
+    rapidjson::MemoryPoolAllocator<rapidjson::CrtAllocator>& allocator() override { std::abort(); }
+    const rapidjson::Value& value() const override { return shared; }
+    rapidjson::Value& mutableValue() override { std::abort(); }
+
+private:
+    char letter[2] = "?";
+    rapidjson::Value& shared;
+};
+
+TEST(TemplateTest, AnOperandIsKeptWhileTheOtherIsEvaluated) {
+    rapidjson::Value shared;
+    SharedScope scope{shared};
+    EXPECT_EQ(text(Template{"{{ a == b }} {{ a == a }}"}.render(scope)), "false true");
+}
+
+TEST(TemplateTest, AStringWithoutDataIsEmpty) {
+    rapidjson::Document document{rapidjson::kObjectType};
+    document.AddMember("x", rapidjson::Value{rapidjson::StringRef("", 0)}, document.GetAllocator());
+    document["x"].SetString(rapidjson::StringRef(static_cast<const char*>(nullptr), 0));
+    DocumentScope scope{document};
+    EXPECT_EQ(text(Template{"<{{ x }}>"}.render(scope)), "<>");
+}
+
+TEST(TemplateTest, TheOutputIsNotCopied) {
+    const Containers::String output =
+        Template{"a text that no string holds in itself, neither here nor there"}.render({});
+    /* What was copied has the deleter of a new string, which is none. */
+    EXPECT_NE(output.deleter(), nullptr);
 }
 
 TEST(TemplateTest, ANameWithoutScopesIsUndefined) {

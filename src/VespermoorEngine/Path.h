@@ -25,9 +25,9 @@ VESPERMOOR_ENGINE_EXPORT Containers::String absolute(Containers::StringView path
 /**
  * @brief Whether @p path lies below @p directory, at any depth.
  *
- * Both are compared as text, component by component, and @p directory may end with slashes; `/` is
- * above every other absolute path. Two equal paths do not lie below one another, and nothing lies
- * below an empty one.
+ * The beginning of @p path is compared with @p directory as text, up to a slash, and @p directory
+ * may end with slashes; `/` is above every other absolute path. Two equal paths do not lie below
+ * one another, and nothing lies below an empty one.
  */
 VESPERMOOR_ENGINE_EXPORT bool isParentPath(Containers::StringView directory,
                                            Containers::StringView path);

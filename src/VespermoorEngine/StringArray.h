@@ -13,8 +13,8 @@ public:
     /**
      * @brief View of the first @p count NUL-terminated strings in @p characters.
      *
-     * The strings are packed from the start of the range, which is expected to hold that many
-     * terminators and stays unchanged. It has to outlive the list.
+     * The strings are packed from the start of the range, which has to hold that many
+     * terminators, stays unchanged and has to outlive the list.
      */
     explicit MutableStringArrayView(Containers::ArrayView<char> characters, std::size_t count);
 

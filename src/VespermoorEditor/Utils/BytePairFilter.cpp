@@ -10,26 +10,26 @@
 namespace VespermoorEngine::Utils {
 
 bool ByteSet::add(const char value) {
-    for (std::size_t i = 0; i != _size; ++i) {
-        if (_repeated[i][0] == value) {
+    for (std::size_t i = 0; i != count; ++i) {
+        if (blocks[i][0] == value) {
             return true;
         }
     }
-    if (_size == capacity) {
+    if (count == capacity) {
         return false;
     }
-    std::memset(_repeated[_size], value, sizeof(_repeated) - _size * sizeof(_repeated[0]));
-    ++_size;
+    std::memset(blocks[count], value, sizeof(blocks) - count * sizeof(blocks[0]));
+    ++count;
     return true;
 }
 
 BytePairFilter::BytePairFilter(const Containers::StringView text, const ByteSet& first,
                                const ByteSet& second, const std::size_t distance)
-    : _text{text.data()},
-      _distance{distance},
-      _places{text.size() - std::min(distance, text.size())},
-      _first{first},
-      _second{second} {}
+    : text{text.data()},
+      distance{distance},
+      places{text.size() - std::min(distance, text.size())},
+      first{first},
+      second{second} {}
 
 #ifdef __SSE2__
 namespace {
@@ -54,10 +54,10 @@ bool BytePairFilter::isFast() {
 
 template <std::size_t values>
 std::size_t BytePairFilter::nextOf(std::size_t i) const {
-    for (; i + sizeof(__m128i) <= _places; i += sizeof(__m128i)) {
-        const char* const bytes = _text + i;
+    for (; i + sizeof(__m128i) <= places; i += sizeof(__m128i)) {
+        const char* const bytes = text + i;
         const int found = _mm_movemask_epi8(_mm_and_si128(
-            findAny<values>(_first, bytes), findAny<values>(_second, bytes + _distance)));
+            findAny<values>(first, bytes), findAny<values>(second, bytes + distance)));
         if (found != 0) {
             return i + __builtin_ctz(found);
         }
@@ -66,7 +66,7 @@ std::size_t BytePairFilter::nextOf(std::size_t i) const {
 }
 
 std::size_t BytePairFilter::next(const std::size_t i) const {
-    const std::size_t values = std::max(_first.size(), _second.size());
+    const std::size_t values = std::max(first.size(), second.size());
     return values <= 1 ? nextOf<1>(i) : values <= 2 ? nextOf<2>(i) : nextOf<ByteSet::capacity>(i);
 }
 #else

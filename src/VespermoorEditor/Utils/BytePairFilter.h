@@ -21,17 +21,17 @@ public:
     bool add(char value);
 
     /** @brief Number of values. */
-    std::size_t size() const { return _size; }
+    std::size_t size() const { return count; }
 
     /** @brief Value @p i, in the order in which they were added. */
-    char operator[](const std::size_t i) const { return _repeated[i][0]; }
+    char operator[](const std::size_t i) const { return blocks[i][0]; }
 
     /** @brief Value @p i repeated 16 times; behind the last one the last one again. */
-    const char* repeated(const std::size_t i) const { return _repeated[i]; }
+    const char* repeated(const std::size_t i) const { return blocks[i]; }
 
 private:
-    std::size_t _size = 0;
-    alignas(16) char _repeated[capacity][16] = {};
+    std::size_t count = 0;
+    alignas(16) char blocks[capacity][16] = {};
 };
 
 /**
@@ -60,11 +60,11 @@ private:
     template <std::size_t values>
     std::size_t nextOf(std::size_t i) const;
 
-    const char* _text;
-    std::size_t _distance;
-    std::size_t _places;
-    ByteSet _first;
-    ByteSet _second;
+    const char* text;
+    std::size_t distance;
+    std::size_t places;
+    ByteSet first;
+    ByteSet second;
 };
 
 } // namespace Utils

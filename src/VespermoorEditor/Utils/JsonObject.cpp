@@ -12,8 +12,9 @@ std::size_t elementCount(const rapidjson::Value& value) {
     return value.IsArray() ? value.Size() : 0;
 }
 
+/* A value that another one was moved from is null but keeps its old number. */
 float toFloat(const rapidjson::Value& number) {
-    return static_cast<float>(number.GetDouble());
+    return number.IsNumber() ? static_cast<float>(number.GetDouble()) : 0.0f;
 }
 
 int toInt(const rapidjson::Value& number) {

@@ -31,6 +31,9 @@ static_assert(sizeof(VESPERMOOR_EXPANDED_TEXT_OF(RAPIDJSON_ASSERT(true))) == 1,
 #undef VESPERMOOR_EXPANDED_TEXT_OF
 #undef VESPERMOOR_TEXT_OF
 
+#if defined(RAPIDJSON_USE_MEMBERSMAP) && RAPIDJSON_USE_MEMBERSMAP
+#error RapidJSON was included with RAPIDJSON_USE_MEMBERSMAP before a header of VespermoorEditorUtils, which lays objects out without it
+#endif
 #if defined(__x86_64__) || defined(__aarch64__)
 static_assert(RAPIDJSON_48BITPOINTER_OPTIMIZATION == 1,
               "RapidJSON was included without its 48-bit pointers before a header of "

@@ -144,7 +144,9 @@ ValueOrError<rapidjson::Document> parseJsonFile(const Containers::StringView fil
     bool parsed = false;
     auto parse = [&](rapidjson::Document& handler) {
         NestingGuard guard{handler};
-        parsed = bool(reader.Parse<rapidjson::kParseNoFlags>(stream, guard));
+        /* To the parser a NUL is the end of the text, wherever it stands. */
+        parsed =
+            reader.Parse<rapidjson::kParseNoFlags>(stream, guard) && stream.Tell() == text->size();
         return parsed;
     };
     document.Populate(parse);

@@ -29,7 +29,8 @@ constexpr int maxNesting = 1024;
  *
  * Four blanks to a level, every member and element on its own line, members in stored order, no
  * trailing newline. Doubles print with at most @p maxDecimalPlaces fractional digits, expected to
- * be at least 1; digits past that are cut off, not rounded, and at least one stays. NaN prints as
+ * be at least 1; digits past that are cut off, not rounded, and at least one stays. A number that
+ * prints with an exponent keeps all its digits. NaN prints as
  * 0.0 and an infinity as the largest finite double of its sign, so every number has a text.
  *
  * Empty where the writer fails, which a value with a string that is not UTF-8 does not cause. The
@@ -43,7 +44,8 @@ jsonToString(const rapidjson::Value& value, int maxDecimalPlaces = defaultMaxDec
 /**
  * @brief Reads the file @p filename into a document that owns all it holds.
  *
- * The text is strict JSON (RFC 8259) in UTF-8; a byte order mark in front is dropped. A file that
+ * The text is strict JSON (RFC 8259) in UTF-8, which is not validated inside strings; a byte order
+ * mark in front is dropped. A file that
  * cannot be read, for whatever reason, gives the message `File does not exist: {}` with the file
  * name as passed; what @ref Corrade::Utility::Path::readString() prints stands beside it. A text
  * that is not JSON, or is nested deeper than @ref maxNesting levels, gives

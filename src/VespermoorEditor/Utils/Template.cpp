@@ -1,5 +1,6 @@
 #include "VespermoorEditor/Utils/Template.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -32,12 +33,11 @@ const char* findPair(const char* begin, const char* const end, const char byte) 
     return nullptr;
 }
 
-/* At least as many as there are directives. Counting costs less than moving the directives each
-   time their array grows. */
-std::size_t countDelimiters(const char* begin, const char* const end) {
+/* Counting the directives costs less than moving them each time their array grows. */
+std::size_t countDirectives(const char* cursor, const char* const end) {
     std::size_t count = 0;
-    while (const char* const pair = findPair(begin, end, '{')) {
-        begin = pair + 2;
+    while ((cursor = findPair(cursor, end, '{')) && (cursor = findPair(cursor + 2, end, '}'))) {
+        cursor += 2;
         ++count;
     }
     return count;
@@ -81,6 +81,10 @@ struct Evaluation {
 
     explicit operator bool() const { return text.data(); }
 };
+
+Containers::Array<char> makeValue(const Evaluation& evaluation) {
+    return evaluation ? makeValue(evaluation.text) : Containers::Array<char>{};
+}
 
 Evaluation evalLiteral(const Containers::StringView token) {
     if (token.size() < 2 || token.back() != token.front()) {
@@ -129,27 +133,28 @@ private:
 };
 
 Evaluation Evaluator::evalComparison(const StringArrayView& tokens) {
-    /* Both sides first, so that each one that fails says so. */
-    const Evaluation left = evalSingleTokenExpr(tokens.get(0));
+    /* Both sides first, so that each one that fails says so. The left text is copied, since the
+       accessors of a host may share the value that they give. */
+    const Containers::Array<char> left = makeValue(evalSingleTokenExpr(tokens.get(0)));
     const Evaluation right = evalSingleTokenExpr(tokens.get(2));
-    if (!left || !right) {
+    if (!left.data() || !right) {
         return {};
     }
-    const bool equal = upToNul(left.text) == upToNul(right.text);
+    const bool equal = Containers::StringView{left.data()} == upToNul(right.text);
     const bool wanted = tokens.get(1) == "=="_s;
     return {equal == wanted ? "true"_s : "false"_s, {}, {}};
 }
 
 Evaluation Evaluator::evalName(const Containers::StringView token) {
     Containers::Pointer<JsonObject> accessor = findMember(token);
-    if (!accessor) {
+    if (!accessor || !accessor->exists()) {
         Utility::Error{} << "Template::render(): Undefined name" << token;
         return {};
     }
     const rapidjson::Value& value = accessor->value();
     if (value.IsString()) {
         const Containers::StringView text = accessor->asString();
-        return {text, std::move(accessor), {}};
+        return {text.data() ? text : ""_s, std::move(accessor), {}};
     }
     if (value.IsBool()) {
         return {value.IsTrue() ? "true"_s : "false"_s, {}, {}};
@@ -163,31 +168,30 @@ Evaluation Evaluator::evalName(const Containers::StringView token) {
     return {};
 }
 
-/* `name` with a slash in place of each dot. The view lives until the next call. */
+/* `name` with a slash in place of each dot, NUL-terminated. The view lives until the next call. */
 Containers::StringView Evaluator::memberPath(const Containers::StringView name) {
-    if (path.size() < name.size()) {
-        arrayResize(path, Corrade::NoInit, name.size());
-    }
-    char* const begin = path.data();
-    char* const end = begin + name.size();
-    std::memcpy(begin, name.data(), name.size());
-    for (char* dot = begin;
+    arrayResize(path, Corrade::NoInit, name.size() + 1);
+    char* const end = path.data() + name.size();
+    std::memcpy(path.data(), name.data(), name.size());
+    *end = '\0';
+    for (char* dot = path.data();
          (dot = static_cast<char*>(std::memchr(dot, '.', std::size_t(end - dot)))); ++dot) {
         *dot = '/';
     }
-    return {begin, name.size()};
+    return {path.data(), name.size(), Containers::StringViewFlag::NullTerminated};
 }
 
-/* The accessor from the first scope that has `name`, or null. */
+/* The accessor from the first scope that has `name`, or else the one from the last scope. */
 Containers::Pointer<JsonObject> Evaluator::findMember(const Containers::StringView name) {
-    const Containers::StringView path = memberPath(name);
+    const Containers::StringView memberName = memberPath(name);
+    Containers::Pointer<JsonObject> accessor;
     for (JsonObject& scope : scopes) {
-        Containers::Pointer<JsonObject> accessor = scope.member(path);
+        accessor = scope.member(memberName);
         if (accessor->exists()) {
-            return accessor;
+            break;
         }
     }
-    return {};
+    return accessor;
 }
 
 /* The tokens of an `if` behind the keyword, in the place where they are stored. */
@@ -201,7 +205,7 @@ MutableStringArrayView conditionOf(const StringArray& tokens) {
 class Output {
 public:
     explicit Output(const std::size_t reserved) {
-        arrayReserve(buffer, reserved);
+        arrayReserve(buffer, std::max(reserved, std::size_t{1}));
         arrayAppend(buffer, '\0');
     }
 
@@ -245,7 +249,7 @@ Template::Template(const Containers::StringView source) : text{source.size() + 1
 
     const char* cursor = source.data();
     const char* const end = cursor + std::strlen(cursor);
-    arrayReserve(directives, countDelimiters(cursor, end));
+    arrayReserve(directives, countDirectives(cursor, end));
     while (cursor != end) {
         const char* const open = findPair(cursor, end, '{');
         text.add({cursor, std::size_t((open ? open : end) - cursor)});
@@ -349,8 +353,7 @@ Containers::String Template::render(JsonObject& scope) {
 
 Containers::Array<char> Template::evalDirective(const Scopes scopes,
                                                 const StringArrayView& tokens) {
-    const Evaluation evaluation = Evaluator{scopes}.evalExpression(tokens);
-    return evaluation ? makeValue(evaluation.text) : Containers::Array<char>{};
+    return makeValue(Evaluator{scopes}.evalExpression(tokens));
 }
 
 } // namespace VespermoorEngine

@@ -66,12 +66,13 @@ public:
      * The view lives as long as this result. Aborts with `ValueOrError::error(): No error` on a
      * success.
      */
-    Containers::StringView error() const {
+    Containers::StringView error() const& {
         if (hasValue) {
             breakContract("ValueOrError::error(): No error");
         }
         return reason;
     }
+    Containers::StringView error() const&& = delete;
 
 private:
     void expectValue() const {

@@ -1,0 +1,17 @@
+// Does not compile: a host has included RapidJSON in a way that the library cannot work with.
+
+#if defined(REFUSED_ASSERTIONS)
+#include <rapidjson/document.h>
+#elif defined(REFUSED_POINTERS)
+#define RAPIDJSON_ASSERT(x)
+#define RAPIDJSON_48BITPOINTER_OPTIMIZATION 0
+#include <rapidjson/document.h>
+#elif defined(REFUSED_MEMBERS)
+#define RAPIDJSON_ASSERT(x)
+#define RAPIDJSON_USE_MEMBERSMAP 1
+#include <rapidjson/document.h>
+#endif
+
+#include "VespermoorEditor/Utils/RapidJson.h"
+
+int main() {}
