@@ -11,6 +11,7 @@
 #include "RootCommand.h"
 #include "SearchCommand.h"
 #include "TagsCommand.h"
+#include "WatchCommand.h"
 
 namespace {
 
@@ -27,6 +28,7 @@ int run(const int argc, const char* const* const argv) {
     VespermoorEngine::Host::addCaseCommand(program);
     VespermoorEngine::Host::addSearchCommand(program);
     VespermoorEngine::Host::addRootCommand(program);
+    VespermoorEngine::Host::addWatchCommand(program);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

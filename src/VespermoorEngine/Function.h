@@ -28,7 +28,7 @@ public:
     static constexpr std::size_t Capacity = 64;
 
     /** @brief Empty function, which is expected not to be called. */
-    Function() noexcept = default;
+    Function() noexcept : storage{} {}
 
     /**
      * @brief Stores @p callable, whose call operator is constant.
@@ -38,7 +38,7 @@ public:
      */
     template <class Callable>
     Function(Corrade::DefaultInitT, Callable callable)
-        : invoker{&invoke<Callable>}, destroyer{&destroy<Callable>} {
+        : invoker{&invoke<Callable>}, destroyer{&destroy<Callable>}, storage{} {
         static_assert(sizeof(Callable) <= Capacity,
                       "the callable is larger than the 64 bytes that a Function stores in place");
         static_assert(alignof(Callable) <= alignof(std::max_align_t),
@@ -50,10 +50,10 @@ public:
     Function& operator=(const Function&) = delete;
 
     /** @brief Takes the callable over from @p other, which is empty afterwards. */
-    Function(Function&& other) noexcept
-        : invoker{std::exchange(other.invoker, nullptr)},
-          destroyer{std::exchange(other.destroyer, nullptr)} {
+    Function(Function&& other) noexcept : invoker{other.invoker}, destroyer{other.destroyer} {
         std::memcpy(storage, other.storage, Capacity);
+        other.invoker = nullptr;
+        other.destroyer = nullptr;
     }
 
     /** @brief Exchanges the callables of the two. */
@@ -92,7 +92,7 @@ private:
 
     Result (*invoker)(const void*, Arguments...) = nullptr;
     void (*destroyer)(void*) = nullptr;
-    alignas(std::max_align_t) std::byte storage[Capacity]{};
+    alignas(std::max_align_t) std::byte storage[Capacity];
 };
 
 } // namespace VespermoorEngine

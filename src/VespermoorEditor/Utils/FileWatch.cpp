@@ -95,19 +95,25 @@ std::size_t findFirst(const Containers::ArrayView<const std::int32_t> values,
     return i;
 }
 
-/* First component of `path` below `directory`; empty where it does not lie there. */
+/* First component of `path` below `directory`, which has no trailing slash; empty where it does not
+   lie there. */
 Containers::StringView nameBelow(const Containers::StringView directory,
                                  const Containers::StringView path) {
-    if (!Path::isParentPath(directory, path)) {
+    /* Most paths are told apart by one byte, without a look at the rest. */
+    if (path.size() <= directory.size() || path[directory.size()] != '/' ||
+        !path.hasPrefix(directory)) {
         return {};
     }
-    const Containers::StringView rest = path.exceptPrefix(directory.size()).trimmedPrefix("/");
+    const Containers::StringView rest = path.exceptPrefix(directory.size() + 1);
     return rest.prefix(rest.findOr('/', rest.end()).begin());
 }
 
 /* Position of `name` in the sorted `names`, or their count. */
 std::size_t positionOf(const Containers::ArrayView<const Containers::String> names,
                        const Containers::StringView name) {
+    if (name.isEmpty()) {
+        return names.size();
+    }
     const Containers::String* const found = std::lower_bound(
         names.begin(), names.end(), name,
         [](const Containers::StringView a, const Containers::StringView b) { return a < b; });

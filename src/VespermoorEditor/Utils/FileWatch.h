@@ -1,6 +1,7 @@
 #ifndef VespermoorEditor_Utils_FileWatch_h
 #define VespermoorEditor_Utils_FileWatch_h
 
+#include <cstddef>
 #include <cstdint>
 
 #include <Corrade/Containers/Array.h>
@@ -159,6 +160,16 @@ public:
      * Returns whether there was anything to deliver, also where no callback was left to take it.
      */
     VESPERMOOR_EDITOR_UTILS_EXPORT bool update();
+
+    /** @brief Directories that are watched; one counts as often as trees are watched that hold it.
+     */
+    std::size_t directoryCount() const {
+        std::size_t count = 0;
+        for (const DirectoryData& directory : directories) {
+            count += directory.subPaths.size() + !directory.path.isEmpty();
+        }
+        return count;
+    }
 
     /**
      * @brief Gets the record that serves the absolute path of a directory, making one if needed.
