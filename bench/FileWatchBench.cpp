@@ -1,0 +1,293 @@
+// Registering a tree and draining the kernel's records, beside raw loops and other watchers. The
+// records that can wait are limited by fs.inotify.max_queued_events; 300,000 there make the full
+// size of the drain.
+
+#include "VespermoorEditor/Utils/FileWatch.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <memory>
+
+#include <dirent.h>
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <benchmark/benchmark.h>
+
+#include "Ratios.h"
+#include "Tree.h"
+
+namespace {
+
+using namespace VespermoorEngine;
+using Bench::Tree;
+
+constexpr std::uint32_t mask = 0x3C2;
+
+const Tree& tree(const std::size_t directories) {
+    static std::map<std::size_t, std::unique_ptr<Tree>> trees;
+    std::unique_ptr<Tree>& made = trees[directories];
+    if (!made) {
+        made = std::make_unique<Tree>(Bench::Place::Disk, directories);
+    }
+    return *made;
+}
+
+std::size_t limit(const char* const name) {
+    std::size_t value = 0;
+    std::ifstream{std::string{"/proc/sys/fs/inotify/"} + name} >> value;
+    return value;
+}
+
+bool isAllowed(benchmark::State& state, const std::size_t watches) {
+    if (limit("max_user_watches") < watches + 1000) {
+        state.SkipWithError("fs.inotify.max_user_watches is too low");
+        return false;
+    }
+    return true;
+}
+
+/* Argument that makes this program register a tree and print how much memory it took. */
+constexpr const char* registerOnly = "--register-only";
+
+/* Largest resident size, in MB, of this process. What getrusage() tells begins with that of the
+   process which started this one. */
+double peakMemory() {
+    std::ifstream status{"/proc/self/status"};
+    for (std::string line; std::getline(status, line);) {
+        if (line.rfind("VmHWM:", 0) == 0) {
+            return std::stod(line.substr(6)) / 1024.0;
+        }
+    }
+    return 0.0;
+}
+
+int registerAndPrint(const char* const path) {
+    FileWatch watch;
+    if (watch.watch(path, {}) == 0) {
+        return 1;
+    }
+    std::printf("%f\n", peakMemory());
+    return 0;
+}
+
+/* Peak memory, in MB, of a process that registers `path`; 0 where it fails. */
+double peakOfRegistration(const std::string& path) {
+    const std::string program = std::filesystem::read_symlink("/proc/self/exe");
+    std::FILE* const pipe =
+        popen(("'" + program + "' " + registerOnly + " '" + path + "'").data(), "r");
+    double peak = 0.0;
+    if (!pipe || std::fscanf(pipe, "%lf", &peak) != 1) {
+        peak = 0.0;
+    }
+    if (pipe) {
+        pclose(pipe);
+    }
+    return peak;
+}
+
+void registerOurs(benchmark::State& state) {
+    const std::size_t directories = state.range(0);
+    if (!isAllowed(state, directories)) {
+        return;
+    }
+    const std::string& path = tree(directories).path();
+    for (auto _ : state) {
+        FileWatch watch;
+        state.SetIterationTime(Bench::seconds([&] { watch.watch(path.data(), {}); }));
+    }
+    state.counters["peakMB"] = peakOfRegistration(path);
+}
+
+/* `path` is extended in place. */
+void registerRawly(const int inotifyFd, char* const path, const std::size_t size) {
+    DIR* const directory = opendir(path);
+    while (const dirent* const entry = readdir(directory)) {
+        if (entry->d_type == DT_DIR && std::strcmp(entry->d_name, ".") != 0 &&
+            std::strcmp(entry->d_name, "..") != 0) {
+            path[size] = '/';
+            std::strcpy(path + size + 1, entry->d_name);
+            inotify_add_watch(inotifyFd, path, mask);
+            registerRawly(inotifyFd, path, size + 1 + std::strlen(entry->d_name));
+        }
+    }
+    closedir(directory);
+    path[size] = '\0';
+}
+
+int registerRawly(const std::string& root) {
+    const int inotifyFd = inotify_init1(IN_NONBLOCK);
+    char path[PATH_MAX];
+    std::strcpy(path, root.data());
+    inotify_add_watch(inotifyFd, path, mask);
+    registerRawly(inotifyFd, path, root.size());
+    return inotifyFd;
+}
+
+void registerRaw(benchmark::State& state) {
+    const std::size_t directories = state.range(0);
+    if (!isAllowed(state, directories)) {
+        return;
+    }
+    const std::string& path = tree(directories).path();
+    for (auto _ : state) {
+        int inotifyFd = -1;
+        state.SetIterationTime(Bench::seconds([&] { inotifyFd = registerRawly(path); }));
+        close(inotifyFd);
+    }
+}
+
+const Bench::Peer peers[]{
+    {"Inotifywait", {"inotifywait", "-m", "-r", "-q", "-e", "modify,move,create,delete"}},
+    {"Fswatch", {"fswatch", "-r", "-m", "inotify_monitor"}},
+};
+
+void registerPeer(benchmark::State& state, const Bench::Peer& peer) {
+    const std::size_t directories = state.range(0);
+    const std::string& path = tree(directories).path();
+    for (auto _ : state) {
+        state.SetIterationTime(Bench::establish(peer, path, directories));
+    }
+}
+
+void tickOurs(benchmark::State& state) {
+    FileWatch watch;
+    watch.watch(tree(20000).path().data(), {});
+    watch.update();
+    const std::size_t before = Bench::allocationCount();
+    for (auto _ : state) {
+        watch.update();
+    }
+    state.counters["allocations"] = Bench::allocationCount() - before;
+}
+BENCHMARK(tickOurs);
+
+void tickRaw(benchmark::State& state) {
+    const int inotifyFd = registerRawly(tree(20000).path());
+    char buffer[2720];
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(read(inotifyFd, buffer, sizeof buffer));
+    }
+    close(inotifyFd);
+}
+BENCHMARK(tickRaw);
+
+/* Makes about 250,000 records wait, or as many as the kernel keeps, spread over all directories:
+   renames back and forth, two records each. Either twelve of a directory in one go, or four. */
+std::size_t makeRecords(const bool neighbouring) {
+    const std::vector<std::string>& directories = tree(20000).directories();
+    const std::size_t wanted = std::min<std::size_t>(250000, limit("max_queued_events") - 1000) / 4;
+    const std::size_t each = neighbouring ? 3 : 1;
+    for (std::size_t i = 0; i != wanted; ++i) {
+        const std::string& directory = directories[i / each * 7919 % directories.size()];
+        const std::string one = directory + "/file0";
+        const std::string other = directory + "/file9";
+        std::rename(one.data(), other.data());
+        std::rename(other.data(), one.data());
+    }
+    return 4 * wanted;
+}
+
+void drainOurs(benchmark::State& state) {
+    FileWatch watch;
+    std::size_t delivered = 0;
+    watch.watch(tree(20000).path().data(),
+                {Corrade::DefaultInit, [&delivered](auto, auto) { ++delivered; }});
+    for (auto _ : state) {
+        delivered = 0;
+        const std::size_t records = makeRecords(state.range(0));
+        state.SetIterationTime(Bench::seconds([&] { watch.update(); }));
+        if (delivered != records) {
+            state.SkipWithError("records were lost");
+        }
+    }
+    state.counters["records"] = delivered;
+}
+BENCHMARK(drainOurs)->ArgName("neighbouring")->Arg(1)->Arg(0)->UseManualTime()->Iterations(1);
+
+void drainRaw(benchmark::State& state) {
+    const int inotifyFd = registerRawly(tree(20000).path());
+    char buffer[2720];
+    for (auto _ : state) {
+        makeRecords(state.range(0));
+        state.SetIterationTime(Bench::seconds([&] {
+            while (read(inotifyFd, buffer, sizeof buffer) > 0) {
+            }
+        }));
+    }
+    close(inotifyFd);
+}
+BENCHMARK(drainRaw)->ArgName("neighbouring")->Arg(1)->Arg(0)->UseManualTime()->Iterations(1);
+
+/* The same number of deliveries to few watches or to many. */
+void deliver(benchmark::State& state) {
+    const std::size_t watches = state.range(0);
+    FileWatch watch;
+    std::size_t delivered = 0;
+    for (std::size_t i = 0; i != watches; ++i) {
+        watch.watch(tree(20000).path().data(),
+                    {Corrade::DefaultInit, [&delivered](auto, auto) { ++delivered; }});
+    }
+    const std::string file = tree(20000).directories().back() + "/file0";
+    const std::string other = file + "-renamed";
+    for (auto _ : state) {
+        for (std::size_t i = 0; i != 10000 / watches / 4; ++i) {
+            std::rename(file.data(), other.data());
+            std::rename(other.data(), file.data());
+        }
+        state.SetIterationTime(Bench::seconds([&] { watch.update(); }));
+    }
+    state.counters["delivered"] = delivered;
+}
+BENCHMARK(deliver)->ArgName("watches")->Arg(1)->Arg(100)->UseManualTime()->Iterations(20);
+
+void addRegistration(const char* const name, void (*const run)(benchmark::State&)) {
+    benchmark::RegisterBenchmark(name, run)
+        ->Arg(20000)
+        ->Arg(100000)
+        ->Unit(benchmark::kMillisecond)
+        ->UseManualTime()
+        ->Iterations(1);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc == 3 && std::strcmp(argv[1], registerOnly) == 0) {
+        return registerAndPrint(argv[2]);
+    }
+    std::vector<Bench::Ratio> ratios{
+        {"FileWatch: 20,000 directories to a raw loop", "registerOurs/20000", "registerRaw/20000",
+         1.5},
+        {"FileWatch: 100,000 directories to a raw loop", "registerOurs/100000",
+         "registerRaw/100000", 1.5},
+        {"FileWatch: quiet tick to a read", "tickOurs", "tickRaw"},
+        {"FileWatch: drain of neighbouring records to a raw drain", "drainOurs/neighbouring:1",
+         "drainRaw/neighbouring:1", 4.0},
+        {"FileWatch: drain of scattered records to a raw drain", "drainOurs/neighbouring:0",
+         "drainRaw/neighbouring:0"},
+        {"FileWatch: delivery to 100 watches to as many to one", "deliver/watches:100",
+         "deliver/watches:1", 1.0},
+    };
+    addRegistration("registerOurs", registerOurs);
+    addRegistration("registerRaw", registerRaw);
+    for (const Bench::Peer& peer : peers) {
+        if (Bench::isInstalled(peer.arguments[0])) {
+            const std::string name = "register" + peer.name;
+            benchmark::RegisterBenchmark(
+                name.data(), [&peer](benchmark::State& state) { registerPeer(state, peer); })
+                ->Arg(20000)
+                ->Unit(benchmark::kMillisecond)
+                ->UseManualTime()
+                ->Iterations(1);
+            ratios.push_back({"FileWatch: 20,000 directories to " + peer.arguments[0],
+                              "registerOurs/20000", name + "/20000", 1.0});
+        }
+    }
+    return Bench::run(argc, argv, ratios);
+}
