@@ -400,6 +400,26 @@ TEST_F(FileWatchTest, DeliversInThreeSteps) {
     EXPECT_THAT(heard.take(), ElementsAre("first RenameNew x", "first Add y", "first Modify f"));
 }
 
+/* A string that is short lies in the array of paths itself and moves when that grows, here between
+   two records of one directory. */
+TEST_F(FileWatchTest, ShortPathsMoveWithTheirList) {
+    std::string path = fs::temp_directory_path() / "XXXXXX";
+    ASSERT_NE(mkdtemp(path.data()), nullptr);
+    std::set<std::string> changed;
+    fs::create_directory(path + "/a");
+    watch.watch(path.data(),
+                {Corrade::DefaultInit,
+                 [&changed](Containers::StringView entry, Event) { changed.insert(text(entry)); }});
+    std::set<std::string> made;
+    for (int i = 0; i != 50; ++i) {
+        made.insert(path + "/a/d" + std::to_string(i));
+        fs::create_directory(path + "/a/d" + std::to_string(i));
+    }
+    EXPECT_TRUE(watch.update());
+    EXPECT_EQ(changed, made);
+    fs::remove_all(path);
+}
+
 TEST_F(FileWatchTest, ExceptionsOfCallbacks) {
     int calls = 0;
     const auto fail = [&calls](Containers::StringView, Event) {
