@@ -45,7 +45,7 @@ GenerateWatch::GenerateWatch(const std::string& path) : manifest{path} {
 
 void GenerateWatch::run(StopSignals& signals) {
     regenerate();
-    std::fprintf(stderr, "watching %zu directories\n", directories.size());
+    std::fprintf(stderr, "watching %zu directories\n", watch->directoryCount());
     int waited = 0;
     do {
         const bool more = takeChanges();

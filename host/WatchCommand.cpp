@@ -1,9 +1,7 @@
 #include "WatchCommand.h"
 
 #include <chrono>
-#include <csignal>
 #include <cstdio>
-#include <ctime>
 #include <memory>
 #include <string>
 #include <utility>
@@ -14,6 +12,7 @@
 #include <VespermoorEditor/Utils/FileWatch.h>
 
 #include "Failure.h"
+#include "StopSignals.h"
 
 namespace VespermoorEngine::Host {
 
@@ -25,33 +24,6 @@ struct Options {
     std::vector<std::string> paths;
     int tick = 50;
     double seconds = 0.0;
-};
-
-/* Blocks the signals that end the command, so that they wait until sigtimedwait() asks for them and
-   none comes between two lines of output. */
-class EndingSignals {
-public:
-    EndingSignals() {
-        sigemptyset(&signals);
-        sigaddset(&signals, SIGINT);
-        sigaddset(&signals, SIGTERM);
-        sigprocmask(SIG_BLOCK, &signals, &former);
-    }
-
-    ~EndingSignals() { sigprocmask(SIG_SETMASK, &former, nullptr); }
-
-    EndingSignals(const EndingSignals&) = delete;
-    EndingSignals& operator=(const EndingSignals&) = delete;
-
-    /* Waits for the time of a tick; returns whether one of the signals came. */
-    bool cameWithin(const int milliseconds) const {
-        const timespec time{milliseconds / 1000, milliseconds % 1000 * 1'000'000L};
-        return sigtimedwait(&signals, nullptr, &time) > 0;
-    }
-
-private:
-    sigset_t signals;
-    sigset_t former;
 };
 
 /* Prints one line for each change, however many of the paths it concerns. */
@@ -94,7 +66,7 @@ void add(FileWatch& watch, const Containers::StringView path, FileWatch::Callbac
 }
 
 void run(const Options& options) {
-    const EndingSignals signals;
+    StopSignals signals;
     Printer printer;
     FileWatch watch;
     for (std::size_t i = 0; i != options.paths.size(); ++i) {
@@ -106,7 +78,8 @@ void run(const Options& options) {
                                         std::chrono::duration<double>{options.seconds});
     do {
         watch.update();
-    } while (!signals.cameWithin(options.tick) && (options.seconds == 0.0 || Clock::now() < end));
+    } while (!signals.arriveWithin(std::chrono::milliseconds{options.tick}) &&
+             (options.seconds == 0.0 || Clock::now() < end));
     watch.update();
 }
 
