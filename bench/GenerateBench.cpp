@@ -1,0 +1,143 @@
+/* Making a thousand files from one manifest, beside reading the same inputs and writing the same
+   files without anything in between. */
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <string>
+
+#include <Corrade/Containers/StringStl.h>
+#include <benchmark/benchmark.h>
+
+#include "Files.h"
+#include "Generator.h"
+#include "Ratios.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using VespermoorEngine::Host::Generator;
+
+constexpr int outputCount = 1000;
+constexpr int dataCount = 10;
+constexpr int templateCount = 20;
+
+/* A manifest with its data and templates, in a directory that is gone when the program ends. */
+struct Project {
+    Project() : directory{fs::temp_directory_path() / "vespermoor-bench-XXXXXX"} {
+        std::string pattern = directory;
+        directory = mkdtemp(pattern.data());
+        std::string manifest = "{\"outputs\": [";
+        for (int i = 0; i != outputCount; ++i) {
+            manifest += std::string{i == 0 ? "" : ","} + "{\"file\": \"" + outputName(i) +
+                        "\", \"data\": [\"data" + std::to_string(i % dataCount) +
+                        ".json\"], \"template\": \"template" + std::to_string(i % templateCount) +
+                        "\", \"each\": \"/items\"}";
+        }
+        write("manifest.json", manifest + "]}");
+        for (int i = 0; i != dataCount; ++i) {
+            write("data" + std::to_string(i) + ".json", data(i));
+        }
+        for (int i = 0; i != templateCount; ++i) {
+            write("template" + std::to_string(i),
+                  "Item {{ id }} of template " + std::to_string(i) +
+                      ": {{ name }}{{ if visible }}, visible{{ end }}\n");
+        }
+    }
+    ~Project() { fs::remove_all(directory); }
+
+    static std::string outputName(const int i) { return "output" + std::to_string(i) + ".txt"; }
+
+    static std::string data(const int i) {
+        std::string json = "{\"items\": [";
+        for (int item = 0; item != 50; ++item) {
+            json += std::string{item == 0 ? "" : ","} + "{\"id\": \"" + std::to_string(item) +
+                    "\", \"name\": \"name " + std::to_string(i) +
+                    "\", \"visible\": " + (item % 2 == 0 ? "true" : "false") + "}";
+        }
+        return json + "]}";
+    }
+
+    void write(const std::string& name, const std::string& content) const {
+        std::ofstream{directory / name} << content;
+    }
+
+    std::string path(const std::string& name) const { return directory / name; }
+
+    void removeOutputs() const {
+        for (int i = 0; i != outputCount; ++i) {
+            fs::remove(path(outputName(i)));
+        }
+    }
+
+    fs::path directory;
+};
+
+const Project& project() {
+    static const Project result;
+    return result;
+}
+
+void generateAll(benchmark::State& state) {
+    for (auto _ : state) {
+        state.PauseTiming();
+        project().removeOutputs();
+        state.ResumeTiming();
+        Generator generator{project().path("manifest.json")};
+        if (generator.update(Generator::Mode::Write).changed.size() != outputCount) {
+            state.SkipWithError("not all files were made");
+        }
+    }
+    state.counters["peakMemoryKiB"] = double(VespermoorEngine::Bench::peakMemory());
+}
+BENCHMARK(generateAll)->Unit(benchmark::kMillisecond);
+
+/* What a build step without changes costs. */
+void generateNothing(benchmark::State& state) {
+    Generator{project().path("manifest.json")}.update(Generator::Mode::Write);
+    for (auto _ : state) {
+        Generator generator{project().path("manifest.json")};
+        if (!generator.update(Generator::Mode::Write).changed.empty()) {
+            state.SkipWithError("a file was made again");
+        }
+    }
+}
+BENCHMARK(generateNothing)->Unit(benchmark::kMillisecond);
+
+void readAndWrite(benchmark::State& state) {
+    Generator{project().path("manifest.json")}.update(Generator::Mode::Write);
+    std::map<std::string, std::string> outputs;
+    for (int i = 0; i != outputCount; ++i) {
+        const std::string path = project().path(Project::outputName(i));
+        outputs[path] = std::string{VespermoorEngine::Host::readFile(path)};
+    }
+    for (auto _ : state) {
+        state.PauseTiming();
+        project().removeOutputs();
+        state.ResumeTiming();
+        benchmark::DoNotOptimize(VespermoorEngine::Host::readFile(project().path("manifest.json")));
+        for (int i = 0; i != dataCount; ++i) {
+            benchmark::DoNotOptimize(VespermoorEngine::Host::readFile(
+                project().path("data" + std::to_string(i) + ".json")));
+        }
+        for (int i = 0; i != templateCount; ++i) {
+            benchmark::DoNotOptimize(
+                VespermoorEngine::Host::readFile(project().path("template" + std::to_string(i))));
+        }
+        for (const auto& [path, content] : outputs) {
+            VespermoorEngine::Host::replaceFile(path, content);
+        }
+    }
+}
+BENCHMARK(readAndWrite)->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+int main(int argc, char** argv) {
+    return VespermoorEngine::Bench::run(
+        argc, argv,
+        {{"generate 1,000 files: ours to reading and writing them", "generateAll", "readAndWrite"},
+         {"generate 1,000 current files: ours to reading and writing them", "generateNothing",
+          "readAndWrite"}});
+}
