@@ -65,21 +65,22 @@ bool nameEquals(const rapidjson::Value& name, const Containers::StringView key) 
            (data[size - 1] == key[size - 1] && std::memcmp(data, key.data(), size) == 0);
 }
 
-/* Works on a constant and on a writable object alike. */
+/* The first member of that name, or null; of a constant and of a writable object alike. */
 template <class Value>
-auto findMember(Value& object, const Containers::StringView name) {
-    auto member = object.MemberBegin();
+auto* findMember(Value& object, const Containers::StringView name) {
     const auto end = object.MemberEnd();
-    while (member != end && !nameEquals(member->name, name)) {
-        ++member;
+    for (auto member = object.MemberBegin(); member != end; ++member) {
+        if (nameEquals(member->name, name)) {
+            return &*member;
+        }
     }
-    return member;
+    return static_cast<decltype(&*object.MemberBegin())>(nullptr);
 }
 
 template <class Value>
 Value* findMemberValue(Value& object, const Containers::StringView name) {
-    const auto member = findMember(object, name);
-    return member == object.MemberEnd() ? nullptr : &member->value;
+    auto* const member = findMember(object, name);
+    return member ? &member->value : nullptr;
 }
 
 Containers::StringView view(const rapidjson::Value& string) {
@@ -166,8 +167,7 @@ getSubValue(rapidjson::Value& value, const Containers::StringView key) {
         return {{}, &value[rapidjson::SizeType(index)]};
     }
     if (value.IsObject()) {
-        const auto member = findMember(value, key);
-        if (member != value.MemberEnd()) {
+        if (auto* const member = findMember(value, key)) {
             return {view(member->name), &member->value};
         }
     }

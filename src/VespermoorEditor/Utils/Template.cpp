@@ -1,6 +1,5 @@
 #include "VespermoorEditor/Utils/Template.h"
 
-#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -200,13 +199,11 @@ MutableStringArrayView conditionOf(const StringArray& tokens) {
                                   tokens.size() - 1};
 }
 
-/* Output under construction, NUL-terminated at all times. Past the reserved room it grows to the
-   exact size needed. */
+/* Output under construction. Past the reserved room it grows to the exact size needed. */
 class Output {
 public:
     explicit Output(const std::size_t reserved) {
-        arrayReserve(buffer, std::max(reserved, std::size_t{1}));
-        arrayAppend(buffer, '\0');
+        arrayResize(buffer, Corrade::NoInit, reserved + 1);
     }
 
     void append(const Containers::StringView text) {
@@ -222,21 +219,24 @@ public:
     }
 
     Containers::String release() {
-        const std::size_t size = buffer.size() - 1;
+        buffer[size] = '\0';
         const auto deleter = buffer.deleter();
         return Containers::String{buffer.release(), size, deleter};
     }
 
 private:
-    /* Makes room for `size` bytes in front of the terminator and returns where they begin. */
-    char* grow(const std::size_t size) {
-        const std::size_t end = buffer.size() - 1;
-        arrayResize(buffer, Corrade::NoInit, buffer.size() + size);
-        buffer.back() = '\0';
+    /* Makes room for `added` bytes and a terminator and returns where they begin. */
+    char* grow(const std::size_t added) {
+        const std::size_t end = size;
+        size += added;
+        if (size >= buffer.size()) {
+            arrayResize(buffer, Corrade::NoInit, size + 1);
+        }
         return buffer.data() + end;
     }
 
     Containers::Array<char> buffer;
+    std::size_t size = 0;
 };
 
 } // namespace
