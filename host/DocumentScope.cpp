@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <new>
+#include <utility>
 
 #include <Corrade/Containers/GrowableArray.h>
 #include <Corrade/Containers/Optional.h>
@@ -34,6 +36,14 @@ rapidjson::Value* child(rapidjson::Value& value, const Containers::StringView st
     return nullptr;
 }
 
+struct SpareMemory {
+    ~SpareMemory() { ::operator delete(memory); }
+
+    void* memory = nullptr;
+};
+
+thread_local SpareMemory spare;
+
 bool appends(const rapidjson::Value& array, const Containers::StringView step) {
     const Containers::Optional<rapidjson::SizeType> index = parseIndex(step);
     return step == "-"_s || (index && *index == array.Size());
@@ -45,6 +55,19 @@ DocumentScope::DocumentScope(rapidjson::Document& document) : DocumentScope{docu
 
 DocumentScope::DocumentScope(rapidjson::Document& document, rapidjson::Value& value)
     : document{&document}, reached{&value} {}
+
+void* DocumentScope::operator new(const std::size_t size) {
+    return size == sizeof(DocumentScope) && spare.memory ? std::exchange(spare.memory, nullptr)
+                                                         : ::operator new(size);
+}
+
+void DocumentScope::operator delete(void* const memory, const std::size_t size) {
+    if (size == sizeof(DocumentScope) && !spare.memory) {
+        spare.memory = memory;
+    } else {
+        ::operator delete(memory);
+    }
+}
 
 bool DocumentScope::exists() {
     return missing.isEmpty();
@@ -69,7 +92,11 @@ rapidjson::MemoryPoolAllocator<rapidjson::CrtAllocator>& DocumentScope::allocato
 }
 
 const rapidjson::Value& DocumentScope::value() const {
-    return missing.isEmpty() ? *reached : null;
+    if (missing.isEmpty()) {
+        return *reached;
+    }
+    static const rapidjson::Value null;
+    return null;
 }
 
 rapidjson::Value& DocumentScope::mutableValue() {

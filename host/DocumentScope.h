@@ -1,6 +1,8 @@
 #ifndef Vespermoor_Host_DocumentScope_h
 #define Vespermoor_Host_DocumentScope_h
 
+#include <cstddef>
+
 #include <VespermoorEditor/Utils/JsonObject.h>
 
 namespace VespermoorEngine::Host {
@@ -22,6 +24,11 @@ public:
 
     /** @brief @p value, which has to lie inside @p document. */
     DocumentScope(rapidjson::Document& document, rapidjson::Value& value);
+
+    /* A template makes an accessor for each name and drops it right after, so the memory of the
+       last one that ended is kept for the next, on each thread. */
+    static void* operator new(std::size_t size);
+    static void operator delete(void* memory, std::size_t size);
 
     bool exists() override;
     Containers::Pointer<JsonObject> member(Containers::StringView path) override;
@@ -46,7 +53,6 @@ private:
     rapidjson::Value* reached;
     /* The steps that lead on from there to nowhere. */
     Containers::Array<Containers::String> missing;
-    rapidjson::Value null;
 };
 
 } // namespace VespermoorEngine::Host
