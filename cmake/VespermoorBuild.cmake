@@ -18,6 +18,9 @@ set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib")
 # No host replaces single functions of the libraries, so they may be inlined into one another.
 add_compile_options(-fno-semantic-interposition)
 
+# Before 1.0 a minor release may change the binary interface.
+set(VESPERMOOR_SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+
 if(VESPERMOOR_DEVELOPER)
     add_compile_options(-Wall -Wextra -Werror)
 endif()

@@ -6,6 +6,8 @@
 #include <Corrade/Containers/StringView.h>
 #include <Corrade/Utility/Debug.h>
 
+#include "VespermoorEngine/Dependencies.h"
+
 /** @brief Libraries and programs of the Vespermoor engine. */
 namespace VespermoorEngine {
 
