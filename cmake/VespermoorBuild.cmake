@@ -14,6 +14,8 @@ set(CMAKE_INSTALL_LIBDIR lib)
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 set(CMAKE_BUILD_RPATH "$ORIGIN/../lib")
 set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib")
+# An installed Corrade outside of the loader's own folders is found where it was.
+set(CMAKE_INSTALL_RPATH_USE_LINK_PATH ON)
 
 # No host replaces single functions of the libraries, so they may be inlined into one another.
 add_compile_options(-fno-semantic-interposition)
