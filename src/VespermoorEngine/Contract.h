@@ -18,7 +18,7 @@ namespace Utility = Corrade::Utility;
  * @brief Ends the process because its own code broke a contract.
  *
  * Writes @p items as one line, with single blanks between them, to the default output of
- * @ref Corrade::Utility::Error, also where that stream is redirected, and calls @cpp abort() @ce.
+ * `Corrade::Utility::Error`, also where that stream is redirected, and calls `abort()`.
  */
 template <class... T>
 [[noreturn]] void breakContract(const T&... items) {

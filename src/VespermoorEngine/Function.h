@@ -33,7 +33,7 @@ public:
     /**
      * @brief Stores @p callable, whose call operator is constant.
      *
-     * One that is larger than @ref Capacity or aligned more strictly than @cpp std::max_align_t @ce
+     * One that is larger than @ref Capacity or aligned more strictly than `std::max_align_t`
      * does not compile.
      */
     template <class Callable>

@@ -9,7 +9,7 @@ namespace VespermoorEngine {
 
 namespace Containers = Corrade::Containers;
 
-/** @brief Operations on paths as text, beside those of @ref Corrade::Utility::Path. */
+/** @brief Operations on paths as text, beside those of `Corrade::Utility::Path`. */
 namespace Path {
 
 /**

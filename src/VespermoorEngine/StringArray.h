@@ -24,9 +24,11 @@ public:
     Containers::ArrayView<char> characters;
 
 protected:
+    /** @cond */
     MutableStringArrayView() = default;
     MutableStringArrayView(MutableStringArrayView&& other) noexcept
         : StringArrayView{std::move(other)}, characters{std::exchange(other.characters, nullptr)} {}
+    /** @endcond */
 };
 
 /** @brief List of packed strings that owns its characters and grows at its end. */

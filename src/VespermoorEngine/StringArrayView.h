@@ -33,7 +33,7 @@ public:
     /**
      * @brief String at @p index, expected to be below @ref size().
      *
-     * The view is @ref Corrade::Containers::StringViewFlag::NullTerminated and lives as long as
+     * The view is `Corrade::Containers::StringViewFlag::NullTerminated` and lives as long as
      * the character store stands unchanged. An index out of range aborts with
      * `StringArrayView::get(): invalid index 2 for size 2`.
      */
@@ -53,11 +53,13 @@ public:
     std::size_t dataSize = 0;
 
 protected:
+    /** @cond */
     StringArrayView() = default;
     StringArrayView(StringArrayView&& other) noexcept
         : offsets{std::move(other.offsets)},
           data{std::exchange(other.data, nullptr)},
           dataSize{std::exchange(other.dataSize, 0)} {}
+    /** @endcond */
 
 private:
     [[noreturn]] void invalidIndex(std::size_t index) const;

@@ -15,7 +15,7 @@ namespace Utils {
 /**
  * @brief Directory that holds the running executable, without a trailing slash.
  *
- * Empty where the system cannot tell; @ref Corrade::Utility::Path::executableLocation() then
+ * Empty where the system cannot tell; `Corrade::Utility::Path::executableLocation()` then
  * prints why.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT Containers::String executablesPath();
@@ -35,7 +35,7 @@ findEditorRoot(Containers::StringView start);
  * @brief Data root of the editor, as seen from the directory that holds the running executable.
  *
  * No value also where the system cannot tell which directory that is;
- * @ref Corrade::Utility::Path::executableLocation() then prints why.
+ * `Corrade::Utility::Path::executableLocation()` then prints why.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT Containers::Optional<Containers::String> findEditorRoot();
 

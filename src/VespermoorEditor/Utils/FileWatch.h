@@ -58,6 +58,7 @@ public:
     /** @brief One registered watch. */
     struct WatchData {
         VESPERMOOR_EDITOR_UTILS_EXPORT WatchData();
+        /** @brief Takes everything over from @p other. */
         VESPERMOOR_EDITOR_UTILS_EXPORT WatchData(WatchData&& other) noexcept;
         WatchData(const WatchData&) = delete;
         /** @brief Exchanges all fields with @p other. */
@@ -153,7 +154,7 @@ public:
      * @brief Calls the callbacks for everything that changed since the last time.
      *
      * Changes come in the kernel's order; for each of them the callbacks in the order of their
-     * watches' slots. Callbacks may call everything here. What derives from @cpp std::exception @ce
+     * watches' slots. Callbacks may call everything here. What derives from `std::exception`
      * and leaves a callback is dropped; anything else goes to the caller, and the deliveries that
      * were left with it.
      *

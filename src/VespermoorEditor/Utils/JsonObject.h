@@ -63,7 +63,9 @@ public:
     /** @brief The value to write, which may be the one of @ref value() or another one. */
     virtual rapidjson::Value& mutableValue() = 0;
 
-    /** @{ @name Single values */
+    /** @name Single values
+     *
+     * @{ */
 
     /** @brief Whether the value is of kind null. */
     bool isNull() const;
@@ -88,12 +90,13 @@ public:
 
     /** @} */
 
-    /** @{ @name Fixed-size types, read from an array of numbers
+    /** @name Fixed-size types, read from an array of numbers
      *
      * An array of another size aborts with the message of the array read behind it,
      * `JsonObject::asFloatArray(): Sizes do not match` or
      * `JsonObject::asIntArray(): Sizes do not match`. Nothing is allocated.
-     */
+     *
+     * @{ */
 
     /** @brief Vector from an array of 2 numbers. */
     Magnum::Vector2 asVector2() const;
@@ -122,7 +125,7 @@ public:
 
     /** @} */
 
-    /** @{ @name Arrays
+    /** @name Arrays
      *
      * The forms with a view fill memory of the caller and expect it to have exactly as many
      * elements as the array; otherwise they abort before they write, with a message such as
@@ -130,7 +133,8 @@ public:
      * empty with null data for an empty array and for null. A value of another kind counts as an
      * empty array. Views of strings are
      * NUL-terminated, and an element of another kind gives a default-constructed one.
-     */
+     *
+     * @{ */
 
     /** @brief Numbers, each taken as a double and then narrowed, a null or boolean as 0.0. */
     void asFloatArray(Containers::ArrayView<float> array) const;
@@ -162,12 +166,13 @@ public:
 
     /** @} */
 
-    /** @{ @name Replacing with a single value
+    /** @name Replacing with a single value
      *
      * Overwrites @ref mutableValue(), whatever kind it had, without a look at @ref value(). Here
      * and in every other write, memory comes from @ref allocator(); what the old value held stays
      * in the document's pool until the document ends.
-     */
+     *
+     * @{ */
 
     /** @brief Stores null. */
     void setNull();
@@ -182,11 +187,12 @@ public:
 
     /** @} */
 
-    /** @{ @name Replacing with an array
+    /** @name Replacing with an array
      *
      * Overwrites @ref mutableValue(), whatever it held, with an array whose memory is allocated
      * once, at exactly the size of the input. Nothing in the input is an empty array, not null.
-     */
+     *
+     * @{ */
 
     /** @brief Stores doubles of exactly the same values. */
     void setFloatArray(Containers::ArrayView<const float> numbers);
@@ -213,12 +219,13 @@ public:
 
     /** @} */
 
-    /** @{ @name Editing an array
+    /** @name Editing an array
      *
      * Where @ref value() and @ref mutableValue() are different values, the appending operations
      * first make the latter a deep copy of the former, and what is no array then becomes an empty
      * one.
-     */
+     *
+     * @{ */
 
     /** @brief Appends a copy of @p string, the empty one for null data. */
     void pushBackString(Containers::StringView string);

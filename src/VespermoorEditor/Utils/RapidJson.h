@@ -11,6 +11,7 @@
  */
 
 #ifndef RAPIDJSON_ASSERT
+/** @brief RapidJSON's assertion, which does nothing. */
 #define RAPIDJSON_ASSERT(condition)
 #endif
 
@@ -23,6 +24,7 @@
 #include <rapidjson/reader.h>
 #include <rapidjson/stringbuffer.h>
 
+/** @cond */
 #define VESPERMOOR_TEXT_OF(...) #__VA_ARGS__
 #define VESPERMOOR_EXPANDED_TEXT_OF(...) VESPERMOOR_TEXT_OF(__VA_ARGS__)
 static_assert(sizeof(VESPERMOOR_EXPANDED_TEXT_OF(RAPIDJSON_ASSERT(true))) == 1,
@@ -30,6 +32,7 @@ static_assert(sizeof(VESPERMOOR_EXPANDED_TEXT_OF(RAPIDJSON_ASSERT(true))) == 1,
               "include <VespermoorEditor/Utils/RapidJson.h> in place of RapidJSON's headers");
 #undef VESPERMOOR_EXPANDED_TEXT_OF
 #undef VESPERMOOR_TEXT_OF
+/** @endcond */
 
 #if defined(RAPIDJSON_USE_MEMBERSMAP) && RAPIDJSON_USE_MEMBERSMAP
 #error RapidJSON was included with RAPIDJSON_USE_MEMBERSMAP before a header of VespermoorEditorUtils, which lays objects out without it

@@ -47,7 +47,7 @@ jsonToString(const rapidjson::Value& value, int maxDecimalPlaces = defaultMaxDec
  * The text is strict JSON (RFC 8259) in UTF-8, which is not validated inside strings; a byte order
  * mark in front is dropped. A file that
  * cannot be read, for whatever reason, gives the message `File does not exist: {}` with the file
- * name as passed; what @ref Corrade::Utility::Path::readString() prints stands beside it. A text
+ * name as passed; what `Corrade::Utility::Path::readString()` prints stands beside it. A text
  * that is not JSON, or is nested deeper than @ref maxNesting levels, gives
  * `Invalid JSON in file: {}`. @p type is the document's kind before the parse and does not restrict
  * what the root of the file is.
@@ -59,15 +59,15 @@ parseJsonFile(Containers::StringView filename, rapidjson::Type type = rapidjson:
  * @brief The child of @p value under the single step @p key, with its name.
  *
  * In an object the first member whose name equals @p key. In an array @p key is an index as
- * @ref std::stoul() reads it in base 10: leading white space and a sign are taken, what follows the
+ * `std::stoul()` reads it in base 10: leading white space and a sign are taken, what follows the
  * digits is not looked at, and the text is read up to its NUL, so @p key has to be NUL-terminated
  * there.
  *
  * The name is a NUL-terminated view of the member's name, or a default-constructed one for an array
  * element; it and the pointer live until the object or array changes. The pair is empty (a
  * default-constructed view and a null pointer) where there is no such child or @p value is of
- * another kind. A key on an array that is no number throws @ref std::invalid_argument, one too
- * large for `unsigned long` @ref std::out_of_range.
+ * another kind. A key on an array that is no number throws `std::invalid_argument`, one too
+ * large for `unsigned long` `std::out_of_range`.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT Containers::Pair<Containers::StringView, rapidjson::Value*>
 getSubValue(rapidjson::Value& value, Containers::StringView key);

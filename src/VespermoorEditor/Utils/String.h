@@ -34,10 +34,10 @@ using TagReplacement =
  * twice in the result.
  *
  * Returns the new text, owned by the caller, and true. On failure it returns a message and false:
- * `missing tag '{}'` with the tag that was not found where its counterpart was, for the first such
- * replacement in the list; or `overlapping tags: '{}' should appear before '{}'` with the end tag
- * of one region and the start tag of the next where the former does not stand in front of the
- * latter.
+ * ``missing tag '{}'`` with the tag that was not found where its counterpart was, for the first
+ * such replacement in the list; or ``overlapping tags: '{}' should appear before '{}'`` with the
+ * end tag of one region and the start tag of the next where the former does not stand in front of
+ * the latter.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT Containers::Pair<Containers::String, bool>
 replaceTagContent(Containers::StringView text, std::initializer_list<TagReplacement> replacements);
@@ -53,7 +53,7 @@ replaceTagContent(Containers::StringView text,
  * A word begins at a capital behind anything but a capital, a space or a hyphen, and at the last
  * capital of a run, as in `parse-xml` and `xml-parser`. Spaces become hyphens, and hyphens that
  * follow one another in @p name become one. All other bytes stay. What counts as a capital is
- * decided by @cpp std::isupper() @ce, and only those of ASCII become lower case.
+ * decided by `std::isupper()`, and only those of ASCII become lower case.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT Containers::String toKebapCase(Containers::StringView name);
 
@@ -67,7 +67,7 @@ VESPERMOOR_EDITOR_UTILS_EXPORT Containers::String toBigCamelCase(Containers::Str
 
 /** @brief Whether two bytes have the same upper case in a locale. */
 struct CaseInsensitiveStringEqual {
-    /** @brief Locale whose @cpp std::ctype<char> @ce is asked; not owned. */
+    /** @brief Locale whose `std::ctype<char>` is asked; not owned. */
     const std::locale& locale;
 
     /** @brief Compares the upper case of @p a with that of @p b. */

@@ -14,7 +14,7 @@
 namespace VespermoorEngine::Utils {
 
 /**
- * @brief Append-only text buffer that becomes a @ref Corrade::Containers::String without a copy.
+ * @brief Append-only text buffer that becomes a `Corrade::Containers::String` without a copy.
  *
  * The array's size is the writer's capacity. After every append the byte at position @ref size is
  * a NUL, so the capacity is above @ref size from the first append on.

@@ -94,7 +94,7 @@ bool deleteRecursive(Containers::StringView path);
  * @brief Directory of the editor's files that belong to the current user.
  *
  * `.VespermoorEngine` in the home directory, whether it exists or not; it is not created. Empty
- * where there is no home directory, for which @ref Corrade::Utility::Path::homeDirectory() prints
+ * where there is no home directory, for which `Corrade::Utility::Path::homeDirectory()` prints
  * a message.
  */
 Containers::String appDirectory();
@@ -110,7 +110,7 @@ Containers::String appDirectory();
  *      of that line; the current directory of the process stays. It must not contain a double
  *      quote, a `$`, a backquote or a backslash, which the shell would act on. Null or empty for no
  *      change of directory.
- * @return Wait status of the shell as @cpp pclose() @ce gives it: an exit code of 3 is 768. 1
+ * @return Wait status of the shell as `pclose()` gives it: an exit code of 3 is 768. 1
  *      where no shell could be started, with @p output untouched.
  *
  * Blocks until the command has ended and holds the whole output in memory. Where the directory
@@ -122,7 +122,7 @@ int runShellCommandCapture(Containers::StringView command, Containers::String& o
 
 /**
  * @brief Sets variables in the environment of the process, each a name and a value.
- * @return 0, or what @cpp setenv() @ce gave for the last one that could not be set.
+ * @return 0, or what `setenv()` gave for the last one that could not be set.
  *
  * A variable that is already set keeps its value, which is no failure; of two pairs with one name
  * the first counts. A failure does not stop the others. Programs started later inherit them.
@@ -132,7 +132,7 @@ int setShellEnvironment(
 
 /**
  * @brief Changes the current directory of the process.
- * @return What @cpp chdir() @ce gives: 0, or -1 with the directory unchanged.
+ * @return What `chdir()` gives: 0, or -1 with the directory unchanged.
  */
 int changeDirectory(Containers::StringView path);
 
@@ -177,7 +177,7 @@ Containers::String generateUUID();
  * The trash is `$XDG_DATA_HOME/Trash` where that variable is set and not empty, else `.Trash` in a
  * home directory of `/root` and `.local/share/Trash` in any other; only that one place counts. The
  * result is its `files` if that exists, else the trash directory itself. No value where there is
- * neither, or no home directory, for which @ref Corrade::Utility::Path::homeDirectory() prints a
+ * neither, or no home directory, for which `Corrade::Utility::Path::homeDirectory()` prints a
  * message. Nothing is created.
  */
 Containers::Optional<Containers::String> findTrashPath();
@@ -191,12 +191,12 @@ Containers::Optional<Containers::String> findTrashPath();
  * Whether there is a trash is what @ref findTrashPath() tells, asked once for all paths. A
  * directory goes as a whole. An entry whose name is taken in the trash gets a UUID directly
  * behind its name. Where an entry came from is not recorded. An entry on another file system than
- * the trash cannot be moved there and stays. Prints what @ref Corrade::Utility::Path prints of the
+ * the trash cannot be moved there and stays. Prints what `Corrade::Utility::Path` prints of the
  * move or removal that failed.
  */
 bool moveToTrash(Containers::StringIterable paths);
 
-/** @brief Icon of a notification; the values are those of @cpp pfd::icon @ce. */
+/** @brief Icon of a notification; the values are those of `pfd::icon`. */
 enum class NotificationIcon : std::uint8_t {
     /** @brief Information */
     Info = 0,

@@ -21,7 +21,7 @@ struct SoughtTag {
  *
  * Each is the one that a search for that tag alone finds: tags may overlap, begin alike and be
  * equal. What is noted is a view of @p text. A tag that does not occur, or has zero length, leaves
- * its empty @cpp *found @ce as it is.
+ * its empty `*found` as it is.
  */
 void findFirstOccurrences(Containers::StringView text,
                           Containers::ArrayView<const SoughtTag> sought);

@@ -23,7 +23,7 @@ class JsonObject;
  * A directive stands between `{{` and the next `}}`; blanks split it into tokens. `{{ name }}` puts
  * out a value, `{{ if name }}` goes on only where the value's text is `true` and otherwise skips to
  * the next `{{ end }}`, without regard to nesting. In place of a name, both take a quoted literal
- * or a comparison such as `name == 'text'`; every middle token other than `==` compares for
+ * or a comparison such as ``name == 'text'``; every middle token other than `==` compares for
  * inequality. Dots in a name are steps down. All text outside directives is put out byte for byte.
  *
  * Values are text: strings as they are, booleans as `true` and `false`, numbers stored as doubles
@@ -37,7 +37,7 @@ public:
      *
      * The template copies what it needs. A directive that is unterminated or empty prints
      * `Template::Template(): Syntax error: Unterminated template directive` to
-     * @ref Corrade::Utility::Error and ends the compilation; what stands in front of it stays and
+     * `Corrade::Utility::Error` and ends the compilation; what stands in front of it stays and
      * can be rendered, and @ref isValid() is false.
      */
     VESPERMOOR_EDITOR_UTILS_EXPORT explicit Template(Containers::StringView source);
@@ -62,13 +62,13 @@ public:
      * @brief Renders against @p scopes, of which the first one that has a name decides its value.
      *
      * The scopes are borrowed for the call and only read. The first directive that fails prints its
-     * reason to @ref Corrade::Utility::Error, as one of
+     * reason to `Corrade::Utility::Error`, as one of
      *
      * -    `Template::render(): Number of tokens for expression unsupported: 2`,
      * -    `Template::render(): Unterminated string literal`,
      * -    `Template::render(): Undefined name user.name`,
      * -    `Template::render(): Unsupported type for user.age`,
-     * -    `Template::render(): Missing 'end'`,
+     * -    ``Template::render(): Missing 'end'``,
      *
      * and the result is empty; a failed comparison prints a line for each operand that failed. A
      * template that renders to nothing gives an empty result too, and prints nothing. Output has to

@@ -24,8 +24,10 @@ public:
     /*implicit*/ ValueOrError(Containers::String&& message) noexcept
         : reason{std::move(message)}, hasValue{false} {}
 
+    /** @brief Takes over what @p other holds. */
     ValueOrError(ValueOrError&& other) noexcept : hasValue{other.hasValue} { takeFrom(other); }
 
+    /** @overload */
     ValueOrError& operator=(ValueOrError&& other) noexcept {
         if (this != &other) {
             destroy();
