@@ -23,10 +23,6 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
-Containers::StringView view(const std::string& string) {
-    return {string.data(), string.size()};
-}
-
 using Filters = std::initializer_list<Containers::StringView>;
 
 std::string openFiles(const std::string& title, const std::string& path, const bool multiple,

@@ -19,10 +19,6 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::string_literals;
 
-Containers::StringView view(const std::string& string) {
-    return {string.data(), string.size()};
-}
-
 /* A home without a profile, so that the login shell has nothing of its own to print. */
 class Shell : public testing::Test {
 protected:

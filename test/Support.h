@@ -57,6 +57,11 @@ inline std::string text(const Corrade::Containers::StringView view) {
     return {view.data(), view.size()};
 }
 
+/** @brief View of @p string, which stays its owner. */
+inline Corrade::Containers::StringView view(const std::string& string) {
+    return {string.data(), string.size()};
+}
+
 /** @brief Waits until @p condition holds; fails the test where that takes more than a minute. */
 template <class Condition>
 void waitUntil(const Condition& condition) {

@@ -3,12 +3,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <tuple>
 
 #include <Corrade/Containers/Array.h>
 #include <Corrade/Containers/GrowableArray.h>
-
-#include "VespermoorEditor/Utils/BytePairFilter.h"
 
 namespace VespermoorEngine::Utils {
 
@@ -22,6 +19,18 @@ struct Tag {
     std::size_t prefixes;
 };
 
+/* Counts the tags up to and with the last of the first `count` that `text` begins with, where these
+   are the ones in front of it in ascending order. Whatever `text` begins with, everything between
+   the two begins with as well, so nothing else is left to try than what the last one begins with.
+ */
+std::size_t countToPrefix(const Containers::ArrayView<const Tag> tags, std::size_t count,
+                          const Containers::StringView text) {
+    while (count != 0 && !text.hasPrefix(tags[count - 1].bytes)) {
+        count = tags[count - 1].prefixes;
+    }
+    return count;
+}
+
 /* The tags of two bytes or more in ascending order of their bytes. */
 Containers::Array<Tag> sortedTags(const Containers::ArrayView<const SoughtTag> sought) {
     Containers::Array<Tag> tags;
@@ -33,143 +42,125 @@ Containers::Array<Tag> sortedTags(const Containers::ArrayView<const SoughtTag> s
     }
     std::sort(tags.begin(), tags.end(),
               [](const Tag& a, const Tag& b) { return a.bytes < b.bytes; });
-    for (std::size_t i = 1; i < tags.size(); ++i) {
-        std::size_t prefixes = i;
-        while (prefixes != 0 && !tags[i].bytes.hasPrefix(tags[prefixes - 1].bytes)) {
-            prefixes = tags[prefixes - 1].prefixes;
-        }
-        tags[i].prefixes = prefixes;
+    for (std::size_t i = 0; i != tags.size(); ++i) {
+        tags[i].prefixes = countToPrefix(tags, i, tags[i].bytes);
     }
     return tags;
 }
 
 /* Notes the tags that `text` begins with and that were not found before, and returns their number.
-   In sorted order nothing but longer tags that begin alike stands between such a tag and the place
-   of the whole text, so all of them are prefixes of the last tag in front of that place. */
+   Whatever a tag that was found begins with was found with it, or earlier. */
 std::size_t noteTags(const Containers::ArrayView<const Tag> tags,
                      const Containers::StringView text) {
     const Tag* const place = std::upper_bound(
         tags.begin(), tags.end(), text,
         [](const Containers::StringView whole, const Tag& tag) { return whole < tag.bytes; });
     std::size_t noted = 0;
-    std::size_t prefixes = place - tags.begin();
-    for (; prefixes != 0; prefixes = tags[prefixes - 1].prefixes) {
-        const Tag& tag = tags[prefixes - 1];
-        if (!text.hasPrefix(tag.bytes)) {
-            continue;
-        }
-        /* Whatever this tag begins with was found with it, or earlier. */
-        if (!tag.found->isEmpty()) {
-            break;
-        }
+    std::size_t count = countToPrefix(tags, place - tags.begin(), text);
+    for (; count != 0 && tags[count - 1].found->isEmpty(); count = tags[count - 1].prefixes) {
+        const Tag& tag = tags[count - 1];
         *tag.found = text.prefix(tag.bytes.size());
         ++noted;
     }
     return noted;
 }
 
-/* For each hash of a block of bytes, how far a window that ends with such a block can move before
-   it can stand at a tag's beginning: 0 where it may stand there already. The window is as long as
-   the shortest tag, so most of a text is never looked at (Wu and Manber, "A fast algorithm for
-   multi-pattern searching", 1994). */
-template <class Block>
-class SkipTable {
+/* A byte for each key of a set, which all keys of the same hash share. There are 64 to a key, so
+   few keys that are not in the set meet one that is, but no more than the 256 KB that a second
+   level cache holds. */
+class HashedBytes {
 public:
-    SkipTable(const Containers::ArrayView<const Tag> tags, const std::size_t window)
-        : _blockOffset{window - sizeof(Block)} {
-        std::size_t entries = 256;
-        const std::size_t blocks = (_blockOffset + 1) * tags.size();
-        for (; entries < 8 * blocks && _unusedBits > minimumUnusedBits; entries *= 2) {
-            --_unusedBits;
+    explicit HashedBytes(const std::size_t keys) {
+        std::size_t size = 256;
+        for (; size < 64 * keys && size < 256 * 1024; size *= 2) {
+            --unusedBits;
         }
-        _skips = Containers::Array<std::uint8_t>{Corrade::DirectInit, entries,
-                                                 static_cast<std::uint8_t>(_blockOffset + 1)};
-        for (const Tag& tag : tags) {
-            for (std::size_t i = 0; i <= _blockOffset; ++i) {
-                std::uint8_t& skip = _skips[hash(tag.bytes.data() + i)];
-                skip = std::min(skip, static_cast<std::uint8_t>(_blockOffset - i));
-            }
-        }
+        bytes = Containers::Array<std::uint8_t>{Corrade::ValueInit, size};
     }
 
-    std::size_t skip(const char* const window) const { return _skips[hash(window + _blockOffset)]; }
+    std::uint8_t& operator[](const std::uint32_t key) { return bytes[hash(key)]; }
+    std::uint8_t operator[](const std::uint32_t key) const { return bytes[hash(key)]; }
 
 private:
-    /* Tables of at most 256 KB, which a second level cache holds. */
-    static constexpr unsigned minimumUnusedBits = 14;
+    std::uint32_t hash(const std::uint32_t key) const { return (key * 0x9e3779b1u) >> unusedBits; }
 
-    std::size_t hash(const char* const bytes) const {
-        Block block;
-        std::memcpy(&block, bytes, sizeof(Block));
-        return static_cast<std::uint32_t>(block * 0x9e3779b1u) >> _unusedBits;
+    unsigned unusedBits = 24;
+    Containers::Array<std::uint8_t> bytes;
+};
+
+/* Tells by a few bytes where in a text a tag may begin. The text is taken in stretches of as many
+   places as the shortest tag has blocks, 8 at most, and only the block at the last place of each is
+   looked at: a tag that begins in the stretch has that block at one of its first offsets. */
+template <class Block>
+class TagFilter {
+public:
+    TagFilter(Containers::ArrayView<const Tag> tags, std::size_t shortest);
+
+    std::size_t stretch() const { return stretchSize; }
+
+    /* Bytes that a stretch has to have before its block can be looked at. */
+    std::size_t neededBytes() const { return stretchSize - 1 + sizeof(Block); }
+
+    /* The places at which a tag may begin in the stretch, one bit each. */
+    unsigned places(const char* const stretch) const {
+        return placesOfBlock[blockAt(stretch + stretchSize - 1)];
     }
 
-    std::size_t _blockOffset;
-    unsigned _unusedBits = 24;
-    Containers::Array<std::uint8_t> _skips;
+    /* Whether a tag may begin at such a place by the first and last of its blocks. */
+    bool mayBegin(const char* const place) const { return beginnings[beginningAt(place)] != 0; }
+
+private:
+    static std::uint32_t blockAt(const char* const bytes) {
+        Block block;
+        std::memcpy(&block, bytes, sizeof(Block));
+        return block;
+    }
+
+    std::uint32_t beginningAt(const char* const bytes) const {
+        return blockAt(bytes) + 0x85ebca6bu * blockAt(bytes + lastBlock);
+    }
+
+    std::size_t lastBlock;
+    std::size_t stretchSize;
+    HashedBytes placesOfBlock;
+    HashedBytes beginnings;
 };
 
 template <class Block>
-void scanSkipping(const Containers::StringView text, const Containers::ArrayView<const Tag> tags,
-                  const std::size_t window) {
-    const SkipTable<Block> table{tags, window};
-    std::size_t missing = tags.size();
-    for (std::size_t i = 0; missing != 0 && i + window <= text.size();) {
-        const std::size_t skip = table.skip(text.data() + i);
-        if (skip == 0) {
-            missing -= noteTags(tags, text.exceptPrefix(i));
+TagFilter<Block>::TagFilter(const Containers::ArrayView<const Tag> tags, const std::size_t shortest)
+    : lastBlock{shortest - sizeof(Block)},
+      stretchSize{std::min(lastBlock + 1, std::size_t{8})},
+      placesOfBlock{tags.size() * stretchSize},
+      beginnings{tags.size()} {
+    for (const Tag& tag : tags) {
+        const char* const bytes = tag.bytes.data();
+        for (std::size_t place = 0; place != stretchSize; ++place) {
+            placesOfBlock[blockAt(bytes + stretchSize - 1 - place)] |= 1u << place;
         }
-        i += std::max(skip, std::size_t{1});
+        beginnings[beginningAt(bytes)] = 1;
     }
 }
 
-/* The values that the tags have at one offset from their beginning, and how often these occur at
-   the beginning of the text. */
-struct TagBytes {
-    std::size_t offset;
-    ByteSet values;
-    std::size_t occurrences;
-};
-
-/* The offsets at which the tags have few values, ordered by how rare these are at the beginning of
-   the text. */
-Containers::Array<TagBytes> rareTagBytes(const Containers::StringView text,
-                                         const Containers::ArrayView<const Tag> tags,
-                                         const std::size_t window) {
-    constexpr std::size_t sampleSize = 1024;
-    std::size_t occurrences[256] = {};
-    for (const char c : text.prefix(std::min(text.size(), sampleSize))) {
-        ++occurrences[static_cast<unsigned char>(c)];
-    }
-    constexpr std::size_t maximumOffsets = 16;
-    Containers::Array<TagBytes> all;
-    for (std::size_t offset = 0; offset != std::min(window, maximumOffsets); ++offset) {
-        TagBytes bytes{offset, {}, 0};
-        if (!std::all_of(tags.begin(), tags.end(), [&bytes](const Tag& tag) {
-                return bytes.values.add(tag.bytes[bytes.offset]);
-            })) {
-            continue;
+template <class Block>
+void scan(const Containers::StringView text, const Containers::ArrayView<const Tag> tags,
+          const std::size_t shortest) {
+    const TagFilter<Block> filter{tags, shortest};
+    /* On its own so that the compiler keeps what it needs in registers. */
+    const auto next = [&filter, text](std::size_t i) {
+        while (i + filter.neededBytes() <= text.size() && filter.places(text.data() + i) == 0) {
+            i += filter.stretch();
         }
-        for (std::size_t i = 0; i != bytes.values.size(); ++i) {
-            bytes.occurrences += occurrences[static_cast<unsigned char>(bytes.values[i])];
-        }
-        arrayAppend(all, bytes);
-    }
-    std::stable_sort(all.begin(), all.end(), [](const TagBytes& a, const TagBytes& b) {
-        return a.occurrences < b.occurrences;
-    });
-    return all;
-}
-
-/* Goes from one place to the next at which any tag may stand by two of its bytes. */
-void scanFiltered(const Containers::StringView text, const Containers::ArrayView<const Tag> tags,
-                  const TagBytes& a, const TagBytes& b) {
-    const auto& [first, second] = a.offset < b.offset ? std::tie(a, b) : std::tie(b, a);
-    const BytePairFilter filter{text.exceptPrefix(first.offset), first.values, second.values,
-                                second.offset - first.offset};
+        return i;
+    };
     std::size_t missing = tags.size();
-    for (std::size_t i = filter.next(0); missing != 0 && i < text.size(); i = filter.next(i + 1)) {
-        missing -= noteTags(tags, text.exceptPrefix(i));
+    for (std::size_t i = next(0); missing != 0 && i + shortest <= text.size();
+         i = next(i + filter.stretch())) {
+        for (unsigned left = filter.places(text.data() + i); left != 0; left &= left - 1) {
+            const std::size_t place = i + __builtin_ctz(left);
+            if (place + shortest <= text.size() && filter.mayBegin(text.data() + place)) {
+                missing -= noteTags(tags, text.exceptPrefix(place));
+            }
+        }
     }
 }
 
@@ -185,26 +176,17 @@ void findFirstOccurrences(const Containers::StringView text,
     }
 
     const Containers::Array<Tag> tags = sortedTags(sought);
-    /* Skips are stored in a byte each. */
-    std::size_t window = 128;
-    for (const Tag& tag : tags) {
-        window = std::min(window, tag.bytes.size());
-    }
-    if (text.size() < window || tags.isEmpty()) {
+    if (tags.isEmpty()) {
         return;
     }
-    /* Most sets of tags have marks in common, and then comparing 16 places at once is fastest. */
-    if (BytePairFilter::isFast()) {
-        const Containers::Array<TagBytes> rare = rareTagBytes(text, tags, window);
-        if (!rare.isEmpty()) {
-            scanFiltered(text, tags, rare.front(), rare[rare.size() == 1 ? 0 : 1]);
-            return;
-        }
-    }
-    if (window >= 8) {
-        scanSkipping<std::uint32_t>(text, tags, window);
+    const std::size_t shortest =
+        std::min_element(tags.begin(), tags.end(), [](const Tag& a, const Tag& b) {
+            return a.bytes.size() < b.bytes.size();
+        })->bytes.size();
+    if (shortest >= 4) {
+        scan<std::uint32_t>(text, tags, shortest);
     } else {
-        scanSkipping<std::uint16_t>(text, tags, window);
+        scan<std::uint16_t>(text, tags, shortest);
     }
 }
 

@@ -22,6 +22,11 @@ struct SoughtTag {
  * Each is the one that a search for that tag alone finds: tags may overlap, begin alike and be
  * equal. What is noted is a view of @p text. A tag that does not occur, or has zero length, leaves
  * its empty `*found` as it is.
+ *
+ * Takes time in proportion to the text, and so much again for each tag of one byte. It does not
+ * where the text is full of what tags begin with: at each such place tags are compared for as long
+ * as they match, and tags that each begin with the one before, such as `aa` and `aaa`, may all be
+ * compared. In the worst case that is the text's size times that of the tags.
  */
 void findFirstOccurrences(Containers::StringView text,
                           Containers::ArrayView<const SoughtTag> sought);
