@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <locale>
 #include <random>
+#include <vector>
 
 #include "Support.h"
 #include "VespermoorEditor/Utils/String.h"
@@ -9,17 +10,12 @@ namespace VespermoorEngine::Test {
 namespace {
 
 using Utils::caseInsensitiveSearch;
-using namespace std::string_literals;
 
-constexpr std::uint64_t noMatch = -1;
-
-Containers::StringView view(const std::string& string) {
-    return {string.data(), string.size()};
-}
+constexpr std::uint64_t noMatch = ~std::uint64_t{0};
 
 TEST(CaseAndSearchTest, Case) {
     struct Row {
-        std::string name, kebap, bigCamel;
+        const char *name, *kebap, *bigCamel;
     };
     const Row rows[]{
         {"", "", ""},
@@ -38,6 +34,7 @@ TEST(CaseAndSearchTest, Case) {
         {"a  b", "a--b", "AB"},
         {"a -b", "a--b", "AB"},
         {" a", "-a", "A"},
+        {"-a", "-a", "A"},
         {"a ", "a-", "A"},
         {"foo_bar", "foo_bar", "FooBar"},
         {"Foo_Bar", "foo_-bar", "FooBar"},
@@ -49,89 +46,76 @@ TEST(CaseAndSearchTest, Case) {
         {"a1b", "a1b", "A1b"},
         {"a_1b", "a_1b", "A1b"},
         {"my-3d-model", "my-3d-model", "My3dModel"},
-        {"ÄbC", "Äb-c", "BC"},
-        {"AB\0cD"s, "a-b\0c-d"s, "ABCD"},
+        {"aÄbC", "aÄb-c", "ABC"},
     };
     for (const auto& [name, kebap, bigCamel] : rows) {
-        EXPECT_EQ(text(Utils::toKebapCase(view(name))), kebap);
-        EXPECT_EQ(text(Utils::toBigCamelCase(view(name))), bigCamel);
+        EXPECT_EQ(text(Utils::toKebapCase(name)), kebap);
+        EXPECT_EQ(text(Utils::toBigCamelCase(name)), bigCamel);
     }
 }
 
 TEST(CaseAndSearchTest, Search) {
     struct Row {
-        const char* name;
-        std::string text;
-        const char* substring;
+        Containers::StringView text, substring;
         std::uint64_t expected;
     };
     const Row rows[]{
-        {"at the end", "FooBAR", "bar", 3},
-        {"whole text", "FooBAR", "fOObar", 0},
-        {"first of two", "xBar bar", "BAR", 1},
-        {"overlapping start", "aaab", "AAB", 1},
-        {"no match", "FooBAR", "x", noMatch},
-        {"empty substring", "FooBAR", "", 0},
-        {"no data", "", nullptr, 0},
-        {"empty text", "", "x", noMatch},
-        {"longer than the text", "Foo", "FooB", noMatch},
-        {"end of a long text", std::string(5000, '.') + "Bar", "bAR", 5000},
+        {"FooBAR", "bar", 3},     {"FooBAR", "", 0},  {"Foo", {nullptr, 2}, 0},
+        {{nullptr, 1000}, "", 0}, {"", "x", noMatch}, {{nullptr, 1000}, "x", noMatch},
+        {"Foo", "FooB", noMatch},
     };
-    for (const auto& [name, text, substring, expected] : rows) {
-        EXPECT_EQ(caseInsensitiveSearch(view(text), substring), expected) << name;
+    for (const auto& [text, substring, expected] : rows) {
+        EXPECT_EQ(caseInsensitiveSearch(text, substring), expected);
     }
 }
 
 /* Turns bytes to upper case by a function, but ranges of bytes not at all. */
 class FunctionFacet : public std::ctype<char> {
 public:
-    explicit FunctionFacet(int (*const upperCase)(int)) : _upperCase{upperCase} {}
+    explicit FunctionFacet(int (*const upperCase)(int)) : upperCase{upperCase} {}
 
 protected:
     char do_toupper(const char c) const override {
-        return char(_upperCase(static_cast<unsigned char>(c)));
+        return char(upperCase(static_cast<unsigned char>(c)));
     }
     const char* do_toupper(char*, const char* const end) const override { return end; }
 
 private:
-    int (*_upperCase)(int);
+    int (*upperCase)(int);
 };
 
 TEST(CaseAndSearchTest, RandomSearchesEqualStandardSearch) {
-    struct Row {
-        const char* name;
-        int (*upperCase)(int);
+    using UpperCase = int (*)(int);
+    const UpperCase upperCases[]{
+        [](int c) { return c; },                   // no case
+        [](int c) { return c & 0x7f; },            // two of one upper case
+        [](int c) { return c % 86; },              // three
+        [](int c) { return c % 29 == 3 ? 3 : c; }, // one letter of nine
     };
-    const Row rows[]{
-        {"no case", [](int c) { return c; }},
-        {"letters", [](int c) { return c >= 'a' && c <= 'z' ? c - 32 : c; }},
-        {"pairs", [](int c) { return c & 0x7f; }},
-        {"three of one upper case", [](int c) { return c % 86; }},
-        {"one letter of nine", [](int c) { return c % 29 == 3 ? 3 : c; }},
-        {"letters of eight", [](int c) { return c & 0xc7; }},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const std::locale locale{std::locale::classic(), new FunctionFacet{row.upperCase}};
+    for (const UpperCase upperCase : upperCases) {
+        const std::locale locale{std::locale::classic(), new FunctionFacet{upperCase}};
         std::mt19937 random{1};
         int matches = 0;
         for (int round = 0; round != 2000; ++round) {
             /* Few values at times, so that much matches in part, and sizes on both sides of the one
                from which on a table is made. */
             const unsigned values = round % 2 ? 256 : 3;
-            std::string text(random() % (round % 5 ? 60 : 900), ' ');
+            std::vector<char> text(random() % (round % 5 ? 60 : 900));
             std::generate(text.begin(), text.end(), [&] { return char('a' + random() % values); });
-            std::string part = text.substr(random() % (text.size() + 1), 1 + random() % 20) + 'b';
-            part.resize(part.size() - random() % 2);
+            const std::size_t begin = random() % (text.size() + 1);
+            const std::size_t size = std::min<std::size_t>(random() % 20, text.size() - begin);
+            std::string part{text.data() + begin, size};
+            part += random() % 2 ? "b" : "";
             for (char& c : part) {
                 c = random() % 2 ? std::toupper(c, locale) : c;
             }
             const auto match = std::search(text.begin(), text.end(), part.begin(), part.end(),
                                            Utils::CaseInsensitiveStringEqual{locale});
-            const std::uint64_t expected =
-                match == text.end() && !part.empty() ? noMatch : match - text.begin();
-            ASSERT_EQ(caseInsensitiveSearch(view(text), view(part), locale), expected) << round;
-            matches += expected != noMatch;
+            const bool isMatch = match != text.end() || part.empty();
+            ASSERT_EQ(caseInsensitiveSearch({text.data(), text.size()}, view(part), locale),
+                      isMatch ? match - text.begin() : noMatch)
+                << round;
+            matches += isMatch;
         }
         EXPECT_GT(matches, 500);
         EXPECT_LT(matches, 1900);
@@ -139,13 +123,11 @@ TEST(CaseAndSearchTest, RandomSearchesEqualStandardSearch) {
 }
 
 TEST(CaseAndSearchTest, SearchFollowsTheGlobalLocaleOfTheMoment) {
-    const std::string text = std::string(1000, '.') + "b";
-    EXPECT_EQ(caseInsensitiveSearch(view(text), "c"), noMatch);
+    EXPECT_EQ(caseInsensitiveSearch("ab", "c"), noMatch);
     const std::locale before = std::locale::global(
         {std::locale::classic(), new FunctionFacet{[](int c) { return c & 0xfe; }}});
-    EXPECT_EQ(caseInsensitiveSearch(view(text), "c"), 1000);
+    EXPECT_EQ(caseInsensitiveSearch("ab", "c"), 1);
     std::locale::global(before);
-    EXPECT_EQ(caseInsensitiveSearch(view(text), "c"), noMatch);
 }
 
 } // namespace

@@ -23,8 +23,8 @@ public:
     /** @brief Number of values. */
     std::size_t size() const { return count; }
 
-    /** @brief Value @p i, in the order in which they were added. */
-    char operator[](const std::size_t i) const { return blocks[i][0]; }
+    /** @brief Whether @p value was added. */
+    bool contains(char value) const;
 
     /** @brief Value @p i repeated 16 times; behind the last one the last one again. */
     const char* repeated(const std::size_t i) const { return blocks[i]; }
@@ -38,31 +38,29 @@ private:
  * @brief Finds the places of a text at which a search is worth its while.
  *
  * Those are the places where a byte of one set stands, and a byte of another set at a fixed
- * distance behind it. Neither set is empty. The text is not owned.
+ * distance behind it. The text is not owned.
  */
 class BytePairFilter {
 public:
-    /** @brief Whether the processor compares several bytes at once, so that filtering pays. */
-    static bool isFast();
-
+    /** @brief Filter for @p text by two sets, each of which has a value at least. */
     explicit BytePairFilter(Containers::StringView text, const ByteSet& first,
                             const ByteSet& second, std::size_t distance);
 
-    /**
-     * @brief First such place from @p i on.
-     *
-     * Near the end of the text, and everywhere where filtering is not fast, it is @p i itself,
-     * whatever stands there; so every place that is returned is still to be compared in full.
-     */
+    /** @brief Number of places in the text that have another one at the distance behind them. */
+    std::size_t places() const { return placeCount; }
+
+    /** @brief First place from @p i on that has such bytes; @ref places() where none has. */
     std::size_t next(std::size_t i) const;
 
 private:
+    /* The same among blocks of 16 bytes, which the processor compares at once; behind the last of
+       them, or where it cannot, the place from which on single bytes are to be compared. */
     template <std::size_t values>
-    std::size_t nextOf(std::size_t i) const;
+    std::size_t nextInBlocks(std::size_t i) const;
 
     const char* text;
     std::size_t distance;
-    std::size_t places;
+    std::size_t placeCount;
     ByteSet first;
     ByteSet second;
 };

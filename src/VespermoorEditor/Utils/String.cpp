@@ -6,6 +6,7 @@
 
 #include <Corrade/Containers/Array.h>
 #include <Corrade/Containers/GrowableArray.h>
+#include <Corrade/Containers/Optional.h>
 #include <Corrade/Utility/Format.h>
 #include <Corrade/Utility/String.h>
 
@@ -196,68 +197,57 @@ class UpperCase {
 public:
     explicit UpperCase(const Facet& facet) {
         for (unsigned value = 0; value != 256; ++value) {
-            _table[value] = facet.toupper(static_cast<char>(value));
+            table[value] = facet.toupper(static_cast<char>(value));
         }
     }
 
-    char operator()(const char c) const { return _table[static_cast<unsigned char>(c)]; }
+    char operator()(const char c) const { return table[static_cast<unsigned char>(c)]; }
 
 private:
-    char _table[256];
+    char table[256];
 };
 
-/* Adds the byte values with the same upper case as a letter, and returns whether all of them fit.
-   In the locales of the C library they are two, or three as for the Greek sigma; a facet of the
-   user's may have more. */
-bool addLetter(ByteSet& set, const UpperCase& upperCase, const char letter) {
-    bool fits = true;
+/* The byte values with the same upper case as a letter, unless these are too many. The C library's
+   locales have two, or three as for the Greek sigma, but a facet of the user's may have more. */
+Containers::Optional<ByteSet> sameLetters(const UpperCase& upperCase, const char letter) {
+    ByteSet set;
     for (unsigned value = 0; value != 256; ++value) {
         const char c = static_cast<char>(value);
-        if (upperCase(c) == upperCase(letter)) {
-            fits = set.add(c) && fits;
+        if (upperCase(c) == upperCase(letter) && !set.add(c)) {
+            return {};
         }
     }
-    return fits;
+    return set;
+}
+
+/* The facet is looked up once and not at every comparison, which costs ten times the comparison. */
+std::uint64_t searchEveryPlace(const Containers::StringView text,
+                               const Containers::StringView substring, const Facet& facet) {
+    const char* const match = std::search(
+        text.begin(), text.end(), substring.begin(), substring.end(),
+        [&facet](const char a, const char b) { return facet.toupper(a) == facet.toupper(b); });
+    return match == text.end() ? noMatch : match - text.begin();
 }
 
 std::uint64_t searchLongText(const Containers::StringView text,
                              const Containers::StringView substring, const std::locale& locale) {
-    const UpperCase upperCase{std::use_facet<Facet>(locale)};
-    const auto sameUpperCase = [&upperCase](const char a, const char b) {
-        return upperCase(a) == upperCase(b);
-    };
+    const Facet& facet = std::use_facet<Facet>(locale);
+    const UpperCase upperCase{facet};
+    const Containers::Optional<ByteSet> first = sameLetters(upperCase, substring.front());
+    const Containers::Optional<ByteSet> last = sameLetters(upperCase, substring.back());
+    if (!first || !last) {
+        return searchEveryPlace(text, substring, facet);
+    }
     const auto matches = [&](const char* const candidate) {
-        return std::equal(substring.begin(), substring.end(), candidate, sameUpperCase) &&
+        return std::equal(
+                   substring.begin(), substring.end(), candidate,
+                   [&](const char a, const char b) { return upperCase(a) == upperCase(b); }) &&
                std::equal(substring.begin(), substring.end(), candidate,
                           CaseInsensitiveStringEqual{locale});
     };
-
-    ByteSet first;
-    ByteSet last;
-    const bool canFilter = addLetter(first, upperCase, substring.front()) &&
-                           addLetter(last, upperCase, substring.back());
-    const BytePairFilter filter{text, first, last, substring.size() - 1};
-    const auto candidate = [&](const std::size_t i) { return canFilter ? filter.next(i) : i; };
-    const std::size_t places = text.size() - substring.size() + 1;
-    for (std::size_t i = candidate(0); i < places; i = candidate(i + 1)) {
+    const BytePairFilter filter{text, *first, *last, substring.size() - 1};
+    for (std::size_t i = filter.next(0); i != filter.places(); i = filter.next(i + 1)) {
         if (matches(text.data() + i)) {
-            return i;
-        }
-    }
-    return noMatch;
-}
-
-/* The facet is looked up once and not at every comparison, which costs ten times the comparison. */
-std::uint64_t searchShortText(const Containers::StringView text,
-                              const Containers::StringView substring, const std::locale& locale) {
-    const Facet& facet = std::use_facet<Facet>(locale);
-    const char first = facet.toupper(substring.front());
-    const std::size_t places = text.size() - substring.size() + 1;
-    for (std::size_t i = 0; i != places; ++i) {
-        const char* const candidate = text.data() + i;
-        if (facet.toupper(*candidate) == first &&
-            std::equal(substring.begin() + 1, substring.end(), candidate + 1,
-                       [&facet](char a, char b) { return facet.toupper(a) == facet.toupper(b); })) {
             return i;
         }
     }
@@ -272,13 +262,13 @@ constexpr std::size_t longText = 384;
 std::uint64_t caseInsensitiveSearch(const Containers::StringView text,
                                     const Containers::StringView substring,
                                     const std::locale& locale) {
-    if (substring.isEmpty()) {
+    if (!substring.data() || substring.isEmpty()) {
         return 0;
     }
-    if (text.size() < substring.size()) {
+    if (!text.data() || text.size() < substring.size()) {
         return noMatch;
     }
-    return text.size() < longText ? searchShortText(text, substring, locale)
+    return text.size() < longText ? searchEveryPlace(text, substring, std::use_facet<Facet>(locale))
                                   : searchLongText(text, substring, locale);
 }
 

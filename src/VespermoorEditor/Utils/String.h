@@ -50,8 +50,9 @@ replaceTagContent(Containers::StringView text,
 /**
  * @brief Lower-case form of @p name with hyphens between its words.
  *
- * A word begins at a capital behind anything but a capital, a space or a hyphen, and at the last
- * capital of a run, as in `parse-xml` and `xml-parser`. Spaces become hyphens, and hyphens that
+ * A word begins at a capital behind anything but a capital, a space or a hyphen, as in `parse-xml`,
+ * and at the last capital of a run with anything but a space or a hyphen behind it, as in
+ * `xml-parser`. Spaces become hyphens, and hyphens that
  * follow one another in @p name become one. All other bytes stay. What counts as a capital is
  * decided by `std::isupper()`, and only those of ASCII become lower case.
  */
@@ -80,7 +81,11 @@ struct CaseInsensitiveStringEqual {
  * @brief Offset in bytes of the first match of @p substring in @p text, whatever the case.
  *
  * Bytes match by @ref CaseInsensitiveStringEqual with @p locale. An empty @p substring matches at
- * offset 0 of any text. All bits of the result are set where nothing matches.
+ * offset 0 of any text, and one with null data is empty, whatever its size. All bits of the result
+ * are set where nothing matches.
+ *
+ * For a long text the facet of @p locale is asked about all 256 byte values, those that occur
+ * nowhere included. What it throws goes to the caller.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT std::uint64_t caseInsensitiveSearch(Containers::StringView text,
                                                                    Containers::StringView substring,
