@@ -78,23 +78,24 @@ void writeArray(JsonObject& object, const Elements& elements) {
     }
 }
 
-/* The writable value, made a copy of the readable one where the two differ. */
-rapidjson::Value& updatedValue(JsonObject& object) {
+/* The writable value as an array: a copy of the readable one where the two differ, and empty where
+   that is no array. */
+rapidjson::Value& updatedArray(JsonObject& object) {
     const rapidjson::Value& readable = object.value();
     rapidjson::Value& writable = object.mutableValue();
     if (&readable != &writable) {
         writable = rapidjson::Value{readable, object.allocator()};
     }
+    if (!writable.IsArray()) {
+        writable.SetArray();
+    }
     return writable;
 }
 
-/* The copy of the string is made first: the string may be what the value holds so far. */
-void appendString(JsonObject& object, rapidjson::Value& json, const Containers::StringView string) {
+void appendString(JsonObject& object, rapidjson::Value& array,
+                  const Containers::StringView string) {
     rapidjson::Value element = toJson(string, object.allocator());
-    if (!json.IsArray()) {
-        json.SetArray();
-    }
-    json.PushBack(element, object.allocator());
+    array.PushBack(element, object.allocator());
 }
 
 bool hasString(const rapidjson::Value& array, const Containers::StringView string) {
@@ -312,13 +313,13 @@ void JsonObject::setQuaternion(const Magnum::Math::Quaternion<float>& quaternion
 }
 
 void JsonObject::pushBackString(const Containers::StringView string) {
-    appendString(*this, updatedValue(*this), string);
+    appendString(*this, updatedArray(*this), string);
 }
 
 void JsonObject::pushBackStringUnique(const Containers::StringView string) {
-    rapidjson::Value& json = updatedValue(*this);
-    if (!json.IsArray() || !hasString(json, string)) {
-        appendString(*this, json, string);
+    rapidjson::Value& array = updatedArray(*this);
+    if (!hasString(array, string)) {
+        appendString(*this, array, string);
     }
 }
 

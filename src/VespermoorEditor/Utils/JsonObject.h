@@ -191,6 +191,8 @@ public:
      *
      * Overwrites @ref mutableValue(), whatever it held, with an array whose memory is allocated
      * once, at exactly the size of the input. Nothing in the input is an empty array, not null.
+     * Where the old value is a string, the new strings must not be views of it, since it is
+     * overwritten first. Views of an old array's elements may be stored.
      *
      * @{ */
 
@@ -223,7 +225,7 @@ public:
      *
      * Where @ref value() and @ref mutableValue() are different values, the appending operations
      * first make the latter a deep copy of the former, and what is no array then becomes an empty
-     * one.
+     * one. The string to append must not be a view of an old value that is overwritten so.
      *
      * @{ */
 
