@@ -38,7 +38,7 @@ public:
     void appendInto(Containers::StringView text);
 
     /**
-     * @brief Appends @p text, which may not lie in the writer's own buffer.
+     * @brief Appends @p text, which must not lie in the writer's own buffer.
      *
      * Where the room does not suffice, the capacity becomes what the text needs, and at least half
      * as large again as it was, computed in single precision.
