@@ -46,8 +46,8 @@ bool search(const std::string& path, const Options& options) {
         const Containers::StringView newline = text.prefix(begin).findLast('\n');
         const char* const lineBegin = newline.data() ? newline.end() : text.begin();
         const char* const lineEnd = std::find(begin, text.end(), '\n');
-        print(Corrade::Utility::format("{}:{}:{}: {}\n", Containers::StringView{path}, counted, line,
-                                       text.slice(lineBegin, lineEnd)));
+        print(Corrade::Utility::format("{}:{}:{}: {}\n", Containers::StringView{path}, counted,
+                                       line, text.slice(lineBegin, lineEnd)));
         if (!options.all) {
             break;
         }
