@@ -24,6 +24,7 @@ TEST(TagContentTest, Replace) {
         {"", {a, b}, ""},
         {"[b]old[/b]", {a, b}, "[b]2[/b]"},
         {"[a][/a][b][/b]", {a, b}, "[a]1[/a][b]2[/b]"},
+        {"<x[>]y|", {{"<", "[>", "1"}, {">]", "|", "2"}}, "<1[>]2|"},
         {"[/b]", {a, b}, "missing tag '[b]'", false},
         {"[a][/b]", {a, b}, "missing tag '[/a]'", false},
         {"[a][b][/a]", {a, b}, "missing tag '[/b]'", false},
