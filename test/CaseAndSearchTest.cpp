@@ -87,10 +87,10 @@ private:
 TEST(CaseAndSearchTest, RandomSearchesEqualStandardSearch) {
     using UpperCase = int (*)(int);
     const UpperCase upperCases[]{
-        [](int c) { return c; },                   // no case
-        [](int c) { return c & 0x7f; },            // two of one upper case
-        [](int c) { return c % 86; },              // three
-        [](int c) { return c % 29 == 3 ? 3 : c; }, // one letter of nine
+        [](int c) { return c; },                                 // no case
+        [](int c) { return c >= 'a' && c <= 'z' ? c - 32 : c; }, // ASCII
+        [](int c) { return c % 86; },                            // three of one upper case
+        [](int c) { return c % 29 == 3 ? 3 : c; },               // one letter of nine
     };
     for (const UpperCase upperCase : upperCases) {
         const std::locale locale{std::locale::classic(), new FunctionFacet{upperCase}};

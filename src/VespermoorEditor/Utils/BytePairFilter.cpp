@@ -9,14 +9,11 @@
 
 namespace VespermoorEngine::Utils {
 
-bool ByteSet::contains(const char value) const {
-    return std::any_of(blocks, blocks + count,
-                       [value](const char* const repeated) { return repeated[0] == value; });
-}
-
 bool ByteSet::add(const char value) {
-    if (contains(value)) {
-        return true;
+    for (std::size_t i = 0; i != count; ++i) {
+        if (blocks[i][0] == value) {
+            return true;
+        }
     }
     if (count == capacity) {
         return false;
@@ -52,7 +49,7 @@ __m128i findAny(const ByteSet& set, const char* const bytes) {
 } // namespace
 
 template <std::size_t values>
-std::size_t BytePairFilter::nextInBlocks(std::size_t i) const {
+std::size_t BytePairFilter::nextOf(std::size_t i) const {
     for (; i + sizeof(__m128i) <= placeCount; i += sizeof(__m128i)) {
         const char* const bytes = text + i;
         const int found = _mm_movemask_epi8(_mm_and_si128(
@@ -63,22 +60,15 @@ std::size_t BytePairFilter::nextInBlocks(std::size_t i) const {
     }
     return i;
 }
+
+std::size_t BytePairFilter::next(const std::size_t i) const {
+    const std::size_t values = std::max(first.size(), second.size());
+    return values <= 1 ? nextOf<1>(i) : values <= 2 ? nextOf<2>(i) : nextOf<ByteSet::capacity>(i);
+}
 #else
-template <std::size_t>
-std::size_t BytePairFilter::nextInBlocks(const std::size_t i) const {
+std::size_t BytePairFilter::next(const std::size_t i) const {
     return i;
 }
 #endif
-
-std::size_t BytePairFilter::next(std::size_t i) const {
-    const std::size_t values = std::max(first.size(), second.size());
-    i = values <= 1   ? nextInBlocks<1>(i)
-        : values <= 2 ? nextInBlocks<2>(i)
-                      : nextInBlocks<ByteSet::capacity>(i);
-    while (i < placeCount && !(first.contains(text[i]) && second.contains(text[i + distance]))) {
-        ++i;
-    }
-    return i;
-}
 
 } // namespace VespermoorEngine::Utils

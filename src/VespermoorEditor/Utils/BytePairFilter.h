@@ -23,9 +23,6 @@ public:
     /** @brief Number of values. */
     std::size_t size() const { return count; }
 
-    /** @brief Whether @p value was added. */
-    bool contains(char value) const;
-
     /** @brief Value @p i repeated 16 times; behind the last one the last one again. */
     const char* repeated(const std::size_t i) const { return blocks[i]; }
 
@@ -49,14 +46,18 @@ public:
     /** @brief Number of places in the text that have another one at the distance behind them. */
     std::size_t places() const { return placeCount; }
 
-    /** @brief First place from @p i on that has such bytes; @ref places() where none has. */
+    /**
+     * @brief First place from @p i on that may be one; @ref places() where none is left.
+     *
+     * Bytes are compared 16 at a time. Where fewer are left, and where the processor cannot do
+     * that, it is the next place whatever stands there, so every place is still to be compared in
+     * full.
+     */
     std::size_t next(std::size_t i) const;
 
 private:
-    /* The same among blocks of 16 bytes, which the processor compares at once; behind the last of
-       them, or where it cannot, the place from which on single bytes are to be compared. */
     template <std::size_t values>
-    std::size_t nextInBlocks(std::size_t i) const;
+    std::size_t nextOf(std::size_t i) const;
 
     const char* text;
     std::size_t distance;
