@@ -71,8 +71,9 @@ std::size_t noteTags(const Containers::ArrayView<const Tag> tags,
 class HashedBytes {
 public:
     explicit HashedBytes(const std::size_t keys) {
+        constexpr std::size_t largest = 1 << 18;
         std::size_t size = 256;
-        for (; size < 64 * keys && size < 256 * 1024; size *= 2) {
+        for (; size < 64 * keys && size < largest; size *= 2) {
             --unusedBits;
         }
         bytes = Containers::Array<std::uint8_t>{Corrade::ValueInit, size};
