@@ -44,6 +44,19 @@ private:
     void setInteger(T value);
 };
 
+/* No more than the real one takes: neither the strings of the standard library, nor what converts
+   to a view, nor characters that are not bytes, nor scoped enumerations. */
+template <class T, class... Others>
+constexpr bool isOneOf = (std::is_same_v<T, Others> || ...);
+template <class T>
+constexpr bool isText = isOneOf<std::decay_t<T>, const char*, char*, Containers::StringView,
+                                Containers::MutableStringView, Containers::String>;
+template <class T>
+constexpr bool isEnumeration =
+    std::conjunction_v<std::is_enum<T>, std::is_convertible<T, long long>>;
+template <class T>
+constexpr bool isInteger = std::is_integral_v<T> && !isOneOf<T, wchar_t, char16_t, char32_t>;
+
 template <class T>
 void FormatArgument::setInteger(T value) {
     using Integer = std::conditional_t<sizeof(T) < sizeof(int), int, T>;
@@ -54,9 +67,9 @@ void FormatArgument::setInteger(T value) {
 
 template <class T>
 FormatArgument::FormatArgument(const T& value) {
-    if constexpr (std::is_enum_v<T>) {
+    if constexpr (isEnumeration<T>) {
         setInteger(static_cast<std::underlying_type_t<T>>(value));
-    } else if constexpr (std::is_integral_v<T>) {
+    } else if constexpr (isInteger<T>) {
         isBool = std::is_same_v<T, bool>;
         setInteger(value);
     } else if constexpr (std::is_floating_point_v<T>) {
@@ -67,6 +80,7 @@ FormatArgument::FormatArgument(const T& value) {
         else
             doubleValue = double(value);
     } else {
+        static_assert(isText<T>, "no argument of this type can be formatted");
         const Containers::StringView view = value;
         kind = Kind::Text;
         text = {view.data(), view.size()};
