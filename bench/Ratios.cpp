@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <map>
+#include <optional>
 
 #include <benchmark/benchmark.h>
 #include <sys/resource.h>
@@ -61,6 +62,7 @@ public:
 
 private:
     void add(const Run& run);
+    std::optional<double> valueOf(const Ratio& ratio) const;
 
     std::vector<std::string> order;
     std::map<std::string, Result> results;
@@ -81,6 +83,22 @@ void LeastTimes::add(const Run& run) {
     for (const auto& [counter, value] : run.counters) {
         found->second.counters[counter] = value;
     }
+}
+
+/* Nothing where a benchmark did not run to its end. */
+std::optional<double> LeastTimes::valueOf(const Ratio& ratio) const {
+    const auto measured = results.find(ratio.measured);
+    if (measured == results.end()) {
+        return std::nullopt;
+    }
+    if (!ratio.counter.empty()) {
+        return measured->second.counters.at(ratio.counter);
+    }
+    const auto reference = results.find(ratio.reference);
+    if (reference == results.end()) {
+        return std::nullopt;
+    }
+    return measured->second.seconds / reference->second.seconds;
 }
 
 std::string readable(const double seconds) {
@@ -105,15 +123,13 @@ void LeastTimes::print(const std::vector<Ratio>& ratios) const {
         std::printf("\n");
     }
     for (const Ratio& ratio : ratios) {
-        const auto measured = results.find(ratio.measured);
-        const auto reference = results.find(ratio.reference);
-        if (measured == results.end() || reference == results.end()) {
+        const std::optional<double> value = valueOf(ratio);
+        if (!value) {
             continue;
         }
-        const double value = measured->second.seconds / reference->second.seconds;
-        std::printf("ratio  %-66s %7.3f", ratio.name.data(), value);
+        std::printf("ratio  %-66s %7.3f", ratio.name.data(), *value);
         if (ratio.goal > 0.0) {
-            std::printf("  goal at most %.3g%s", ratio.goal, value > ratio.goal ? "  MISSED" : "");
+            std::printf("  goal at most %.3g%s", ratio.goal, *value > ratio.goal ? "  MISSED" : "");
         }
         std::printf("\n");
     }

@@ -8,13 +8,15 @@
 /** @brief What the benchmarks share: a run with a summary of ratios, and counts of memory. */
 namespace VespermoorEngine::Bench {
 
-/** @brief How long the benchmark @ref measured takes in terms of @ref reference. */
+/** @brief How long the benchmark @ref measured takes in terms of @ref reference, or a counter. */
 struct Ratio {
     std::string name;
     std::string measured;
     std::string reference;
     /** @brief Largest ratio that we are content with; 0 where the ratio is only of interest. */
     double goal = 0.0;
+    /** @brief Counter of @ref measured that is the ratio itself; there is no reference then. */
+    std::string counter = {};
 };
 
 /**
