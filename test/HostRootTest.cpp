@@ -50,5 +50,14 @@ TEST_F(HostRootTest, FindsTheInstalledOneAndThenTheOneOfTheSources) {
               executables + "data root: " + directory / "elsewhere" + "\nexit 0\n");
 }
 
+TEST_F(HostRootTest, SearchesAboveARelativeDirectoryAndTakesAnEmptyOneForTheCurrent) {
+    fs::create_directories(directory / "elsewhere/shaders");
+    const ScopedCurrentDirectory current{directory / "elsewhere"};
+    for (const char* const start : {"bin/", "''"}) {
+        EXPECT_EQ(root(start),
+                  executables + "data root: " + directory / "elsewhere" + "\nexit 0\n");
+    }
+}
+
 } // namespace
 } // namespace VespermoorEngine::Test
