@@ -14,7 +14,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
 #include <spawn.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -42,19 +41,28 @@ inline std::string environment(const char* name) {
     return value ? value : "";
 }
 
-inline bool isDirectory(const std::string& path) {
+inline mode_t modeOf(const std::string& path) {
     struct stat status;
-    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+    return stat(path.c_str(), &status) == 0 ? status.st_mode : 0;
 }
 
-/* The full path of a program, or nothing where PATH has none of that name. */
+/* What is searched where PATH is not set. */
+inline std::string standardPath() {
+    std::string path(confstr(_CS_PATH, nullptr, 0), '\0');
+    confstr(_CS_PATH, path.data(), path.size());
+    path.pop_back();
+    return path;
+}
+
+/* The path of a program, or nothing where PATH has none of that name. An empty element of PATH, at
+   its end too, is the current directory, but an empty PATH has no elements. */
 inline std::string findProgram(const std::string& name) {
-    const std::string path = environment("PATH");
-    for (std::size_t begin = 0, end; begin < path.size(); begin = end + 1) {
+    const std::string path = std::getenv("PATH") ? environment("PATH") : standardPath();
+    for (std::size_t begin = 0, end; !path.empty() && begin <= path.size(); begin = end + 1) {
         end = std::min(path.find(':', begin), path.size());
         std::string program = begin == end ? "." : path.substr(begin, end - begin);
         program.append("/").append(name);
-        if (access(program.c_str(), X_OK) == 0 && !isDirectory(program))
+        if (S_ISREG(modeOf(program)) && access(program.c_str(), X_OK) == 0)
             return program;
     }
     return {};
@@ -65,8 +73,6 @@ enum class HelperKind { Zenity, Kdialog };
 struct Helper {
     std::string program;
     HelperKind kind = HelperKind::Zenity;
-
-    bool isFound() const { return !program.empty(); }
 };
 
 /* The first one of an order that puts GTK's dialogs before KDE's, except on a KDE desktop, where
@@ -85,13 +91,26 @@ inline Helper findHelper() {
     return {kdialog, HelperKind::Kdialog};
 }
 
+/* Starts a program, and leaves to the shell a script that does not say what runs it. 0 on failure.
+ */
+inline pid_t spawn(std::vector<char*> argv, const posix_spawn_file_actions_t& actions) {
+    static char shell[] = "/bin/sh";
+    pid_t process;
+    int error = posix_spawn(&process, argv[0], &actions, nullptr, argv.data(), environ);
+    if (error == ENOEXEC) {
+        argv.insert(argv.begin(), shell);
+        error = posix_spawn(&process, shell, &actions, nullptr, argv.data(), environ);
+    }
+    return error ? 0 : process;
+}
+
 /* A program under way, of which the standard output is gathered. */
 class Process {
 public:
     Process() = default;
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
-    ~Process() { wait(); }
+    ~Process() { output(); }
 
     /* Hands over the arguments as they are, no shell in between. What the program complains about
        goes nowhere: toolkits are talkative. On failure nothing runs and the output is empty. */
@@ -110,52 +129,28 @@ public:
         posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
         posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
         posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-        if (posix_spawn(&_pid, program.c_str(), &actions, nullptr, argv.data(), environ) != 0)
-            _pid = 0;
+        _pid = spawn(std::move(argv), actions);
         posix_spawn_file_actions_destroy(&actions);
         close(ends[1]);
         _pipe = ends[0];
-        if (isRunning())
+        if (_pid)
             _exited = int(syscall(SYS_pidfd_open, _pid, 0));
         else
             closeDescriptor(_pipe);
     }
 
-    bool isRunning() const { return _pid != 0; }
-
-    /* Waits for so many milliseconds, or without end if negative. It is the end of the program that
-       counts, since a daemon started by it may hold its output open; where the system cannot tell
-       of that end, it is the end of the output. */
-    bool ready(int timeout) {
-        if (!isRunning())
-            return true;
-        pollfd events[]{{_pipe, POLLIN, 0}, {_exited, POLLIN, 0}};
-        if (poll(events, 2, timeout) == -1)
-            return false;
-        readAvailable();
-        if (_exited != -1 ? !events[1].revents : _pipe != -1)
-            return false;
-        while (waitpid(_pid, nullptr, 0) == -1 && errno == EINTR)
-            continue;
-        _pid = 0;
-        closeDescriptor(_pipe);
-        closeDescriptor(_exited);
-        return true;
-    }
-
-    void wait() {
-        while (!ready(-1))
-            continue;
-    }
-
-    void kill() {
-        if (isRunning())
-            ::kill(_pid, SIGKILL);
-        wait();
-    }
-
+    /* All that the program prints, once it has ended. It is its own end that counts, since a daemon
+       started by it may hold the output open; where the system cannot tell of that end, it is the
+       end of the output. */
     const std::string& output() {
-        wait();
+        while (_pid) {
+            pollfd events[]{{_pipe, POLLIN, 0}, {_exited, POLLIN, 0}};
+            if (poll(events, 2, -1) == -1)
+                continue;
+            readAvailable();
+            if (_exited != -1 ? events[1].revents != 0 : _pipe == -1)
+                reap();
+        }
         return _output;
     }
 
@@ -176,6 +171,14 @@ private:
         }
     }
 
+    void reap() {
+        while (waitpid(_pid, nullptr, 0) == -1 && errno == EINTR)
+            continue;
+        _pid = 0;
+        closeDescriptor(_pipe);
+        closeDescriptor(_exited);
+    }
+
     pid_t _pid = 0;
     int _pipe = -1;
     int _exited = -1;
@@ -185,23 +188,13 @@ private:
 using Arguments = std::vector<std::string>;
 
 class dialog {
-public:
-    /** Whether the dialog has closed, after waiting for it for so many milliseconds. */
-    bool ready(int timeout = 20) { return _process.ready(timeout); }
-
-    /** Closes the dialog with nothing chosen. */
-    bool kill() {
-        _process.kill();
-        return true;
-    }
-
 protected:
     dialog() : _helper{findHelper()} {}
 
     const Helper& helper() const { return _helper; }
 
     void show(Arguments arguments) {
-        if (_helper.isFound())
+        if (!_helper.program.empty())
             _process.start(_helper.program, std::move(arguments));
     }
 
@@ -248,7 +241,7 @@ private:
                                      const Filters& filters, opt options) {
         /* Without the slash zenity opens the directory above. */
         const bool needsSlash =
-            type != Type::Folder && !path.empty() && path.back() != '/' && isDirectory(path);
+            type != Type::Folder && !path.empty() && path.back() != '/' && S_ISDIR(modeOf(path));
         Arguments arguments{"--file-selection", "--filename=" + path + (needsSlash ? "/" : ""),
                             "--title=" + title, "--separator=\n"};
         for (std::size_t i = 0; i + 1 < filters.size(); i += 2)
@@ -285,15 +278,6 @@ private:
 };
 
 } // namespace internal
-
-class settings {
-public:
-    /** Whether there is a program to show dialogs with. */
-    static bool available() { return internal::findHelper().isFound(); }
-
-    /** Nothing to do: the program is looked up for each dialog. */
-    static void rescan() {}
-};
 
 /** Shows a notification; the object waits at its end for the helper to be through. */
 class notify : public internal::dialog {

@@ -2,6 +2,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <optional>
 #include <regex>
 #include <string>
@@ -14,6 +15,7 @@
 #include <gmock/gmock.h>
 
 #include "Processes.h"
+#include "Recorder.h"
 #include "Support.h"
 #include "VespermoorEditor/Utils/System.h"
 
@@ -44,105 +46,88 @@ std::string openFolder(const std::string& title, const std::string& path) {
     return text(openFolderDialog(view(title), view(path)));
 }
 
+/* Has a stub in the place of zenity that records its arguments and answers. */
+class WithStub : public testing::Test {
+protected:
+    /* What `show` returns for that answer. */
+    std::string result(const std::string& answer, const std::function<std::string()>& show) const {
+        writeFile(directory / "answer", answer);
+        writeRecorder(directory / "bin/zenity", directory / "record",
+                      "cat '" + directory / "answer" + "'");
+        ChildProcess dialog{show};
+        return dialog.result(1min).value_or("the dialog goes on");
+    }
+
+    const TemporaryDirectory directory;
+    const ScopedVariable path{"PATH", directory / "bin:" + std::getenv("PATH")};
+    const ScopedVariable desktop{"XDG_SESSION_DESKTOP", "gnome"};
+    const ScopedCurrentDirectory current{directory.path()};
+};
+
+const std::string oddTitle = "--\"it's\" $HOME\n`x`";
+
 struct HandOverRow {
     const char* name;
     std::string (*show)(const std::string& directory);
     const char* answer;
     const char* result;
-    const char* arguments;
+    const char* start;
+    /* What comes behind the options that every dialog has. */
+    const char* options;
 };
 
-class HandOver : public testing::TestWithParam<HandOverRow> {};
+class HandOver : public WithStub, public testing::WithParamInterface<HandOverRow> {};
 
-/* A stub in the place of zenity records its arguments, each on lines of its own, and answers. `D`
-   stands for the directory of the test. */
+/* `D` stands for the directory of the test, and each option is in brackets. */
 TEST_P(HandOver, ToTheHelper) {
     const HandOverRow& row = GetParam();
-    const TemporaryDirectory directory;
-    const std::regex name{directory.path()};
     writeFile(directory / "file.txt", "");
-    writeFile(directory / "answer", row.answer);
-    writeScript(directory / "bin/zenity", "printf '%s\\n' \"$@\" > '" + directory / "record" +
-                                              "'; cat '" + directory / "answer" + "'");
-    const ScopedVariable path{"PATH", directory / "bin:" + std::getenv("PATH")};
-    const ScopedVariable desktop{"XDG_SESSION_DESKTOP", "gnome"};
-    const ScopedCurrentDirectory current{directory.path()};
-
-    ChildProcess dialog{[&] { return row.show(directory.path()); }};
-    EXPECT_EQ(dialog.result(1min), row.result);
-    /* Whether an option and its value are one argument or two is up to the dialogs' header. */
-    const std::string arguments =
-        std::regex_replace(readFile(directory / "record"),
-                           std::regex{"(--title|--file-filter|--window-icon|--text)\n"}, "$1=");
-    EXPECT_EQ(std::regex_replace(arguments, name, "D"), row.arguments);
-}
-
-std::string notify(const NotificationIcon icon) {
-    notification("Title", "--a \"message\"", icon);
-    return "";
+    EXPECT_EQ(result(row.answer, [&] { return row.show(directory.path()); }), row.result);
+    std::string options;
+    for (const std::string& option : recordedOptions(directory / "record")) {
+        options += '[' + std::regex_replace(option, std::regex{directory.path()}, "D") + ']';
+    }
+    EXPECT_EQ(options, "[--file-selection][--filename=" + std::string{row.start} +
+                           "][--title=" + oddTitle + "][--separator=\n]" + row.options);
 }
 
 const HandOverRow handOverRows[]{
-    {"existing file", [](auto& d) { return openFiles("T", d + "/file.txt", false); }, "/a b\n",
-     "/a b\n",
-     "--file-selection\n--filename=D/file.txt\n--title=T\n--separator=\n\n--confirm-overwrite\n"},
-    {"existing directory", [](auto& d) { return openFiles("T", d, true); }, "/b\n/a\n/c\n",
-     "/b\n/a\n/c\n",
-     "--file-selection\n--filename=D/\n--title=T\n--separator=\n\n--confirm-overwrite\n"
-     "--multiple\n"},
-    {"missing file to open", [](auto& d) { return openFiles("T", d + "/none/x.txt", false); }, "",
-     "", "--file-selection\n--filename=D/\n--title=T\n--separator=\n\n--confirm-overwrite\n"},
-    {"missing file to save", [](auto& d) { return saveFile("T", d + "/x.txt"); }, "/a/new\n",
-     "/a/new",
-     "--file-selection\n--filename=D/\n--title=T\n--separator=\n\n--save\n--confirm-overwrite\n"},
-    {"nothing above exists", [](auto&) { return saveFile("T", "none/x.txt"); }, "", "",
-     "--file-selection\n--filename=\n--title=T\n--separator=\n\n--save\n--confirm-overwrite\n"},
-    {"only the root exists", [](auto&) { return openFiles("T", "/none/such/x", false); }, "", "",
-     "--file-selection\n--filename=/\n--title=T\n--separator=\n\n--confirm-overwrite\n"},
-    {"empty path", [](auto&) { return openFiles("T", "", false); }, "", "",
-     "--file-selection\n--filename=\n--title=T\n--separator=\n\n--confirm-overwrite\n"},
-    {"missing folder stays", [](auto& d) { return openFolder("T", d + "/none/x"); }, "/a b\n",
-     "/a b",
-     "--file-selection\n--filename=D/none/x\n--title=T\n--separator=\n\n--directory\n"
-     "--confirm-overwrite\n"},
-    {"no folder", [](auto& d) { return openFolder("T", d); }, "", "",
-     "--file-selection\n--filename=D\n--title=T\n--separator=\n\n--directory\n"
-     "--confirm-overwrite\n"},
-    {"filters and a title with everything in it",
+    {"existing file", [](auto& d) { return openFiles(oddTitle, d + "/file.txt", false); }, "/a b\n",
+     "/a b\n", "D/file.txt", "[--confirm-overwrite]"},
+    {"existing directory", [](auto& d) { return openFiles(oddTitle, d, true); }, "/b\n/a\n/c\n",
+     "/b\n/a\n/c\n", "D/", "[--confirm-overwrite][--multiple]"},
+    {"missing file to open", [](auto& d) { return openFiles(oddTitle, d + "/none/x", false); }, "",
+     "", "D/", "[--confirm-overwrite]"},
+    {"missing file to save", [](auto& d) { return saveFile(oddTitle, d + "/x"); }, "/a/new\n",
+     "/a/new", "D/", "[--save][--confirm-overwrite]"},
+    {"nothing above exists", [](auto&) { return saveFile(oddTitle, "none/x"); }, "", "", "",
+     "[--save][--confirm-overwrite]"},
+    {"only the root exists", [](auto&) { return openFiles(oddTitle, "/none/such/x", false); }, "",
+     "", "/", "[--confirm-overwrite]"},
+    {"missing folder stays", [](auto& d) { return openFolder(oddTitle, d + "/none/x"); }, "/a b\n",
+     "/a b", "D/none/x", "[--directory][--confirm-overwrite]"},
+    {"filters to open",
      [](auto& d) {
-         return openFiles("--\"it's\" $HOME\n`x`", d, false,
+         return openFiles(oddTitle, d, false,
                           {"Images", "*.png *.jpg", "All", "*", "without patterns"});
      },
-     "", "",
-     "--file-selection\n--filename=D/\n--title=--\"it's\" $HOME\n`x`\n--separator=\n\n"
-     "--file-filter=Images|*.png *.jpg\n--file-filter=All|*\n--confirm-overwrite\n"},
+     "", "", "D/", "[--file-filter=Images|*.png *.jpg][--file-filter=All|*][--confirm-overwrite]"},
     {"filters to save",
      [](auto& d) {
-         return saveFile("T", d, {"Text", "*.txt"});
+         return saveFile(oddTitle, d, {"Text", "*.txt"});
      },
-     "", "",
-     "--file-selection\n--filename=D/\n--title=T\n--separator=\n\n--file-filter=Text|*.txt\n"
-     "--save\n--confirm-overwrite\n"},
-    {"information", [](auto&) { return notify(NotificationIcon::Info); }, "", "",
-     "--notification\n--window-icon=information\n--text=Title\n--a \"message\"\n"},
-    {"warning", [](auto&) { return notify(NotificationIcon::Warning); }, "", "",
-     "--notification\n--window-icon=warning\n--text=Title\n--a \"message\"\n"},
-    {"error", [](auto&) { return notify(NotificationIcon::Error); }, "", "",
-     "--notification\n--window-icon=error\n--text=Title\n--a \"message\"\n"},
-    {"question", [](auto&) { return notify(NotificationIcon::Question); }, "", "",
-     "--notification\n--window-icon=information\n--text=Title\n--a \"message\"\n"},
+     "", "", "D/", "[--file-filter=Text|*.txt][--save][--confirm-overwrite]"},
 };
 INSTANTIATE_TEST_SUITE_P(, HandOver, testing::ValuesIn(handOverRows), rowName<HandOverRow>);
 
-TEST(WithoutHelper, NothingIsChosen) {
-    const TemporaryDirectory directory;
-    const ScopedVariable path{"PATH", directory.path()};
-    ChildProcess dialogs{[&] {
-        notification("T", "message", NotificationIcon::Info);
-        return "[" + openFiles("T", directory.path(), true) + saveFile("T", directory.path()) +
-               openFolder("T", directory.path()) + "]";
-    }};
-    EXPECT_EQ(dialogs.result(1min), "[]");
+TEST_F(WithStub, NotificationHandsOverItsTexts) {
+    result("", [] {
+        notification(view(oddTitle), "--a \"message\"", NotificationIcon::Error);
+        return "";
+    });
+    EXPECT_THAT(recordedOptions(directory / "record"),
+                testing::ElementsAre("--notification", "--window-icon=error",
+                                     "--text=" + oddTitle + "\n--a \"message\""));
 }
 
 /* A display with nothing on it, a home and a runtime folder. The server keeps going when its last
@@ -155,10 +140,10 @@ public:
 private:
     std::string displayName() const {
         std::string number;
-        EXPECT_TRUE(becomesTrue([&] {
+        waitUntil([&] {
             std::ifstream file{directory / "display"};
             return std::getline(file, number) && !file.eof();
-        }));
+        });
         return ':' + number;
     }
 
@@ -229,8 +214,7 @@ TEST_P(Windows, GiveWhatTheUserChose) {
 
     ChildProcess dialog{[&, &row = row] { return row.show(directory); }};
     std::string window;
-    ASSERT_TRUE(
-        becomesTrue([&] { return !(window = namedWindow()).empty() || dialog.result(0s); }));
+    waitUntil([&] { return !(window = namedWindow()).empty() || dialog.result(0s); });
     ASSERT_NE(window, "");
     EXPECT_EQ(outputOf("xdotool getwindowname " + window), windowTitle + helper.titleSuffix + '\n');
     const std::optional<std::string> result = typeUntilClosed(dialog, window, row.*helper.keys);
@@ -310,7 +294,7 @@ TEST_P(Notifications, ReachTheDaemonOfTheSession) {
                                    GetParam() == std::string{"kdialog"} ? "KDE" : "gnome"};
     const ChildProcess bus{"exec dbus-daemon --session --nofork --nopidfile --address=unix:path='" +
                            directory / "bus" + "' 2> /dev/null"};
-    ASSERT_TRUE(becomesTrue([&] { return fs::exists(directory / "bus"); }));
+    waitUntil([&] { return fs::exists(directory / "bus"); });
     /* Some helpers show a window of their own unless the daemon runs already. */
     outputOf("dbus-send --session --print-reply --dest=org.freedesktop.DBus / "
              "org.freedesktop.DBus.StartServiceByName "
@@ -321,8 +305,7 @@ TEST_P(Notifications, ReachTheDaemonOfTheSession) {
         return std::string{"sent"};
     }};
     ASSERT_EQ(sender.result(1min), "sent");
-    ASSERT_TRUE(becomesTrue(
-        [&] { return readFile(directory / "record").find("\n}\n") != std::string::npos; }));
+    waitUntil([&] { return readFile(directory / "record").find("\n}\n") != std::string::npos; });
     EXPECT_THAT(readFile(directory / "record"),
                 testing::AllOf(testing::HasSubstr("summary: 'It's a \"title\"'\n"),
                                testing::HasSubstr("body: 'a message \xc3\xa4'\n"),

@@ -135,17 +135,6 @@ std::optional<std::string> ChildProcess::result(const std::chrono::milliseconds 
     return std::nullopt;
 }
 
-bool becomesTrue(const std::function<bool()>& condition) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes{1};
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > end) {
-            return false;
-        }
-        poll(nullptr, 0, 5);
-    }
-    return true;
-}
-
 std::string outputOf(const std::string& command) {
     std::FILE* const pipe = popen(command.data(), "re");
     std::string output;

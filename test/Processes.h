@@ -73,9 +73,6 @@ private:
     std::string _received;
 };
 
-/** @brief Whether @p condition came true in time for even the slowest machine. */
-bool becomesTrue(const std::function<bool()>& condition);
-
 /** @brief What the shell's @p command printed. */
 std::string outputOf(const std::string& command);
 
