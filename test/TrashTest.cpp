@@ -3,10 +3,10 @@
 #include <optional>
 #include <regex>
 #include <set>
+#include <sstream>
 #include <string>
-#include <vector>
 
-#include <Corrade/Containers/ArrayView.h>
+#include <Corrade/Containers/GrowableArray.h>
 #include <Corrade/Containers/Optional.h>
 #include <Corrade/Containers/String.h>
 #include <Corrade/Containers/StringIterable.h>
@@ -27,10 +27,20 @@ std::optional<std::string> trashPath() {
     return path ? std::optional{text(*path)} : std::nullopt;
 }
 
+/* `text` with the path of the directory for a leading `D`; nothing for a null one. */
+std::optional<std::string> inside(const TemporaryDirectory& directory, const char* const text) {
+    return text ? std::optional{std::regex_replace(text, std::regex{"^D"}, directory.path())}
+                : std::nullopt;
+}
+
+void make(const TemporaryDirectory& directory, const std::string& commands) {
+    EXPECT_EQ(outputOf("cd '" + directory.path() + "' && { " + commands + "; } 2>&1"), "");
+}
+
 struct TrashRow {
     const char* name;
-    std::vector<const char*> directories;
-    std::vector<const char*> files;
+    const char* commands;
+    const char* home;
     const char* dataHome;
     const char* expected;
 };
@@ -40,104 +50,98 @@ class FindTrashPath : public testing::TestWithParam<TrashRow> {};
 TEST_P(FindTrashPath, LooksAtOnePlaceOnly) {
     const TrashRow& row = GetParam();
     const TemporaryDirectory directory;
-    for (const char* const made : row.directories) {
-        fs::create_directories(directory / made);
-    }
-    for (const char* const made : row.files) {
-        writeFile(directory / made, "");
-    }
-    const ScopedVariable home{"HOME", directory / "home"};
-    const ScopedVariable data{
-        "XDG_DATA_HOME", row.dataHome ? std::optional{directory / row.dataHome} : std::nullopt};
-    EXPECT_EQ(trashPath(), row.expected ? std::optional{directory / row.expected} : std::nullopt);
+    make(directory, row.commands);
+    const ScopedVariable home{"HOME", inside(directory, row.home)};
+    const ScopedVariable data{"XDG_DATA_HOME", inside(directory, row.dataHome)};
+    const Messages messages;
+    EXPECT_EQ(trashPath(), inside(directory, row.expected));
+    EXPECT_EQ(messages.text(),
+              row.home ? "" : "Utility::Path::homeDirectory(): $HOME not available\n");
 }
 
 const TrashRow trashRows[]{
-    {"none at home", {"home"}, {}, nullptr, nullptr},
-    {"at home with files",
-     {"home/.local/share/Trash/files"},
-     {},
-     nullptr,
-     "home/.local/share/Trash/files"},
-    {"at home without files", {"home/.local/share/Trash"}, {}, nullptr, "home/.local/share/Trash"},
-    {"that of root alone", {"home/.Trash/files"}, {}, nullptr, nullptr},
-    {"data home with files",
-     {"data/Trash/files", "home/.local/share/Trash/files"},
-     {},
-     "data",
-     "data/Trash/files"},
-    {"data home without files", {"data/Trash"}, {}, "data", "data/Trash"},
-    {"data home without trash", {"data", "home/.local/share/Trash/files"}, {}, "data", nullptr},
-    {"slash at the end stays", {"data/Trash/files"}, {}, "data/", "data//Trash/files"},
-    {"trash is a file", {}, {"data/Trash"}, "data", nullptr},
-    {"files is a file", {}, {"data/Trash/files"}, "data", "data/Trash/files"},
+    {"none at home", ":", "D", nullptr, nullptr},
+    {"at home with files", "mkdir -p .local/share/Trash/files", "D", nullptr,
+     "D/.local/share/Trash/files"},
+    {"at home without files", "mkdir -p .local/share/Trash", "D", nullptr, "D/.local/share/Trash"},
+    {"that of root alone", "mkdir -p .Trash/files", "D", nullptr, nullptr},
+    {"data home", "mkdir -p data/Trash/files .local/share/Trash", "D", "D/data",
+     "D/data/Trash/files"},
+    {"data home without files", "mkdir -p data/Trash", "D", "D/data", "D/data/Trash"},
+    {"data home without trash", "mkdir -p .local/share/Trash/files", "D", "D/data", nullptr},
+    {"empty data home", "mkdir -p .local/share/Trash", "D", "", "D/.local/share/Trash"},
+    {"slash at the end stays", "mkdir -p data/Trash/files", "D", "D/data/", "D/data//Trash/files"},
+    {"trash is a file", "mkdir data; touch data/Trash", "D", "D/data", nullptr},
+    {"files is a file", "mkdir -p data/Trash; touch data/Trash/files", "D", "D/data",
+     "D/data/Trash/files"},
+    {"no home", ":", nullptr, nullptr, nullptr},
 };
 INSTANTIATE_TEST_SUITE_P(, FindTrashPath, testing::ValuesIn(trashRows), rowName<TrashRow>);
-
-TEST(FindTrashPathOf, EmptyDataHomeIsNone) {
-    const TemporaryDirectory directory;
-    fs::create_directories(directory / ".local/share/Trash");
-    const ScopedVariable home{"HOME", directory.path()};
-    const ScopedVariable data{"XDG_DATA_HOME", ""};
-    EXPECT_EQ(trashPath(), directory / ".local/share/Trash");
-}
-
-TEST(FindTrashPathOf, NoHomeIsNone) {
-    const ScopedVariable home{"HOME", std::nullopt};
-    const ScopedVariable data{"XDG_DATA_HOME", std::nullopt};
-    const Messages messages;
-    EXPECT_EQ(trashPath(), std::nullopt);
-    EXPECT_EQ(messages.text(), "Utility::Path::homeDirectory(): $HOME not available\n");
-}
 
 TEST(FindTrashPathOf, RootHasItsOwnPlace) {
     if (!mayMountPrivately()) {
         GTEST_SKIP() << "mounts are not allowed here, so /root cannot be replaced";
     }
-    const ScopedVariable home{"HOME", "/root"};
     const ScopedVariable data{"XDG_DATA_HOME", std::nullopt};
     const auto report = [] {
-        mountPrivately("/root");
+        if (!mountPrivately("/root")) {
+            _exit(1);
+        }
+        const auto trashOf = [](const char* const path) {
+            const ScopedVariable home{"HOME", path};
+            return trashPath().value_or("none") + ' ';
+        };
         fs::create_directories("/root/.local/share/Trash/files");
-        std::cerr << trashPath().value_or("none");
+        std::cerr << trashOf("/root");
         fs::create_directories("/root/.Trash");
-        std::cerr << ' ' << trashPath().value_or("none");
+        std::cerr << trashOf("/root");
+        fs::create_directories("/root/below/.Trash");
+        std::cerr << trashOf("/root/below");
         _exit(0);
     };
-    EXPECT_EXIT(report(), testing::ExitedWithCode(0), testing::Eq("none /root/.Trash"));
+    EXPECT_EXIT(report(), testing::ExitedWithCode(0), testing::Eq("none /root/.Trash none "));
 }
 
-/* All below a directory: `path/`, `path=content` or `path -> target`, with UUIDs made alike. */
-std::set<std::string> entries(const std::string& directory) {
+/* All below the directory as `path/`, `path=content` or `path->target`, with UUIDs made alike. */
+std::set<std::string> entries(const TemporaryDirectory& directory) {
     static const std::regex uuid{"[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}"};
     std::set<std::string> found;
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator{directory}) {
-        const std::string path =
-            fs::relative(entry.path().parent_path(), directory) /
-            std::regex_replace(std::string{entry.path().filename()}, uuid, "UUID");
-        const std::string what = entry.is_symlink()     ? " -> " + fs::read_symlink(entry).string()
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator{directory.path()}) {
+        const std::string path = entry.path().string().substr(directory.path().size() + 1);
+        const std::string what = entry.is_symlink()     ? "->" + fs::read_symlink(entry).string()
                                  : entry.is_directory() ? "/"
                                                         : '=' + readFile(entry.path());
-        found.insert((path.rfind("./", 0) == 0 ? path.substr(2) : path) + what);
+        found.insert(std::regex_replace(path, uuid, "UUID") + what);
     }
     return found;
 }
 
-bool moveAll(const std::vector<std::string>& paths) {
-    std::vector<Containers::StringView> views;
-    for (const std::string& path : paths) {
-        views.emplace_back(path.data(), path.size());
+/* Those of `all` that `others` do not hold, in order. */
+std::string without(const std::set<std::string>& all, const std::set<std::string>& others) {
+    std::string rest;
+    for (const std::string& entry : all) {
+        rest += others.count(entry) ? "" : entry + ' ';
     }
-    return moveToTrash(Containers::arrayView(views.data(), views.size()));
+    return rest;
+}
+
+bool moveAll(const TemporaryDirectory& directory, const char* const names) {
+    Containers::Array<Containers::String> paths;
+    std::istringstream stream{names};
+    for (std::string name; stream >> name;) {
+        arrayAppend(paths, Containers::String{view(directory / name)});
+    }
+    return moveToTrash(paths);
 }
 
 struct MoveRow {
     const char* name;
-    const char* trash;
-    std::vector<const char*> paths;
+    const char* commands;
+    const char* paths;
     bool result;
-    const char* messages;
-    std::set<std::string> entries;
+    std::string messages;
+    const char* gone;
+    const char* come;
 };
 
 class MoveToTrash : public testing::TestWithParam<MoveRow> {};
@@ -146,65 +150,46 @@ TEST_P(MoveToTrash, MovesOrDeletes) {
     const MoveRow& row = GetParam();
     const TemporaryDirectory directory;
     const ScopedVariable home{"HOME", directory.path()};
-    const ScopedVariable data{"XDG_DATA_HOME", directory.path()};
-    writeFile(directory / "a/one", "first");
-    writeFile(directory / "b/one", "second");
-    fs::create_directories(directory / "tree/deep/er");
-    fs::create_symlink("../a", directory / "tree/link");
-    if (row.trash) {
-        fs::create_directories(directory / row.trash);
-    }
-    std::vector<std::string> paths;
-    for (const char* const path : row.paths) {
-        paths.push_back(directory / path);
-    }
+    const ScopedVariable data{"XDG_DATA_HOME", directory / "data"};
+    make(directory, row.commands);
+    make(directory,
+         "mkdir a b tree; printf first > a/one; printf second > b/one; ln -s ../a tree/link");
+    const std::set<std::string> before = entries(directory);
 
     const Messages messages;
-    EXPECT_EQ(moveAll(paths), row.result);
+    EXPECT_EQ(moveAll(directory, row.paths), row.result);
     EXPECT_EQ(std::regex_replace(messages.text(), std::regex{directory.path()}, "D"), row.messages);
-    EXPECT_EQ(entries(directory.path()), row.entries);
+    EXPECT_EQ(without(before, entries(directory)), row.gone);
+    EXPECT_EQ(without(entries(directory), before), row.come);
 }
 
-const char* const cannotMove = "Utility::Path::move(): can't move D/missing to "
-                               "D/Trash/files/missing: error 2 (No such file or directory)\n";
+std::string cannotMove(const std::string& from, const std::string& to, const std::string& error) {
+    return "Utility::Path::move(): can't move " + from + " to " + to + ": error " + error + '\n';
+}
+
+const std::string missing = "2 (No such file or directory)";
 
 const MoveRow moveRows[]{
-    {"nothing",
-     "Trash/files",
-     {},
-     true,
-     "",
-     {"Trash/", "Trash/files/", "a/", "a/one=first", "b/", "b/one=second", "tree/", "tree/deep/",
-      "tree/deep/er/", "tree/link -> ../a"}},
-    {"two of one name and a tree",
-     "Trash/files",
-     {"a/one", "b/one", "tree"},
-     true,
-     "",
-     {"Trash/", "Trash/files/", "Trash/files/one=first", "Trash/files/oneUUID=second",
-      "Trash/files/tree/", "Trash/files/tree/deep/", "Trash/files/tree/deep/er/",
-      "Trash/files/tree/link -> ../a", "a/", "b/"}},
-    {"trash without files",
-     "Trash",
-     {"a/one", "b", "tree/link"},
-     true,
-     "",
-     {"Trash/", "Trash/b/", "Trash/b/one=second", "Trash/link -> ../a", "Trash/one=first", "a/",
-      "tree/", "tree/deep/", "tree/deep/er/"}},
-    {"second missing",
-     "Trash/files",
-     {"a/one", "missing", "b/one"},
-     false,
-     cannotMove,
-     {"Trash/", "Trash/files/", "Trash/files/one=first", "a/", "b/", "b/one=second", "tree/",
-      "tree/deep/", "tree/deep/er/", "tree/link -> ../a"}},
-    {"deleted without trash", nullptr, {"tree", "b/one"}, true, "", {"a/", "a/one=first", "b/"}},
-    {"second missing without trash",
-     nullptr,
-     {"a/one", "missing", "b/one"},
-     false,
-     "",
-     {"a/", "b/", "b/one=second", "tree/", "tree/deep/", "tree/deep/er/", "tree/link -> ../a"}},
+    {"nothing", "mkdir -p data/Trash/files", "", true, "", "", ""},
+    {"two of one name and a tree", "mkdir -p data/Trash/files", "a/one b/one tree", true, "",
+     "a/one=first b/one=second tree/ tree/link->../a ",
+     "data/Trash/files/one=first data/Trash/files/oneUUID=second data/Trash/files/tree/ "
+     "data/Trash/files/tree/link->../a "},
+    {"a link that leads nowhere is replaced",
+     "mkdir -p data/Trash/files; ln -s nowhere data/Trash/files/one", "a/one", true, "",
+     "a/one=first data/Trash/files/one->nowhere ", "data/Trash/files/one=first "},
+    {"a slash at the end loses the name", "mkdir -p data/Trash/files", "tree/", true, "",
+     "tree/ tree/link->../a ", "data/Trash/files/UUID/ data/Trash/files/UUID/link->../a "},
+    {"second missing", "mkdir -p data/Trash/files", "a/one missing b/one", false,
+     cannotMove("D/missing", "D/data/Trash/files/missing", missing), "a/one=first ",
+     "data/Trash/files/one=first "},
+    {"the trash itself, which is looked for once",
+     "mkdir -p data real/files; ln -s ../real data/Trash", "data/Trash a/one", false,
+     cannotMove("D/a/one", "D/data/Trash/files/one", missing), "data/Trash->../real ",
+     "real/files/Trash->../real "},
+    {"deleted without trash", ":", "tree b/one", true, "", "b/one=second tree/ tree/link->../a ",
+     ""},
+    {"second missing without trash", ":", "a/one missing b/one", false, "", "a/one=first ", ""},
 };
 INSTANTIATE_TEST_SUITE_P(, MoveToTrash, testing::ValuesIn(moveRows), rowName<MoveRow>);
 
@@ -214,20 +199,24 @@ TEST(MoveToTrashOf, AnotherFileSystemIsRefusedAndNothingIsLost) {
     }
     const TemporaryDirectory directory;
     const ScopedVariable data{"XDG_DATA_HOME", directory.path()};
-    fs::create_directories(directory / "Trash/files");
-    fs::create_directories(directory / "other");
+    make(directory, "mkdir -p Trash/files other");
     const auto report = [&] {
-        mountPrivately(directory / "other");
+        if (!mountPrivately(directory / "other")) {
+            _exit(1);
+        }
         writeFile(directory / "other/file", "content");
         const Messages messages;
-        std::cerr << moveAll({directory / "other/file"});
-        for (const std::string& entry : entries(directory.path())) {
-            std::cerr << ' ' << entry;
+        std::cerr << moveAll(directory, "other/file") << ' ' << messages.text();
+        for (const std::string& entry : entries(directory)) {
+            std::cerr << entry << ' ';
         }
         _exit(0);
     };
     EXPECT_EXIT(report(), testing::ExitedWithCode(0),
-                testing::Eq("0 Trash/ Trash/files/ other/ other/file=content"));
+                testing::Eq("0 " +
+                            cannotMove(directory / "other/file", directory / "Trash/files/file",
+                                       "18 (Invalid cross-device link)") +
+                            "Trash/ Trash/files/ other/ other/file=content "));
 }
 
 } // namespace
