@@ -88,7 +88,7 @@ TEST(PathTest, UpwardsSearchFindsTheNearestDirectory) {
     const TemporaryDirectory directory;
     writeFile(directory / "marker", "");
     writeFile(directory / "a/b/marker", "");
-    writeFile(directory / "a/b/c/d/file", "");
+    writeFile(directory / "a/b/c/d/marker of a longer name", "");
 
     const std::string deep = directory / "a/b/c/d";
     EXPECT_EQ(text(Path::upwardsSearch(deep.data(), "marker")), directory / "a/b");
