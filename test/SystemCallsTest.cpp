@@ -22,25 +22,23 @@ struct CallsRow {
 
 class SystemCalls : public testing::TestWithParam<CallsRow> {};
 
-/* The paths that the file system was asked about from the first mark of the probe to the last, with
-   `D` for the directory of the test. The current directory counts as one that was asked about. */
+/* The file-system calls of the probe from its first mark to its last, with `D` for the directory of
+   the test: the path that was asked about, or the whole call where none is seen from the current
+   directory. Asking where that is counts, and that the buffer was too small for the answer not. */
 std::vector<std::string> tracedCalls(const std::string& arguments, const std::string& directory) {
     const std::string log = directory + "/trace";
     outputOf("strace -qq -e trace=%file -o '" + log + "' '" VESPERMOOR_SYSTEM_CALLS_PROBE "' " +
              arguments);
+    const std::regex path{"^\\w+\\((?:AT_FDCWD, )?\"([^\"]*)\".*"};
     std::ifstream file{log};
     std::vector<std::string> calls;
-    bool isBetween = false;
     for (std::string line; std::getline(file, line);) {
-        std::smatch call;
-        if (!std::regex_search(line, call, std::regex{"^(\\w+)\\((?:AT_FDCWD, )?\"([^\"]*)\""})) {
-            continue;
+        const std::string call = std::regex_replace(line, path, "$1");
+        if (call == "/begin") {
+            calls.clear();
         }
-        if (call[2] == "/begin" || call[2] == "/end") {
-            isBetween = call[2] == "/begin";
-            calls.push_back(call[2]);
-        } else if (isBetween) {
-            calls.push_back(std::regex_replace(call.str(2), std::regex{directory}, "D"));
+        if (call.find("ERANGE") == std::string::npos) {
+            calls.push_back(std::regex_replace(call, std::regex{directory}, "D"));
         }
     }
     return calls;
@@ -69,7 +67,6 @@ TEST_P(SystemCalls, AreNoMoreThanNeeded) {
 
 const CallsRow callsRows[]{
     {"trash with files", {"data/Trash/files"}, "trash", {"D/data/Trash/files"}},
-    {"trash without files", {"data/Trash"}, "trash", {"D/data/Trash/files", "D/data/Trash"}},
     {"no trash", {}, "trash", {"D/data/Trash/files", "D/data/Trash"}},
     {"shaders above", {"a/b", "a/shaders"}, "root a/b", {"D", "a/b/shaders", "a/shaders"}},
     {"installed data",
