@@ -13,7 +13,7 @@ namespace Containers = Corrade::Containers;
 namespace Utils {
 
 /**
- * @brief Directory that holds the running executable, without a trailing slash.
+ * @brief Directory that holds the running executable, without a trailing slash unless it is `/`.
  *
  * Empty where the system cannot tell; `Corrade::Utility::Path::executableLocation()` then
  * prints why.
@@ -24,7 +24,8 @@ VESPERMOOR_EDITOR_UTILS_EXPORT Containers::String executablesPath();
  * @brief Data root of the editor, as seen from the directory @p start.
  *
  * The nearest directory from @p start upwards that holds an entry named `shaders`, as
- * @ref Path::upwardsSearch() gives it. Where there is none, the installed
+ * @ref Path::upwardsSearch() gives it, of a relative @p start not further up than its first
+ * component. Where there is none, the installed
  * `../share/vespermoorengine` relative to @p start, made absolute, if anything of that name exists:
  * whether it is a directory is not asked. No value where neither is found.
  */

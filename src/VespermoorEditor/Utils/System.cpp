@@ -256,7 +256,8 @@ Containers::Optional<Containers::String> trashRoot() {
     return *home + (*home == "/root"_s ? "/.Trash"_s : "/.local/share/Trash"_s);
 }
 
-/* Moves `path` into the trash `directory`, under a name that nothing there has. */
+/* Moves `path` into the trash `directory`, with a UUID behind its name where something there has
+   it. A link that leads nowhere does not count, and the move replaces it. */
 bool moveInto(const Containers::StringView directory, const Containers::StringView path) {
     Containers::String target = Utility::Path::join(directory, Utility::Path::split(path).second());
     if (Utility::Path::exists(target)) {

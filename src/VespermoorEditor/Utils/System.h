@@ -105,7 +105,8 @@ Containers::String appDirectory();
  *      `/bin/sh -lc '<command>' 2>&1`. Nothing is escaped, so it must not contain a single quote.
  * @param[out] output           Replaced by all that the command wrote to its standard output and
  *      standard error, byte for byte and in order. What the login shell prints while it reads its
- *      profile is part of it.
+ *      profile is part of it, and so is what `cd` prints: the directory where it was found
+ *      through `CDPATH` or is `-`.
  * @param[in] workingDirectory  Stands between the double quotes of `cd "<directory>" && ` in front
  *      of that line; the current directory of the process stays. It must not contain a double
  *      quote, a `$`, a backquote or a backslash, which the shell would act on. Null or empty for no
@@ -188,32 +189,30 @@ Containers::Optional<Containers::String> findTrashPath();
  *      those before it are gone, it and those behind it stay, apart from what a deletion already
  *      removed below it.
  *
- * Whether there is a trash is what @ref findTrashPath() tells, asked once for all paths. A
- * directory goes as a whole. An entry whose name is taken in the trash gets a UUID directly
- * behind its name. Where an entry came from is not recorded. An entry on another file system than
- * the trash cannot be moved there and stays. Prints what `Corrade::Utility::Path` prints of the
- * move or removal that failed.
+ * Whether there is a trash is what @ref findTrashPath() tells, asked once for all paths; where
+ * there is none because there is no home directory, its message is printed and everything deleted.
+ * A directory goes as a whole. An entry whose name is taken in the trash gets a UUID directly
+ * behind its name, and that name is not asked for again. The name of a link that leads nowhere
+ * counts as free, and what is moved there replaces the link. Of a path with a slash at its end
+ * nothing is left but the UUID. Where an entry came from is not recorded. An entry on another file
+ * system than the trash cannot be moved there and stays. Prints what `Corrade::Utility::Path`
+ * prints of the move or removal that failed.
  */
 bool moveToTrash(Containers::StringIterable paths);
 
-/** @brief Icon of a notification; the values are those of `pfd::icon`. */
-enum class NotificationIcon : std::uint8_t {
-    /** @brief Information */
-    Info = 0,
-    /** @brief Warning */
-    Warning = 1,
-    /** @brief Error */
-    Error = 2,
-    /** @brief Question */
-    Question = 3
-};
+/**
+ * @brief Icon of a notification; the values are those of `pfd::icon`.
+ *
+ * The helpers have no icon for a question and show that of an information.
+ */
+enum class NotificationIcon : std::uint8_t { Info = 0, Warning = 1, Error = 2, Question = 3 };
 
 /**
  * @brief Lets the user choose a folder.
  * @param title         Title of the dialog.
  * @param defaultPath   Where the dialog starts; handed over unchanged, whether it exists or not.
  * @return Path of the folder. Empty where none was chosen, the dialog was cancelled, or none could
- *      be shown.
+ *      be shown, and also where it is the root: a slash at the end is dropped.
  *
  * Blocks until the dialog has closed.
  */
