@@ -45,8 +45,8 @@ void addRootCommand(CLI::App& program) {
         "DIR", [options](const std::string& directory) { options->directory = directory; },
         "Where the search for the data root starts; if not given, in the directory of the "
         "executables");
-    command->footer("Example:\n"
-                    "  vespermoor-utils root /opt/vespermoor/bin");
+    command->footer("Example, in the root of the sources:\n"
+                    "  vespermoor-utils root examples/installation/bin");
     command->callback([options] { run(*options); });
 }
 

@@ -307,6 +307,8 @@ TEST(HostTest, ExamplesOfTheHelpWork) {
     EXPECT_THAT(runProgram(exampleArguments("tags")).output, HasSubstr("[components]Hello "));
     EXPECT_EQ(runProgram(exampleArguments("case")).output, "xml-parser\n");
     EXPECT_THAT(runProgram(exampleArguments("search")).output, HasSubstr(":0:1: Hello"));
+    EXPECT_THAT(runProgram(exampleArguments("root")).output, HasSubstr("/examples/installation\n"));
+    EXPECT_THAT(runProgram(exampleArguments("watch")).error, HasSubstr("watching "));
     const ProgramRun check = runProgram(exampleArguments("generate"));
     EXPECT_EQ(check.output + check.error, "") << "examples are out of date";
 }
