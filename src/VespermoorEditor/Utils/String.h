@@ -52,9 +52,9 @@ replaceTagContent(Containers::StringView text,
  *
  * A word begins at a capital behind anything but a capital, a space or a hyphen, as in `parse-xml`,
  * and at the last capital of a run with anything but a space or a hyphen behind it, as in
- * `xml-parser`. Spaces become hyphens, and hyphens that
- * follow one another in @p name become one. All other bytes stay. What counts as a capital is
- * decided by `std::isupper()`, and only those of ASCII become lower case.
+ * `xml-parser`. Spaces become hyphens, and hyphens that follow one another in @p name become one.
+ * All other bytes stay. What counts as a capital is decided by `std::isupper()`, and only those of
+ * ASCII become lower case.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT Containers::String toKebapCase(Containers::StringView name);
 
