@@ -123,69 +123,26 @@ void moveIn(const std::string& root) {
 }
 
 const Window windows[]{
-    {"directory appears",
-     {"w/a/b/"},
-     nullptr,
-     "w/a",
-     [](const std::string& r) { fs::create_directories(r + "/w/a/new/deep"); },
-     {}},
-    {"watched directory is renamed",
-     {"w/a/b/c/"},
-     nullptr,
-     "w/a",
-     [](const std::string& r) { fs::rename(r + "/w/a/b", r + "/w/a/d"); },
-     {}},
-    {"watched directory moves to one watched before",
-     {"w/a/b/c/", "w/z/"},
-     nullptr,
-     "w/a",
-     [](const std::string& r) { fs::rename(r + "/w/a/b", r + "/w/z/b"); },
-     {}},
-    {"watched directory moves to one watched later",
-     {"w/a/", "w/z/b/c/"},
-     nullptr,
-     "w/z",
-     [](const std::string& r) { fs::rename(r + "/w/z/b", r + "/w/a/b"); },
-     {}},
-    {"watched directory is made anew",
-     {"w/a/b/c/"},
-     nullptr,
-     "w/a",
-     [](const std::string& r) {
-         fs::remove_all(r + "/w/a/b");
-         fs::create_directories(r + "/w/a/b/d");
-     },
-     {}},
-    {"watched directory gives its name to the one below",
-     {"w/a/b/c/d/"},
-     nullptr,
-     "w/a",
-     [](const std::string& r) {
-         fs::rename(r + "/w/a/b", r + "/w/a/x");
-         fs::rename(r + "/w/a/x/c", r + "/w/a/b");
-     },
-     {}},
-    {"watched directory becomes a file",
-     {"w/a/b/c/"},
-     nullptr,
-     "w/a",
-     [](const std::string& r) {
-         fs::remove_all(r + "/w/a/b");
-         writeFile(r + "/w/a/b", "");
-     },
-     {}},
-    {"watched directory leaves",
-     {"w/a/b/c/"},
-     nullptr,
-     "w/a",
-     [](const std::string& r) { fs::rename(r + "/w/a/b", r + "/b"); },
-     {}},
-    {"arriving: file",
-     {"w/", "n/a"},
-     moveIn,
-     "w/n",
-     [](const std::string& r) { writeFile(r + "/w/n/late", "x"); },
-     {"w/n/a", "w/n/late"}},
+    // clang-format off
+    {"directory appears", {"w/a/b/"}, nullptr, "w/a",
+     [](const std::string& r) { fs::create_directories(r + "/w/a/new/deep"); }, {}},
+    {"watched directory is renamed", {"w/a/b/c/"}, nullptr, "w/a",
+     [](const std::string& r) { fs::rename(r + "/w/a/b", r + "/w/a/d"); }, {}},
+    {"watched directory moves to one watched before", {"w/a/b/c/", "w/z/"}, nullptr, "w/a",
+     [](const std::string& r) { fs::rename(r + "/w/a/b", r + "/w/z/b"); }, {}},
+    {"watched directory moves to one watched later", {"w/a/", "w/z/b/c/"}, nullptr, "w/z",
+     [](const std::string& r) { fs::rename(r + "/w/z/b", r + "/w/a/b"); }, {}},
+    {"watched directory is made anew", {"w/a/b/c/"}, nullptr, "w/a", [](const std::string& r) {
+     fs::remove_all(r + "/w/a/b"); fs::create_directories(r + "/w/a/b/d"); }, {}},
+    {"watched directory gives its name to the one below", {"w/a/b/c/d/"}, nullptr, "w/a",
+     [](const std::string& r) {fs::rename(r + "/w/a/b", r + "/w/a/x");
+     fs::rename(r + "/w/a/x/c", r + "/w/a/b"); }, {}},
+    {"watched directory becomes a file", {"w/a/b/c/"}, nullptr, "w/a", [](const std::string& r) {
+     fs::remove_all(r + "/w/a/b"); writeFile(r + "/w/a/b", ""); }, {}},
+    {"watched directory leaves", {"w/a/b/c/"}, nullptr, "w/a",
+     [](const std::string& r) { fs::rename(r + "/w/a/b", r + "/b"); }, {}},
+    {"arriving: file", {"w/", "n/a"}, moveIn, "w/n",
+     [](const std::string& r) { writeFile(r + "/w/n/late", "x"); }, {"w/n/a", "w/n/late"}},
     {"arriving: time stamps set back",
      {"w/", "n/a"},
      moveIn,
@@ -197,50 +154,21 @@ const Window windows[]{
          EXPECT_EQ(utimensat(AT_FDCWD, (r + "/w/n").data(), longAgo, 0), 0);
      },
      {"w/n/late"}},
-    {"arriving: directories and files",
-     {"w/", "n/s/a"},
-     moveIn,
-     "w/n/s",
-     [](const std::string& r) {
-         makeTree(r + "/w/n/s", {"t/u/b", "t/c", "l -> gone"});
-     },
+    {"arriving: directories and files", {"w/", "n/s/a"}, moveIn, "w/n/s", [](const std::string& r) {
+     makeTree(r + "/w/n/s", {"t/u/b", "t/c", "l -> gone"}); },
      {"w/n/s/t/u/b", "w/n/s/t/c", "w/n/s/l"}},
-    {"arriving: file becomes a directory",
-     {"w/", "n/f"},
-     moveIn,
-     "w/n",
-     [](const std::string& r) {
-         fs::remove(r + "/w/n/f");
-         writeFile(r + "/w/n/f/g", "");
-     },
-     {"w/n/f/g"}},
-    {"arriving: directory becomes a file",
-     {"w/", "n/s/t/"},
-     moveIn,
-     "w/n",
-     [](const std::string& r) {
-         fs::remove_all(r + "/w/n/s");
-         writeFile(r + "/w/n/s", "");
-     },
+    {"arriving: file becomes a directory", {"w/", "n/f"}, moveIn, "w/n", [](const std::string& r) {
+     fs::remove(r + "/w/n/f"); writeFile(r + "/w/n/f/g", ""); }, {"w/n/f/g"}},
+    {"arriving: directory becomes a file", {"w/", "n/s/t/"}, moveIn, "w/n",
+     [](const std::string& r) {fs::remove_all(r + "/w/n/s"); writeFile(r + "/w/n/s", ""); },
      {"w/n/s"}},
-    {"arriving: moves on",
-     {"w/", "n/s/f"},
-     moveIn,
-     "w/n",
-     [](const std::string& r) { fs::rename(r + "/w/n", r + "/w/m"); },
-     {"w/m/s/f"}},
-    {"arriving: what is below moves beside",
-     {"w/", "n/s/f"},
-     moveIn,
-     "w/n",
-     [](const std::string& r) { fs::rename(r + "/w/n/s", r + "/w/s"); },
-     {"w/s/f"}},
-    {"arriving: moves out",
-     {"w/", "n/s/f"},
-     moveIn,
-     "w/n",
-     [](const std::string& r) { fs::rename(r + "/w/n", r + "/n"); },
-     {}},
+    {"arriving: moves on", {"w/", "n/s/f"}, moveIn, "w/n",
+     [](const std::string& r) { fs::rename(r + "/w/n", r + "/w/m"); }, {"w/m/s/f"}},
+    {"arriving: what is below moves beside", {"w/", "n/s/f"}, moveIn, "w/n",
+     [](const std::string& r) { fs::rename(r + "/w/n/s", r + "/w/s"); }, {"w/s/f"}},
+    {"arriving: moves out", {"w/", "n/s/f"}, moveIn, "w/n",
+     [](const std::string& r) { fs::rename(r + "/w/n", r + "/n"); }, {}},
+    // clang-format on
 };
 
 struct Windows : FileWatchRaceTest, testing::WithParamInterface<Window> {

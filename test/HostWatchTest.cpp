@@ -102,30 +102,17 @@ void PrintTo(const WatchRow& row, std::ostream* const out) {
 }
 
 const WatchRow rows[]{
-    {"directory",
-     {"w"},
-     "watching 3 directories",
-     [](const std::string& r) {
-         fs::rename(r + "/w/f", r + "/w/g");
-         fs::rename(r + "/n", r + "/w/a/n");
-     },
+    // clang-format off
+    {"directory", {"w"}, "watching 3 directories", [](const std::string& r) {
+     fs::rename(r + "/w/f", r + "/w/g"); fs::rename(r + "/n", r + "/w/a/n"); },
      {"Remove w/f", "Modify w/g", "Modify w/a/n/x", "Modify w/a/n"}},
-    {"file",
-     {"w/f"},
-     "watching 3 directories",
-     [](const std::string& r) {
-         fs::remove(r + "/w/g");
-         fs::remove(r + "/w/f");
-     },
-     {"Remove w/f"}},
-    {"one change is one line, however many paths it concerns",
-     {"w", "w/f", "w/a", "o"},
-     "watching 4 directories",
-     [](const std::string& r) {
-         fs::rename(r + "/w/f", r + "/w/a/f");
-         fs::rename(r + "/w/a/f", r + "/o/f");
-     },
+    {"file", {"w/f"}, "watching 3 directories", [](const std::string& r) {fs::remove(r + "/w/g");
+     fs::remove(r + "/w/f"); }, {"Remove w/f"}},
+    {"one change is one line, however many paths it concerns", {"w", "w/f", "w/a", "o"},
+     "watching 4 directories", [](const std::string& r) {fs::rename(r + "/w/f", r + "/w/a/f");
+     fs::rename(r + "/w/a/f", r + "/o/f"); },
      {"Remove w/f", "Modify w/a/f", "Remove w/a/f", "Modify o/f"}},
+    // clang-format on
 };
 
 class HostWatchTest : public testing::TestWithParam<WatchRow> {};
