@@ -25,9 +25,9 @@ VESPERMOOR_EDITOR_UTILS_EXPORT Containers::String executablesPath();
  *
  * The nearest directory from @p start upwards that holds an entry named `shaders`, as
  * @ref Path::upwardsSearch() gives it, of a relative @p start not further up than its first
- * component. Where there is none, the installed
- * `../share/vespermoorengine` relative to @p start, made absolute, if anything of that name exists:
- * whether it is a directory is not asked. No value where neither is found.
+ * component. Where there is none, the installed `../share/vespermoorengine` relative to @p start,
+ * made absolute, if anything of that name exists: whether it is a directory is not asked. No value
+ * where neither is found.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT Containers::Optional<Containers::String>
 findEditorRoot(Containers::StringView start);

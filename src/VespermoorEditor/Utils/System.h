@@ -193,9 +193,9 @@ Containers::Optional<Containers::String> findTrashPath();
  * there is none because there is no home directory, its message is printed and everything deleted.
  * A directory goes as a whole. An entry whose name is taken in the trash gets a UUID directly
  * behind its name, and that name is not asked for again. The name of a link that leads nowhere
- * counts as free, and what is moved there replaces the link. Of a path with a slash at its end
- * nothing is left but the UUID. Where an entry came from is not recorded. An entry on another file
- * system than the trash cannot be moved there and stays. Prints what `Corrade::Utility::Path`
+ * counts as free, and a file that is moved there replaces the link. Of a path with a slash at its
+ * end nothing is left but the UUID. Where an entry came from is not recorded. An entry on another
+ * file system than the trash cannot be moved there and stays. Prints what `Corrade::Utility::Path`
  * prints of the move or removal that failed.
  */
 bool moveToTrash(Containers::StringIterable paths);
