@@ -96,7 +96,8 @@ void addWatchCommand(CLI::App& program) {
         ->capture_default_str();
     command->add_option("--for", options->seconds, "Seconds to watch, in place of until Ctrl-C")
         ->check(CLI::PositiveNumber);
-    command->footer("Example, in the root of the sources:\n  vespermoor-utils watch --for 1 examples");
+    command->footer(
+        "Example, in the root of the sources:\n  vespermoor-utils watch --for 1 examples");
     command->callback([options] { run(*options); });
 }
 
