@@ -1,3 +1,5 @@
+#include <Corrade/Utility/Debug.h>
+
 #include <VespermoorEditor/Utils/Template.h>
 
 #include "SceneValue.h"

@@ -19,14 +19,6 @@ struct NoInitT {
     struct Init {};
     constexpr explicit NoInitT(Init) {}
 };
-struct NoCreateT {
-    struct Init {};
-    constexpr explicit NoCreateT(Init) {}
-};
-struct DirectInitT {
-    struct Init {};
-    constexpr explicit DirectInitT(Init) {}
-};
 struct InPlaceInitT {
     struct Init {};
     constexpr explicit InPlaceInitT(Init) {}
@@ -35,8 +27,6 @@ struct InPlaceInitT {
 constexpr DefaultInitT DefaultInit{DefaultInitT::Init{}};
 constexpr ValueInitT ValueInit{ValueInitT::Init{}};
 constexpr NoInitT NoInit{NoInitT::Init{}};
-constexpr NoCreateT NoCreate{NoCreateT::Init{}};
-constexpr DirectInitT DirectInit{DirectInitT::Init{}};
 constexpr InPlaceInitT InPlaceInit{InPlaceInitT::Init{}};
 
 } // namespace VespermoorStandins

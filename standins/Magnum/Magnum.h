@@ -3,30 +3,29 @@
 
 /** @file Stands in for Magnum's names of the common math types. */
 
-#include "Corrade/Containers/Containers.h"
-#include "Corrade/Utility/Utility.h"
-#include "Magnum/Math/Math.h"
-#include "Magnum/Tags.h"
-#include "Magnum/Types.h"
-
 namespace Magnum {
 inline namespace VespermoorStandins {
+namespace Math {
 
-using namespace Corrade;
+template <class T>
+class Vector2;
+template <class T>
+class Vector3;
+template <class T>
+class Vector4;
+template <class T>
+class Matrix4;
+template <class T>
+class Quaternion;
 
-using Corrade::Utility::Debug;
-using Corrade::Utility::Error;
-using Corrade::Utility::Fatal;
-using Corrade::Utility::Warning;
+} // namespace Math
 
-using Vector2 = Math::Vector2<Float>;
-using Vector3 = Math::Vector3<Float>;
-using Vector4 = Math::Vector4<Float>;
-using Vector2i = Math::Vector2<Int>;
-using Vector3i = Math::Vector3<Int>;
-using Vector4i = Math::Vector4<Int>;
-using Matrix4 = Math::Matrix4<Float>;
-using Quaternion = Math::Quaternion<Float>;
+using Vector2 = Math::Vector2<float>;
+using Vector3 = Math::Vector3<float>;
+using Vector4 = Math::Vector4<float>;
+using Vector2i = Math::Vector2<int>;
+using Matrix4 = Math::Matrix4<float>;
+using Quaternion = Math::Quaternion<float>;
 
 } // namespace VespermoorStandins
 } // namespace Magnum

@@ -135,45 +135,15 @@ void arrayResize(Array<T>& array, std::size_t size) {
     arrayResize(array, ValueInit, size);
 }
 
-template <class T, class... Args>
-void arrayResize(Array<T>& array, DirectInitT, std::size_t size, Args&&... args) {
-    const std::size_t previous = std::min(array.size(), size);
-    arrayResize(array, NoInit, size);
-    for (T& added : array.exceptPrefix(previous))
-        Implementation::construct(&added, args...);
-}
-
-template <class T>
-void arrayResize(Array<T>& array, std::size_t size,
-                 const typename Implementation::Exactly<T>::Type& value) {
-    arrayResize(array, DirectInit, size, value);
-}
-
 template <class T>
 ArrayView<T> arrayAppend(Array<T>& array, NoInitT, std::size_t count) {
     return Implementation::GrowableMemory<T>::grow(array, count);
 }
 
-template <class T>
-ArrayView<T> arrayAppend(Array<T>& array, ValueInitT, std::size_t count) {
-    const ArrayView<T> added = arrayAppend(array, NoInit, count);
-    std::uninitialized_value_construct(added.begin(), added.end());
-    return added;
-}
-
-template <class T, class... Args>
-ArrayView<T> arrayAppend(Array<T>& array, DirectInitT, std::size_t count, Args&&... args) {
-    const ArrayView<T> added = arrayAppend(array, NoInit, count);
-    for (T& element : added)
-        Implementation::construct(&element, args...);
-    return added;
-}
-
 template <class T, class... Args>
 T& arrayAppend(Array<T>& array, InPlaceInitT, Args&&... args) {
-    T& added = arrayAppend(array, NoInit, 1).front();
-    Implementation::construct(&added, std::forward<Args>(args)...);
-    return added;
+    T* const added = arrayAppend(array, NoInit, 1).data();
+    return *new (added) T{std::forward<Args>(args)...};
 }
 
 template <class T>
@@ -205,88 +175,12 @@ ArrayView<T> arrayAppend(Array<T>& array,
 }
 
 template <class T>
-ArrayView<T> arrayAppend(Array<T>& array,
-                         std::initializer_list<typename Implementation::Exactly<T>::Type> values) {
-    return arrayAppend(array, arrayView(values));
-}
-
-template <class T, class... Args>
-T& arrayInsert(Array<T>& array, std::size_t index, InPlaceInitT, Args&&... args) {
-    VESPERMOOR_STANDINS_DEBUG_ASSERT(
-        index <= array.size(),
-        "Containers::arrayInsert(): can't insert at index %zu into an array of size %zu", index,
-        array.size());
-    arrayAppend(array, InPlaceInit, std::forward<Args>(args)...);
-    std::rotate(array.begin() + index, array.end() - 1, array.end());
-    return array[index];
-}
-
-template <class T>
-T& arrayInsert(Array<T>& array, std::size_t index,
-               const typename Implementation::Exactly<T>::Type& value) {
-    return arrayInsert(array, index, InPlaceInit, value);
-}
-
-template <class T>
-T& arrayInsert(Array<T>& array, std::size_t index,
-               typename Implementation::Exactly<T>::Type&& value) {
-    return arrayInsert(array, index, InPlaceInit, std::move(value));
-}
-
-template <class T>
 void arrayRemoveSuffix(Array<T>& array, std::size_t count = 1) {
     VESPERMOOR_STANDINS_DEBUG_ASSERT(
         count <= array.size(),
         "Containers::arrayRemoveSuffix(): can't remove %zu elements from an array of size %zu",
         count, array.size());
     arrayResize(array, NoInit, array.size() - count);
-}
-
-/** Keeps the order of what is left. */
-template <class T>
-void arrayRemove(Array<T>& array, std::size_t index, std::size_t count = 1) {
-    VESPERMOOR_STANDINS_DEBUG_ASSERT(
-        index + count <= array.size(),
-        "Containers::arrayRemove(): can't remove %zu elements at index %zu from an array of size "
-        "%zu",
-        count, index, array.size());
-    if (count)
-        std::move(array.begin() + index + count, array.end(), array.begin() + index);
-    arrayRemoveSuffix(array, count);
-}
-
-/** Fills the hole with elements from the end; an array that has to be copied stays in order. */
-template <class T>
-void arrayRemoveUnordered(Array<T>& array, std::size_t index, std::size_t count = 1) {
-    VESPERMOOR_STANDINS_DEBUG_ASSERT(
-        index + count <= array.size(),
-        "Containers::arrayRemoveUnordered(): can't remove %zu elements at index %zu from an array "
-        "of size %zu",
-        count, index, array.size());
-    if (!arrayIsGrowable(array))
-        return arrayRemove(array, index, count);
-    const std::size_t moved = std::min(count, array.size() - index - count);
-    std::move(array.end() - moved, array.end(), array.begin() + index);
-    arrayRemoveSuffix(array, count);
-}
-
-/** A growable array keeps its capacity; any other becomes a null one. */
-template <class T>
-void arrayClear(Array<T>& array) {
-    if (arrayIsGrowable(array))
-        arrayRemoveSuffix(array, array.size());
-    else
-        array = {};
-}
-
-/** Turns a growable array into an ordinary one of exactly its size. */
-template <class T>
-void arrayShrink(Array<T>& array, NoInitT = NoInit) {
-    if (!arrayIsGrowable(array))
-        return;
-    Array<T> shrunk{NoInit, array.size()};
-    std::uninitialized_move(array.begin(), array.end(), shrunk.begin());
-    array = std::move(shrunk);
 }
 
 } // namespace Containers

@@ -1,13 +1,10 @@
 #ifndef VespermoorStandins_Corrade_Containers_Pair_h
 #define VespermoorStandins_Corrade_Containers_Pair_h
 
-#include <cstddef>
 #include <type_traits>
 #include <utility>
 
 #include "Corrade/Containers/Containers.h"
-#include "Corrade/Tags.h"
-#include "Corrade/Utility/Debug.h"
 
 namespace Corrade {
 inline namespace VespermoorStandins {
@@ -20,28 +17,8 @@ class Pair {
                   "use a Reference<T> to store a T& in a Pair");
 
 public:
-    using FirstType = F;
-    using SecondType = S;
-
     constexpr Pair() : _first(), _second() {}
-    constexpr explicit Pair(ValueInitT) : Pair{} {}
-    constexpr Pair(const F& first, const S& second) : _first{first}, _second{second} {}
-    constexpr Pair(const F& first, S&& second) : _first{first}, _second{std::move(second)} {}
-    constexpr Pair(F&& first, const S& second) : _first{std::move(first)}, _second{second} {}
-    constexpr Pair(F&& first, S&& second) noexcept(
-        std::is_nothrow_move_constructible<F>::value&& std::is_nothrow_move_constructible<S>::value)
-        : _first{std::move(first)}, _second{std::move(second)} {}
-
-    template <class OtherF, class OtherS,
-              class = std::enable_if_t<std::is_constructible<F, const OtherF&>::value &&
-                                       std::is_constructible<S, const OtherS&>::value>>
-    constexpr explicit Pair(const Pair<OtherF, OtherS>& other)
-        : _first(other.first()), _second(other.second()) {}
-    template <class OtherF, class OtherS,
-              class = std::enable_if_t<std::is_constructible<F, OtherF&&>::value &&
-                                       std::is_constructible<S, OtherS&&>::value>>
-    constexpr explicit Pair(Pair<OtherF, OtherS>&& other)
-        : _first(std::move(other.first())), _second(std::move(other.second())) {}
+    constexpr Pair(F first, S second) : _first(std::move(first)), _second(std::move(second)) {}
 
     constexpr bool operator==(const Pair& other) const {
         return _first == other._first && _second == other._second;
@@ -59,17 +36,6 @@ private:
     F _first;
     S _second;
 };
-
-template <class F, class S>
-constexpr Pair<std::decay_t<F>, std::decay_t<S>> pair(F&& first, S&& second) {
-    return {std::forward<F>(first), std::forward<S>(second)};
-}
-
-template <class F, class S>
-Utility::Debug& operator<<(Utility::Debug& debug, const Pair<F, S>& value) {
-    return debug << "{" << Utility::Debug::nospace << value.first() << Utility::Debug::nospace
-                 << "," << value.second() << Utility::Debug::nospace << "}";
-}
 
 } // namespace Containers
 } // namespace VespermoorStandins

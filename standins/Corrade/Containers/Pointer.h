@@ -8,7 +8,6 @@
 #include "Corrade/Containers/Containers.h"
 #include "Corrade/Containers/Implementation/Assertion.h"
 #include "Corrade/Tags.h"
-#include "Corrade/Utility/Debug.h"
 
 namespace Corrade {
 inline namespace VespermoorStandins {
@@ -20,15 +19,15 @@ class Pointer {
     static_assert(!std::is_array<T>::value, "use Containers::Array for arrays instead");
 
 public:
-    using Type = T;
-
     Pointer(std::nullptr_t = nullptr) noexcept : _pointer{} {}
     explicit Pointer(T* pointer) noexcept : _pointer{pointer} {}
     template <class... Args>
     explicit Pointer(InPlaceInitT, Args&&... args) : _pointer{new T{std::forward<Args>(args)...}} {}
     template <class U, class = std::enable_if_t<std::is_convertible<U*, T*>::value>>
     Pointer(Pointer<U>&& other) noexcept : _pointer{other.release()} {
-        expectDeletable<U>();
+        static_assert(std::is_trivially_destructible<U>::value ||
+                          std::has_virtual_destructor<T>::value,
+                      "deleting the derived type through its base needs a virtual destructor");
     }
 
     Pointer(const Pointer&) = delete;
@@ -41,8 +40,6 @@ public:
     ~Pointer() { delete _pointer; }
 
     explicit operator bool() const { return _pointer; }
-    bool operator==(std::nullptr_t) const { return !_pointer; }
-    bool operator!=(std::nullptr_t) const { return _pointer; }
 
     T* get() { return _pointer; }
     const T* get() const { return _pointer; }
@@ -54,28 +51,7 @@ public:
     void reset(T* pointer = nullptr) { delete std::exchange(_pointer, pointer); }
     T* release() { return std::exchange(_pointer, nullptr); }
 
-    template <class... Args>
-    T& emplace(Args&&... args) {
-        reset();
-        _pointer = new T{std::forward<Args>(args)...};
-        return *_pointer;
-    }
-    template <class U, class... Args>
-    U& emplace(Args&&... args) {
-        expectDeletable<U>();
-        reset();
-        U* const derived = new U{std::forward<Args>(args)...};
-        _pointer = derived;
-        return *derived;
-    }
-
 private:
-    template <class U>
-    static void expectDeletable() {
-        static_assert(std::is_trivially_destructible<U>::value ||
-                          std::has_virtual_destructor<T>::value,
-                      "deleting the derived type through its base needs a virtual destructor");
-    }
     T* checked() const {
         VESPERMOOR_STANDINS_DEBUG_ASSERT(_pointer, "Containers::Pointer: the pointer is null");
         return _pointer;
@@ -84,33 +60,9 @@ private:
     T* _pointer;
 };
 
-template <class T>
-bool operator==(std::nullptr_t, const Pointer<T>& pointer) {
-    return !pointer;
-}
-template <class T>
-bool operator!=(std::nullptr_t, const Pointer<T>& pointer) {
-    return bool(pointer);
-}
-
-template <class T>
-Pointer<T> pointer(T* pointer) {
-    return Pointer<T>{pointer};
-}
-
 template <class T, class... Args>
 Pointer<T> pointer(Args&&... args) {
     return Pointer<T>{InPlaceInit, std::forward<Args>(args)...};
-}
-
-template <class U, class T>
-Pointer<U> pointerCast(Pointer<T>&& pointer) {
-    return Pointer<U>{static_cast<U*>(pointer.release())};
-}
-
-template <class T>
-Utility::Debug& operator<<(Utility::Debug& debug, const Pointer<T>& value) {
-    return debug << static_cast<const void*>(value.get());
 }
 
 } // namespace Containers

@@ -1,7 +1,6 @@
 #include "Corrade/Containers/String.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace Corrade {
 inline namespace VespermoorStandins {
@@ -15,16 +14,12 @@ void keep(char*, std::size_t) {}
 
 } // namespace
 
-String String::nullTerminatedView(StringView view) {
+String String::nullTerminatedView(const StringView view) {
     if (!(view.flags() & StringViewFlag::NullTerminated))
         return String{view};
-    String referring{view.data(), view.size(), keep};
+    String referring{const_cast<char*>(view.data()), view.size(), keep};
     referring._sizeAndGlobal |= std::size_t(view.flags() & StringViewFlag::Global);
     return referring;
-}
-
-String String::nullTerminatedGlobalView(StringView view) {
-    return view.flags() & StringViewFlag::Global ? nullTerminatedView(view) : String{view};
 }
 
 String::String() noexcept : _data{emptyText}, _sizeAndGlobal{}, _deleter{keep} {}
@@ -32,24 +27,15 @@ String::String() noexcept : _data{emptyText}, _sizeAndGlobal{}, _deleter{keep} {
 String::String(const char* const data, const std::size_t size) : String{} {
     VESPERMOOR_STANDINS_ASSERT(data || !size,
                                "Containers::String: received a null string of size %zu", size);
-    if (size)
-        *this = String{AllocatedInit, data, size};
-}
-
-String::String(AllocatedInitT, const char* const data, const std::size_t size)
-    : String{NoInit, size} {
-    VESPERMOOR_STANDINS_ASSERT(data || !size,
-                               "Containers::String: received a null string of size %zu", size);
-    std::copy_n(data, size, _data);
+    if (size) {
+        *this = String{NoInit, size};
+        std::copy_n(data, size, _data);
+    }
 }
 
 String::String(NoInitT, const std::size_t size)
     : _data{new char[size + 1]}, _sizeAndGlobal{size}, _deleter{} {
     _data[size] = '\0';
-}
-
-String::String(DirectInitT, const std::size_t size, const char c) : String{NoInit, size} {
-    std::fill_n(_data, size, c);
 }
 
 String::String(char* const data, const std::size_t size, const Deleter deleter) noexcept

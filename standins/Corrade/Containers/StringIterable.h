@@ -14,150 +14,74 @@ inline namespace VespermoorStandins {
 namespace Containers {
 namespace Implementation {
 
-/** Reads one stored string as a view; specialized for each type that can be iterated over. */
 template <class T>
-struct StringIterableConverter;
-
-template <class T>
-struct ConvertibleStringIterableConverter {
-    static StringView accessor(const void* data, const void*, std::ptrdiff_t, std::size_t) {
-        return *static_cast<const T*>(data);
-    }
-};
-template <>
-struct StringIterableConverter<StringView> : ConvertibleStringIterableConverter<StringView> {};
-template <>
-struct StringIterableConverter<MutableStringView>
-    : ConvertibleStringIterableConverter<MutableStringView> {};
-template <>
-struct StringIterableConverter<String> : ConvertibleStringIterableConverter<String> {};
-template <>
-struct StringIterableConverter<const char*> : ConvertibleStringIterableConverter<const char*> {};
-template <>
-struct StringIterableConverter<char*> : ConvertibleStringIterableConverter<char*> {};
-
-template <class T>
-using IfStringLike = decltype(StringIterableConverter<std::remove_cv_t<T>>::accessor);
+using IfString =
+    std::enable_if_t<std::is_same<T, StringView>::value || std::is_same<T, String>::value ||
+                     std::is_same<T, const char*>::value>;
 
 } // namespace Implementation
 
-/** Stands in for Corrade's read-only view of any strings that lie at a fixed distance. */
+/** Stands in for Corrade's read-only view of any strings that lie beside one another. */
 class StringIterable {
 public:
-    using Accessor = StringView (*)(const void* data, const void* context, std::ptrdiff_t stride,
-                                    std::size_t index);
+    class Iterator;
 
     StringIterable(std::nullptr_t = nullptr) noexcept
-        : StringIterable{nullptr, nullptr, 0, 0, nullptr} {}
-    explicit StringIterable(const void* data, const void* context, std::size_t size,
-                            std::ptrdiff_t stride, Accessor accessor) noexcept
-        : _data{static_cast<const char*>(data)},
-          _context{context},
-          _size{size},
-          _stride{stride},
-          _accessor{accessor} {}
+        : StringIterable{ArrayView<const StringView>{}} {}
     /** The list lives to the end of the full expression. */
     StringIterable(std::initializer_list<StringView> list) noexcept
         : StringIterable{arrayView(list)} {}
-    template <class T, class = Implementation::IfStringLike<T>>
-    StringIterable(ArrayView<T> view) noexcept
-        : StringIterable{view.data(), nullptr, view.size(), sizeof(T),
-                         Implementation::StringIterableConverter<std::remove_cv_t<T>>::accessor} {}
-    template <class T, std::size_t size, class = Implementation::IfStringLike<T>>
+    template <class T, std::size_t size, class = Implementation::IfString<std::remove_const_t<T>>>
     StringIterable(T (&data)[size]) noexcept : StringIterable{arrayView(data)} {}
-    template <class Container, class T = Implementation::ElementOf<const Container>,
-              class = Implementation::ArrayViewFrom<T, const Container>,
-              class = Implementation::IfStringLike<T>>
-    StringIterable(const Container& container) noexcept : StringIterable{arrayView(container)} {}
+    template <class Container, class = Implementation::IfElements<Container>,
+              class T = Implementation::ElementOf<const Container>,
+              class = Implementation::IfString<std::remove_const_t<T>>>
+    StringIterable(const Container& container) noexcept
+        : _data{container.data()}, _size{container.size()}, _access{access<const T>} {}
 
-    explicit operator bool() const { return _size; }
-    const void* data() const { return _data; }
-    const void* context() const { return _context; }
     std::size_t size() const { return _size; }
-    std::ptrdiff_t stride() const { return _stride; }
     bool isEmpty() const { return !_size; }
+    Iterator begin() const;
+    Iterator end() const;
 
-    StringIterableIterator begin() const;
-    StringIterableIterator cbegin() const;
-    StringIterableIterator end() const;
-    StringIterableIterator cend() const;
-
-    StringView front() const {
-        VESPERMOOR_STANDINS_DEBUG_ASSERT(_size,
-                                         "Containers::StringIterable::front(): view is empty");
-        return at(0);
-    }
-    StringView back() const {
-        VESPERMOOR_STANDINS_DEBUG_ASSERT(_size,
-                                         "Containers::StringIterable::back(): view is empty");
-        return at(_size - 1);
-    }
     StringView operator[](std::size_t i) const {
         VESPERMOOR_STANDINS_DEBUG_ASSERT(
             i < _size,
             "Containers::StringIterable::operator[](): index %zu out of range for %zu elements", i,
             _size);
-        return at(i);
+        return _access(_data, i);
     }
 
 private:
-    friend StringIterableIterator;
-
-    StringView at(std::size_t i) const {
-        return _accessor(_data + std::ptrdiff_t(i) * _stride, _context, _stride, i);
+    template <class T>
+    static StringView access(const void* data, std::size_t i) {
+        return static_cast<T*>(data)[i];
     }
 
-    const char* _data;
-    const void* _context;
+    const void* _data;
     std::size_t _size;
-    std::ptrdiff_t _stride;
-    Accessor _accessor;
+    StringView (*_access)(const void*, std::size_t);
 };
 
-/** Stands in for Corrade's iterator of the above. */
-class StringIterableIterator {
+class StringIterable::Iterator {
 public:
-    bool operator==(const StringIterableIterator& other) const {
-        return _strings.data() == other._strings.data() &&
-               _strings.context() == other._strings.context() &&
-               _strings.stride() == other._strings.stride() && _i == other._i;
-    }
-    bool operator!=(const StringIterableIterator& other) const { return !operator==(other); }
-    std::ptrdiff_t operator-(const StringIterableIterator& other) const {
-        return std::ptrdiff_t(_i - other._i);
-    }
-    StringIterableIterator operator+(std::ptrdiff_t i) const { return {_strings, _i + i}; }
-    StringIterableIterator operator-(std::ptrdiff_t i) const { return {_strings, _i - i}; }
-    StringIterableIterator& operator++() {
+    Iterator(const StringIterable& strings, std::size_t i) noexcept : _strings{strings}, _i{i} {}
+    bool operator!=(const Iterator& other) const { return _i != other._i; }
+    Iterator& operator++() {
         ++_i;
         return *this;
     }
-    StringIterableIterator& operator--() {
-        --_i;
-        return *this;
-    }
-    StringView operator*() const { return _strings.at(_i); }
+    StringView operator*() const { return _strings[_i]; }
 
 private:
-    friend StringIterable;
-
-    StringIterableIterator(const StringIterable& strings, std::size_t i) noexcept
-        : _strings{strings}, _i{i} {}
-
     StringIterable _strings;
     std::size_t _i;
 };
 
-inline StringIterableIterator StringIterable::begin() const {
+inline StringIterable::Iterator StringIterable::begin() const {
     return {*this, 0};
 }
-inline StringIterableIterator StringIterable::cbegin() const {
-    return {*this, 0};
-}
-inline StringIterableIterator StringIterable::end() const {
-    return {*this, _size};
-}
-inline StringIterableIterator StringIterable::cend() const {
+inline StringIterable::Iterator StringIterable::end() const {
     return {*this, _size};
 }
 

@@ -6,7 +6,6 @@
 #include <string>
 
 #include "Corrade/Containers/String.h"
-#include "Corrade/Containers/StringIterable.h"
 
 namespace Corrade {
 inline namespace VespermoorStandins {
@@ -24,20 +23,9 @@ struct StringViewConverter<const char, std::string> {
         return {other.data(), other.size(), StringViewFlag::NullTerminated};
     }
     static std::string to(StringView other) {
-        return other.isEmpty() ? std::string{} : std::string{other.data(), other.size()};
+        return std::string(std::string_view{other.data(), other.size()});
     }
 };
-template <>
-struct StringViewConverter<char, std::string> {
-    static MutableStringView from(std::string& other) {
-        return {other.data(), other.size(), StringViewFlag::NullTerminated};
-    }
-    static std::string to(MutableStringView other) {
-        return StringViewConverter<const char, std::string>::to(other);
-    }
-};
-template <>
-struct StringIterableConverter<std::string> : ConvertibleStringIterableConverter<std::string> {};
 
 } // namespace Implementation
 } // namespace Containers

@@ -1,13 +1,10 @@
 #ifndef VespermoorStandins_Corrade_Containers_Triple_h
 #define VespermoorStandins_Corrade_Containers_Triple_h
 
-#include <cstddef>
 #include <type_traits>
 #include <utility>
 
 #include "Corrade/Containers/Containers.h"
-#include "Corrade/Tags.h"
-#include "Corrade/Utility/Debug.h"
 
 namespace Corrade {
 inline namespace VespermoorStandins {
@@ -21,29 +18,9 @@ class Triple {
                   "use a Reference<T> to store a T& in a Triple");
 
 public:
-    using FirstType = F;
-    using SecondType = S;
-    using ThirdType = T;
-
     constexpr Triple() : _first(), _second(), _third() {}
-    constexpr explicit Triple(ValueInitT) : Triple{} {}
-    /* One constructor for every mixture of copies and moves. The defaults let brace lists through,
-       which have no type of their own. */
-    template <class OtherF = F, class OtherS = S, class OtherT = T,
-              class = std::enable_if_t<std::is_convertible<OtherF&&, F>::value &&
-                                       std::is_convertible<OtherS&&, S>::value &&
-                                       std::is_convertible<OtherT&&, T>::value>>
-    constexpr Triple(OtherF&& first, OtherS&& second, OtherT&& third)
-        : _first(std::forward<OtherF>(first)),
-          _second(std::forward<OtherS>(second)),
-          _third(std::forward<OtherT>(third)) {}
-
-    template <class OtherF, class OtherS, class OtherT,
-              class = std::enable_if_t<std::is_constructible<F, const OtherF&>::value &&
-                                       std::is_constructible<S, const OtherS&>::value &&
-                                       std::is_constructible<T, const OtherT&>::value>>
-    constexpr explicit Triple(const Triple<OtherF, OtherS, OtherT>& other)
-        : _first(other.first()), _second(other.second()), _third(other.third()) {}
+    constexpr Triple(F first, S second, T third)
+        : _first(std::move(first)), _second(std::move(second)), _third(std::move(third)) {}
 
     constexpr bool operator==(const Triple& other) const {
         return _first == other._first && _second == other._second && _third == other._third;
@@ -65,19 +42,6 @@ private:
     S _second;
     T _third;
 };
-
-template <class F, class S, class T>
-constexpr Triple<std::decay_t<F>, std::decay_t<S>, std::decay_t<T>> triple(F&& first, S&& second,
-                                                                           T&& third) {
-    return {std::forward<F>(first), std::forward<S>(second), std::forward<T>(third)};
-}
-
-template <class F, class S, class T>
-Utility::Debug& operator<<(Utility::Debug& debug, const Triple<F, S, T>& value) {
-    return debug << "{" << Utility::Debug::nospace << value.first() << Utility::Debug::nospace
-                 << "," << value.second() << Utility::Debug::nospace << "," << value.third()
-                 << Utility::Debug::nospace << "}";
-}
 
 } // namespace Containers
 } // namespace VespermoorStandins

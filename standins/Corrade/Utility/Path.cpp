@@ -18,11 +18,9 @@
 #include "Corrade/Containers/Optional.h"
 #include "Corrade/Containers/Pair.h"
 #include "Corrade/Containers/String.h"
-#include "Corrade/Containers/StringIterable.h"
 #include "Corrade/Containers/StringView.h"
 #include "Corrade/Utility/Debug.h"
 #include "Corrade/Utility/Format.h"
-#include "Corrade/Utility/String.h"
 
 namespace Corrade {
 inline namespace VespermoorStandins {
@@ -116,35 +114,11 @@ Containers::Pair<StringView, StringView> split(StringView path) {
     return {isRoot ? directory : path.prefix(slash.begin()), path.suffix(slash.end())};
 }
 
-StringView path(StringView filename) {
-    return split(filename).first();
-}
-
-StringView filename(StringView path) {
-    return split(path).second();
-}
-
-Containers::Pair<StringView, StringView> splitExtension(StringView path) {
-    const StringView name = path.suffix(path.findLastOr('/', path.begin()).end());
-    const StringView dot = name.findLastOr('.', name.end());
-    /* Dots at the start make a hidden file or a parent directory, not an extension. */
-    const StringView stem = name.prefix(dot.begin());
-    const bool isHidden = std::all_of(stem.begin(), stem.end(), [](char c) { return c == '.'; });
-    const char* const end = isHidden ? path.end() : dot.begin();
-    return {path.prefix(end), path.suffix(end)};
-}
-
 Containers::String join(StringView path, StringView filename) {
     if (path.isEmpty() || filename.hasPrefix('/'))
         return filename;
-    return "/"_s.join({path.hasSuffix('/') ? path.exceptSuffix(1) : path, filename});
-}
-
-Containers::String join(const Containers::StringIterable& paths) {
-    Containers::String joined;
-    for (std::size_t i = 0; i != paths.size(); ++i)
-        joined = join(joined, paths[i]);
-    return joined;
+    const StringView directory = path.hasSuffix('/') ? path.exceptSuffix(1) : path;
+    return directory + "/"_s + filename;
 }
 
 bool exists(StringView filename) {
@@ -221,21 +195,6 @@ Optional<Containers::String> homeDirectory() {
     return {};
 }
 
-Optional<Containers::String> configurationDirectory(StringView name) {
-    const Containers::String lowercaseName = String::lowercase(name);
-    if (const char* const configuration = std::getenv("XDG_CONFIG_HOME"))
-        return join(configuration, lowercaseName);
-    if (const char* const home = std::getenv("HOME"))
-        return join({home, ".config"_s, lowercaseName});
-    Error{} << "Utility::Path::configurationDirectory(): neither $XDG_CONFIG_HOME nor $HOME "
-               "available";
-    return {};
-}
-
-Optional<Containers::String> temporaryDirectory() {
-    return Containers::String{"/tmp"_s};
-}
-
 namespace {
 
 /* The type of what an entry leads to; that of the entry itself where it leads nowhere. */
@@ -287,30 +246,10 @@ Optional<Containers::Array<Containers::String>> list(StringView path, ListFlags 
     return Optional<Containers::Array<Containers::String>>{std::move(names)};
 }
 
-Optional<std::size_t> size(StringView filename) {
-    const File file{filename, O_RDONLY};
-    if (!file.isOpen()) {
-        fail("Utility::Path::size(): can't open {}", filename);
-        return {};
-    }
-    if (S_ISDIR(statusOf(file).st_mode)) {
-        Error{} << "Utility::Path::size():" << filename << "is a directory";
-        return {};
-    }
-    const off_t end = lseek(file.descriptor(), 0, SEEK_END);
-    if (end == -1) {
-        Error{} << "Utility::Path::size():" << filename << "is not seekable";
-        return {};
-    }
-    return std::size_t(end);
-}
-
-namespace {
-
 /* Reads to the end, whatever size the system gives: files of /proc have more than their zero and
    those of /sys less than their 4096. The array always has room for one byte more than what was
-   read, which is the first of the pair; it has no value after a message. */
-Optional<Containers::Pair<std::size_t, Containers::Array<char>>> readAll(StringView filename) {
+   read, which is the NUL in the end. */
+Optional<Containers::String> readString(StringView filename) {
     const File file{filename, O_RDONLY};
     if (!file.isOpen()) {
         fail("Utility::Path::read(): can't open {}", filename);
@@ -336,49 +275,17 @@ Optional<Containers::Pair<std::size_t, Containers::Array<char>>> readAll(StringV
         fail("Utility::Path::read(): can't read from {}", filename);
         return {};
     }
-    return Containers::Pair<std::size_t, Containers::Array<char>>{filled, std::move(data)};
-}
-
-} // namespace
-
-Optional<Containers::Array<char>> read(StringView filename) {
-    auto all = readAll(filename);
-    if (!all)
-        return {};
-    Containers::Array<char>& data = all->second();
+    data[filled] = '\0';
     const auto deleter = data.deleter();
-    return Containers::Array<char>{data.release(), all->first(), deleter};
+    return Containers::String{data.release(), filled, deleter};
 }
-
-Optional<Containers::String> readString(StringView filename) {
-    auto all = readAll(filename);
-    if (!all)
-        return {};
-    Containers::Array<char>& data = all->second();
-    const auto deleter = data.deleter();
-    data[all->first()] = '\0';
-    return Containers::String{data.release(), all->first(), deleter};
-}
-
-namespace {
-
-bool writeFile(const char* function, StringView filename, int flags,
-               Containers::ArrayView<const void> data) {
-    File file{filename, O_WRONLY | O_CREAT | flags};
-    if (!file.isOpen())
-        return fail("Utility::Path::{}(): can't open {}", function, filename);
-    return (writeAll(file, static_cast<const char*>(data.data()), data.size()) && file.close()) ||
-           fail("Utility::Path::{}(): can't write to {}", function, filename);
-}
-
-} // namespace
 
 bool write(StringView filename, Containers::ArrayView<const void> data) {
-    return writeFile("write", filename, O_TRUNC, data);
-}
-
-bool append(StringView filename, Containers::ArrayView<const void> data) {
-    return writeFile("append", filename, O_APPEND, data);
+    File file{filename, O_WRONLY | O_CREAT | O_TRUNC};
+    if (!file.isOpen())
+        return fail("Utility::Path::write(): can't open {}", filename);
+    return (writeAll(file, static_cast<const char*>(data.data()), data.size()) && file.close()) ||
+           fail("Utility::Path::write(): can't write to {}", filename);
 }
 
 namespace {

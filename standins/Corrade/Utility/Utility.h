@@ -1,8 +1,6 @@
 #ifndef VespermoorStandins_Corrade_Utility_Utility_h
 #define VespermoorStandins_Corrade_Utility_Utility_h
 
-#include "Corrade/Containers/Containers.h"
-
 /** @file @brief Stands in for the forward declarations of Corrade's Utility library. */
 
 namespace Corrade {
@@ -12,7 +10,6 @@ namespace Utility {
 class Debug;
 class Warning;
 class Error;
-class Fatal;
 
 } // namespace Utility
 } // namespace VespermoorStandins

@@ -1,36 +1,39 @@
 #ifndef VespermoorStandins_Magnum_Math_Matrix4_h
 #define VespermoorStandins_Magnum_Math_Matrix4_h
 
-#include "Magnum/Math/RectangularMatrix.h"
 #include "Magnum/Math/Vector4.h"
 
 namespace Magnum {
 inline namespace VespermoorStandins {
 namespace Math {
 
-/** Stands in for Magnum's transformation in space, the identity by default. */
+/** Stands in for Magnum's transformation in space, stored column after column. */
 template <class T>
-class Matrix4 : public RectangularMatrix<4, 4, T> {
+class Matrix4 {
 public:
-    static constexpr Matrix4 translation(const Vector3<T>& vector) {
-        Matrix4 matrix;
-        matrix[3] = Vector4<T>{vector, T(1)};
-        return matrix;
-    }
-
-    constexpr Matrix4() noexcept : Matrix4{IdentityInit} {}
-    constexpr explicit Matrix4(IdentityInitT, T value = T(1)) noexcept
-        : RectangularMatrix<4, 4, T>{IdentityInit, value} {}
-    constexpr explicit Matrix4(ZeroInitT) noexcept : RectangularMatrix<4, 4, T>{ZeroInit} {}
-    explicit Matrix4(Magnum::NoInitT) noexcept : RectangularMatrix<4, 4, T>{Magnum::NoInit} {}
+    /** The identity. */
+    constexpr Matrix4() noexcept
+        : Matrix4{{T(1), T(0), T(0), T(0)},
+                  {T(0), T(1), T(0), T(0)},
+                  {T(0), T(0), T(1), T(0)},
+                  {T(0), T(0), T(0), T(1)}} {}
     constexpr Matrix4(const Vector4<T>& first, const Vector4<T>& second, const Vector4<T>& third,
                       const Vector4<T>& fourth) noexcept
-        : RectangularMatrix<4, 4, T>{first, second, third, fourth} {}
+        : _columns{first, second, third, fourth} {}
 
-    Vector3<T>& translation() { return Vector3<T>::from(&(*this)[3][0]); }
-    constexpr Vector3<T> translation() const {
-        return {(*this)[3][0], (*this)[3][1], (*this)[3][2]};
+    auto data() -> T (&)[16] { return reinterpret_cast<T(&)[16]>(_columns); }
+    auto data() const -> const T (&)[16] { return reinterpret_cast<const T(&)[16]>(_columns); }
+    constexpr Vector4<T>& operator[](std::size_t column) { return _columns[column]; }
+    constexpr const Vector4<T>& operator[](std::size_t column) const { return _columns[column]; }
+
+    bool operator==(const Matrix4& other) const {
+        return _columns[0] == other[0] && _columns[1] == other[1] && _columns[2] == other[2] &&
+               _columns[3] == other[3];
     }
+    bool operator!=(const Matrix4& other) const { return !operator==(other); }
+
+private:
+    Vector4<T> _columns[4];
 };
 
 } // namespace Math
