@@ -13,9 +13,8 @@ namespace VespermoorEngine::Host {
  */
 class ElementScope : public DocumentScope {
 public:
-    /** @brief @p element lies inside @p document; @p key lives as long and is empty in an array. */
-    ElementScope(rapidjson::Document& document, rapidjson::Value& element,
-                 Containers::StringView key);
+    /** @brief @p value lies inside @p owner; @p key lives as long and is empty in an array. */
+    ElementScope(rapidjson::Document& owner, rapidjson::Value& value, Containers::StringView key);
 
     Containers::Pointer<JsonObject> member(Containers::StringView path) override;
 

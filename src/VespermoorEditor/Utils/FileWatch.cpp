@@ -442,7 +442,7 @@ int FileWatch::getDirectory(const Containers::StringView path) {
         }
         if (isInTree(path, candidate.path)) {
             ++candidate.refCount;
-            return i;
+            return int(i);
         }
         if (Path::isParentPath(path, candidate.path)) {
             ++candidate.refCount;
@@ -463,7 +463,7 @@ int FileWatch::getDirectory(const Containers::StringView path) {
         directory = &arrayAppend(directories, DirectoryData{descriptor, path});
     }
     Walk{*this, *directory}.run(path);
-    return directory - directories.data();
+    return int(directory - directories.data());
 }
 
 void FileWatch::closeDirectoryWatch(DirectoryData& directory) {
@@ -535,7 +535,7 @@ void FileWatch::updateLinux() {
             const auto& record =
                 *reinterpret_cast<const inotify_event*>(readBuffer.data() + offset);
             takeRecord(record, origin, batch);
-            offset += sizeof(inotify_event) + record.len;
+            offset += ssize_t(sizeof(inotify_event) + record.len);
         }
     }
     if (!batch.isEmpty()) {
