@@ -67,11 +67,7 @@ const Walk walks[]{
      everything | ListFlag::SortDescending, recursive, {"r/b", "r/a"}},
     {"not recursive", {"r/a/x", "r/b"}, "r", everything, VisitFlag::IncludeRoot,
      {"r/b", "r/a", "r"}},
-    {"not recursive, without root", {"r/a/x", "r/b"}, "r", everything, {}, {"r/b", "r/a"}},
     {"plain file", {"r"}, "r", everything, withRoot, {"r"}},
-    {"plain file, without root", {"r"}, "r", everything, recursive, {}},
-    {"empty directory, without root", {"r/"}, "r", everything, recursive, {}},
-    {"trailing slash is kept once", {"r/a/x"}, "r/", everything, withRoot, {"r/a/x", "r/a", "r/"}},
     {"directories alone", {"r/a/b/", "r/a/f", "r/g", "r/l -> a", "r/h -> g"}, "r", directories,
      recursive, {"r/a/b", "r/l", "r/a"}},
     {"links are leaves", {"r/a/x", "r/l -> a", "r/none -> gone"}, "r", everything, recursive,
@@ -82,12 +78,8 @@ const Walk walks[]{
      {"d/x", "r/a -> ../d", "r/b -> ../d", "r/c -> a"}, "r", everything, all,
      {"r/c/x", "r/b/x", "r/a/x", "r/c", "r/b", "r/a", "r"}},
     {"cycle to the start", {"r/a/l -> ../../r"}, "r", everything, all, {"r/a/l", "r/a", "r"}},
-    {"cycle to the link's own directory", {"r/a/l -> ."}, "r/", everything, all,
-     {"r/a/l", "r/a", "r/"}},
     {"cycle outside of the tree", {"d/e/l -> ..", "r/a -> ../d"}, "r", everything, all,
      {"r/a/e/l", "r/a/e", "r/a", "r"}},
-    {"two directories that lead to each other", {"r/a/l -> ../b", "r/b/m -> ../a"}, "r", everything,
-     recursive | VisitFlag::FollowSymlinks, {"r/b/m/l", "r/a/l/m", "r/b/m", "r/a/l", "r/b", "r/a"}},
     {"link to above the start is followed once", {"w/r/up -> .."}, "w/r", everything, all,
      {"w/r/up/r/up", "w/r/up/r", "w/r/up", "w/r"}},
     // clang-format on
@@ -157,25 +149,6 @@ TEST(VisitPath, VisitorMayChangeTheTree) {
     EXPECT_THAT(tree(root.path()), ElementsAre("new1", "new2", "new3"));
 }
 
-TEST(VisitPath, DirectoryThatCannotBeListedIsALeaf) {
-    const TemporaryDirectory root;
-    makeTree(root.path(), {"closed/x", "open/y"});
-    fs::permissions(root.path(), fs::perms::all);
-    fs::permissions(root / "closed", fs::perms::none);
-    EXPECT_EQ(unprivileged([&] {
-                  Messages messages;
-                  int calls = 0;
-                  const bool complete =
-                      visitPath(root.path().data(),
-                                Visitor{Corrade::DefaultInit,
-                                        [&](Containers::StringView) { return ++calls; }},
-                                everything, recursive);
-                  return complete && calls == 3 ? 0 : 1;
-              }),
-              0);
-    fs::permissions(root / "closed", fs::perms::all);
-}
-
 TEST(DeleteRecursive, RemovesTheTreeAndNothingBeside) {
     const TemporaryDirectory root;
     makeTree(root.path(), {"keep/x", "r/a/b/c", "r/empty/", "r/out -> ../keep", "r/none -> gone",
@@ -221,9 +194,7 @@ void PrintTo(const Copy& row, std::ostream* const out) {
 
 const Copy copies[]{
     {"files and empty directories", {"s/a/f", "s/e/", "s/g"}, "s", "d", {"a/", "a/f", "e/", "g"}},
-    {"trailing slashes", {"s/a/f"}, "s/", "d/", {"a/", "a/f"}},
     {"merge", {"s/a/f", "d/a/old", "d/b"}, "s", "d", {"a/", "a/f", "a/old", "b"}},
-    {"destination is made with what it lies in", {"s/a"}, "s", "x/y/d", {"a"}},
     // clang-format off
     {"links are looked through", {"o/x", "s/dir -> ../o", "s/file -> ../o/x", "s/two -> ../o"}, "s",
      "d", {"dir/", "dir/x", "file", "two/", "two/x"}},
@@ -233,8 +204,6 @@ const Copy copies[]{
     // clang-format on
     {"destination inside", {"s/a/f", "s/g"}, "s", "s/d", {"a/", "a/f", "g"}},
     {"destination deep inside", {"s/a/f", "s/g"}, "s", "s/x/y/d", {"a/", "a/f", "g"}},
-    {"destination inside a directory of the source", {"s/a/f"}, "s", "s/a/d", {"a/", "a/f"}},
-    {"destination inside exists", {"s/a/f", "s/d/old"}, "s", "s/d", {"a/", "a/f", "old"}},
     {"destination inside through a link", {"d/", "s/l -> ../d", "s/f"}, "s", "d", {"f"}},
     {"onto itself", {"s/a/f", "l -> s"}, "s", "l", {"a/", "a/f"}},
 };
@@ -272,24 +241,21 @@ TEST(CopyRecursive, KeepsNamesAndBytes) {
 
 TEST(CopyRecursive, FailsWhereAFileCannotBeCopied) {
     const TemporaryDirectory root;
-    makeTree(root.path(), {"file", "dangling/l -> gone", "s/f", "taken/f/"});
+    makeTree(root.path(), {"file", "dangling/l -> gone", "s/f", "taken/f/", "same/f -> ../s/f",
+                           "full/f -> /dev/full"});
     Messages messages;
     EXPECT_FALSE(copyRecursive((root / "file").data(), (root / "d").data()));
     EXPECT_FALSE(copyRecursive((root / "none").data(), (root / "d").data()));
     EXPECT_FALSE(fs::exists(root / "d"));
     EXPECT_FALSE(copyRecursive((root / "dangling").data(), (root / "d").data()));
-    EXPECT_FALSE(copyRecursive((root / "s").data(), (root / "taken").data()));
-    EXPECT_FALSE(copyRecursive((root / "s").data(), (root / "file").data()));
+    for (const char* const destination : {"taken", "file", "same"}) {
+        EXPECT_FALSE(copyRecursive((root / "s").data(), (root / destination).data()));
+    }
     EXPECT_EQ(readFile(root / "file"), "file");
-}
-
-/* Corrade's own copy takes a full device for a success, so the two are held against each other. */
-TEST(CopyRecursive, ReportsAFullDeviceAsTheCopyOfAFileDoes) {
-    const TemporaryDirectory root;
-    makeTree(root.path(), {"s/f", "d/f -> /dev/full"});
-    Messages messages;
-    const bool copied = Utility::Path::copy((root / "s/f").data(), "/dev/full");
-    EXPECT_EQ(copyRecursive((root / "s").data(), (root / "d").data()), copied);
+    EXPECT_EQ(readFile(root / "s/f"), "s/f");
+    /* Corrade's own copy takes a full device for a success. */
+    EXPECT_EQ(copyRecursive((root / "s").data(), (root / "full").data()),
+              Utility::Path::copy((root / "s/f").data(), "/dev/full"));
 }
 
 TEST(CopyRecursive, DirectoryThatCannotBeListedStaysEmpty) {

@@ -27,7 +27,7 @@ public:
     /** @brief Bytes that a callable may take. */
     static constexpr std::size_t Capacity = 64;
 
-    /** @brief Empty function, which is expected not to be called. */
+    /** @brief Empty function, which must not be called. */
     Function() noexcept : storage{} {}
 
     /**
@@ -73,7 +73,7 @@ public:
     /** @brief Whether a callable is stored. */
     explicit operator bool() const noexcept { return invoker; }
 
-    /** @brief Calls the stored callable; expects that there is one. */
+    /** @brief Calls the stored callable, of which there has to be one. */
     Result operator()(Arguments... arguments) const {
         return invoker(storage, std::forward<Arguments>(arguments)...);
     }

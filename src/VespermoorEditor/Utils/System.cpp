@@ -76,15 +76,6 @@ bool leadsBack(const Containers::StringView path, const std::size_t startSize) {
     return false;
 }
 
-bool isExpanded(const Containers::StringView path, const std::size_t startSize,
-                const VisitFlags visitFlags) {
-    const bool link = isSymlink(path);
-    if (!Utility::Path::isDirectory(path)) {
-        return false;
-    }
-    return !link || (visitFlags >= VisitFlag::FollowSymlinks && !leadsBack(path, startSize));
-}
-
 /* Whether the directory `path` is a link that leads back. */
 bool isCycle(const Containers::StringView path, const std::size_t startSize) {
     const Containers::Optional<struct stat> status = linkStatus(path);
@@ -111,7 +102,7 @@ Containers::Array<Containers::String> collect(const std::size_t startSize,
     Containers::Array<Containers::String> paths;
     arrayAppend(paths, Containers::String{path});
     for (std::size_t i = 0; i != paths.size(); ++i) {
-        if (isExpanded(paths[i], startSize, visitFlags)) {
+        if (isExpanded(startSize, paths[i], visitFlags)) {
             /* A copy, since appending may move the list's strings. */
             const Containers::String directory = paths[i];
             appendNames(paths, directory, Utility::Path::list(directory, listFlags));
@@ -133,6 +124,14 @@ Containers::StringView topmostMissing(Containers::StringView path) {
         }
         path = parent;
     }
+}
+
+/* Copies a file onto another. One that is the very same under another name, a link to it say, is
+   refused: opening it for writing would empty the source. */
+bool copyFile(const Containers::StringView source, const Containers::StringView destination) {
+    const Identity taken = identity(destination);
+    return !(taken.exists && taken.isSame(identity(source))) &&
+           Utility::Path::copy(source, destination);
 }
 
 /* Directories that a copy makes outside of what it copies: the destination, and the topmost of
@@ -157,6 +156,15 @@ bool isSymlink(const Containers::StringView path) {
         return false;
     }
     return S_ISLNK(status->st_mode);
+}
+
+bool isExpanded(const std::size_t startSize, const Containers::StringView path,
+                const VisitFlags visitFlags) {
+    const bool link = isSymlink(path);
+    if (!Utility::Path::isDirectory(path)) {
+        return false;
+    }
+    return !link || (visitFlags >= VisitFlag::FollowSymlinks && !leadsBack(path, startSize));
 }
 
 bool visitPath(const Containers::StringView path, Visitor visitor,
@@ -194,7 +202,7 @@ bool copyRecursive(const Containers::StringView source, const Containers::String
         const Containers::String relative = paths[i];
         const Containers::String origin = Utility::Path::join(source, relative);
         if (!Utility::Path::isDirectory(origin)) {
-            if (!Utility::Path::copy(origin, Utility::Path::join(destination, relative))) {
+            if (!copyFile(origin, Utility::Path::join(destination, relative))) {
                 return false;
             }
             continue;

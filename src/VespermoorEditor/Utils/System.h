@@ -43,7 +43,7 @@ bool isSymlink(Containers::StringView path);
  *
  * The whole tree is listed before the first call, so the visitor may change it. Names within a
  * directory come in descending order, the start path last. @p listFlags pick the entries that are
- * seen, sorting aside, and are expected to hold `SkipDotAndDotDot`. The visitor gets the start path
+ * seen, sorting aside, and have to hold `SkipDotAndDotDot`. The visitor gets the start path
  * as it was passed and everything else with its directory's path in front, in a NUL-terminated view
  * that lives during the call; it returns whether to go on.
  *
@@ -57,10 +57,19 @@ bool visitPath(Containers::StringView path, Function<bool(Containers::StringView
                Utility::Path::ListFlags listFlags, VisitFlags visitFlags);
 
 /**
+ * @brief Whether a walk as that of @ref visitPath() goes on below @p path.
+ *
+ * So it does where @p path is a directory, and links are followed where it is a link, except for
+ * one that closes a cycle: the first @p startSize bytes of @p path are where the walk started.
+ * Prints what @ref isSymlink() prints where nothing is there.
+ */
+bool isExpanded(std::size_t startSize, Containers::StringView path, VisitFlags visitFlags);
+
+/**
  * @brief Walks from @p path as @ref visitPath() does when it comes to it on a walk from @p start.
  *
- * @p path is expected to be one that a walk from @p start gives to its visitor. The difference to a
- * walk of its own is in the links that lead to a directory between the two, which are a cycle.
+ * @p path has to be one that a walk from @p start gives to its visitor. The difference to a walk of
+ * its own is in the links that lead to a directory between the two, which are a cycle.
  */
 bool visitPathBelow(Containers::StringView start, Containers::StringView path,
                     Function<bool(Containers::StringView)> visitor,
@@ -75,10 +84,11 @@ bool visitPathBelow(Containers::StringView start, Containers::StringView path,
  * the link, which would make a cycle, becomes an empty directory. A destination inside the source
  * is copied without itself and without the directories made to hold it.
  *
- * Returns false as soon as a file cannot be copied, and what was made so far stays. A directory
- * that cannot be listed becomes an empty one, which is no failure. Where @p source is no directory
- * it is expected to be a path that may carry a trailing slash, since both paths are joined with an
- * empty one; for a plain file the result is false.
+ * Returns false as soon as a file cannot be copied, and what was made so far stays. A file of the
+ * destination that is one of the source under another name, such as a link to it, cannot be
+ * replaced by itself and stays as it is. A directory that cannot be listed becomes an empty one,
+ * which is no failure. For a plain file as @p source the result is false, since both paths get a
+ * slash at their end.
  */
 bool copyRecursive(Containers::StringView source, Containers::StringView destination);
 
@@ -86,7 +96,9 @@ bool copyRecursive(Containers::StringView source, Containers::StringView destina
  * @brief Removes @p path with all it holds; links are removed as links.
  *
  * Returns false where nothing is there, and as soon as something cannot be removed: what went
- * before is gone then and the rest stays.
+ * before is gone then and the rest stays. A link that leads nowhere counts as nothing when it is
+ * @p path itself, and stays. A link with a slash behind it names the directory it leads to: what
+ * that holds is removed, the link cannot be, and the result is false.
  */
 bool deleteRecursive(Containers::StringView path);
 
