@@ -96,23 +96,6 @@ struct FileWatchCostTest : testing::Test {
     FileWatch watch;
 };
 
-/* Waits until nothing changed lately: until the clock of the file system has left the time of the
-   last change behind. */
-void settle(const std::string& path) {
-    const std::string probe = path + ".probe";
-    struct stat changed;
-    struct stat now;
-    writeFile(probe, "");
-    ASSERT_EQ(stat(probe.data(), &changed), 0);
-    do {
-        writeFile(probe, "");
-        ASSERT_EQ(stat(probe.data(), &now), 0);
-    } while ((now.st_ctim.tv_sec - changed.st_ctim.tv_sec) * 1'000'000'000 + now.st_ctim.tv_nsec -
-                 changed.st_ctim.tv_nsec <
-             50'000'000);
-    std::filesystem::remove(probe);
-}
-
 TEST_F(FileWatchCostTest, CountersCount) {
     const Counts counted = cost([&] {
         char byte;
@@ -146,14 +129,14 @@ TEST_F(FileWatchCostTest, CoveredRequestAsksTheKernelNothing) {
 
 TEST_F(FileWatchCostTest, QuietTreeCostsOneStatPerDirectoryOnTop) {
     makeTree(root.path(), {"w/a/b/", "w/a/f", "w/c/", "n/d/f", "n/d/e/"});
-    settle(root.path());
+    waitUntilQuiet(root.path());
     const Counts registered = cost([&] { watch.watch((root / "w").data(), {}); });
     /* The walk asks twice for each directory, watch() once for the path. */
     EXPECT_EQ(registered.kernelWatches, 4);
     EXPECT_EQ(registered.linkStats, 4);
     EXPECT_EQ(registered.stats, 1 + 4 + 3);
     std::filesystem::rename(root / "n", root / "w/n");
-    settle(root.path());
+    waitUntilQuiet(root.path());
     const Counts followed = cost([&] { watch.update(); });
     /* The walk asks twice for each entry, the visitor once more; three of the four are watched. */
     EXPECT_EQ(followed.kernelWatches, 3);

@@ -92,6 +92,19 @@ inline void expectWatchesExactly(FileWatch& watch, const std::string& root) {
     EXPECT_EQ(present, wanted);
 }
 
+/** @brief Waits until the file system's clock has left the last change beside @p path behind. */
+inline void waitUntilQuiet(const std::string& path) {
+    namespace fs = std::filesystem;
+    const std::string probe = path + ".probe";
+    const auto stamp = [&probe] {
+        writeFile(probe, "");
+        return fs::last_write_time(probe);
+    };
+    const fs::file_time_type changed = stamp();
+    waitUntil([&] { return stamp() - changed > std::chrono::milliseconds{50}; });
+    fs::remove(probe);
+}
+
 /** @brief Changes that callbacks were told of, as `<label> Modify <path below the root>`. */
 class Heard {
 public:

@@ -147,6 +147,13 @@ bool mayHaveChanged(const Containers::StringView path, const timespec& since) {
            mayFollow(status.st_ctim, since);
 }
 
+/* Whether `path` is a link that may have come to its place at `since` or later. */
+bool mayBeNewLink(const Containers::StringView path, const timespec& since) {
+    struct stat status;
+    return lstat(Containers::String::nullTerminatedView(path).data(), &status) == 0 &&
+           S_ISLNK(status.st_mode) && mayFollow(status.st_ctim, since);
+}
+
 } // namespace
 
 FileWatch::WatchData::WatchData() : directoryIndex{0}, id{0} {}
@@ -214,6 +221,8 @@ private:
     struct Sighting {
         /* -1 where the name is not watched. */
         std::int32_t descriptor = -1;
+        /* Whether something below the name is watched. */
+        bool passed = false;
         bool reported = false;
         bool refused = false;
     };
@@ -232,17 +241,15 @@ private:
     Utility::Path::ListFlags listFlags;
     VisitFlags visitFlags;
     const char* refusal;
-    timespec begin{};
-    /* Watched, but listed before that and perhaps changed in between. */
+    timespec begin = fileTime();
+    /* Watched, but listed before that and perhaps not as they are now. */
     Containers::Array<Containers::String> unsettled;
     Containers::Array<Containers::String> refused;
 };
 
 void FileWatch::Walk::run(const Containers::StringView start) {
-    begin = fileTime();
     visitPath(start, visitor(), listFlags, visitFlags);
     while (!unsettled.isEmpty()) {
-        begin = fileTime();
         const Containers::Array<Containers::String> round = std::move(unsettled);
         for (const Containers::String& directory : round) {
             settle(start, directory);
@@ -271,7 +278,9 @@ void FileWatch::Walk::visit(const Containers::StringView path) {
 
 void FileWatch::Walk::settle(const Containers::StringView start,
                              const Containers::StringView directory) {
-    if (!Utility::Path::isDirectory(directory)) {
+    /* It may be gone, and some that are watched are leaves of the walk: links. */
+    if (!Utility::Path::isDirectory(directory) ||
+        !isExpanded(start.size(), directory, visitFlags)) {
         return;
     }
     const Containers::Optional<Containers::Array<Containers::String>> names =
@@ -284,9 +293,13 @@ void FileWatch::Walk::settle(const Containers::StringView start,
         const Containers::String path = Utility::Path::join(directory, (*names)[i - 1]);
         const Sighting& sighting = sightings[i - 1];
         if (isSettled(path, sighting)) {
+            /* What a link led to when the walk went through it may have been something else. */
+            if (mayBeNewLink(path, begin)) {
+                arrayAppend(unsettled, path);
+            }
             continue;
         }
-        if (sighting.descriptor != -1) {
+        if (sighting.descriptor != -1 || sighting.passed) {
             owner.prune(record, path);
         }
         /* A link that leads nowhere does not exist for the walk, and is visited all the same. */
@@ -303,19 +316,21 @@ Containers::Array<FileWatch::Walk::Sighting>
 FileWatch::Walk::takeStock(const Containers::StringView directory,
                            const Containers::ArrayView<const Containers::String> names) {
     Containers::Array<Sighting> sightings{Corrade::ValueInit, names.size()};
-    const auto sightingOf = [&](const Containers::StringView path) -> Sighting* {
-        const Containers::StringView name = nameBelow(directory, path);
+    const auto sightingOf = [&](const Containers::StringView name) -> Sighting* {
         const std::size_t position = positionOf(names, name);
-        const bool found = position != names.size() && name.end() == path.end();
-        return found ? &sightings[position] : nullptr;
+        return position != names.size() ? &sightings[position] : nullptr;
+    };
+    const auto sightingAt = [&](const Containers::StringView path) -> Sighting* {
+        const Containers::StringView name = nameBelow(directory, path);
+        return name.end() == path.end() ? sightingOf(name) : nullptr;
     };
     for (const Containers::String& path : refused) {
-        if (Sighting* const sighting = sightingOf(path)) {
+        if (Sighting* const sighting = sightingAt(path)) {
             sighting->refused = true;
         }
     }
     for (std::size_t i = batchBegin; batch && i != batch->size(); ++i) {
-        if (Sighting* const sighting = sightingOf((*batch)[i].first())) {
+        if (Sighting* const sighting = sightingAt((*batch)[i].first())) {
             sighting->reported = true;
         }
     }
@@ -323,10 +338,16 @@ FileWatch::Walk::takeStock(const Containers::StringView directory,
     for (std::size_t i = 0; i != record.subPaths.size(); ++i) {
         const Containers::StringView path = record.subPaths[i];
         const Containers::StringView name = nameBelow(directory, path);
-        if (Sighting* const sighting = sightingOf(path)) {
-            sighting->descriptor = record.subWatchDescriptors[i];
-        } else if (!name.isEmpty() && positionOf(names, name) == names.size()) {
+        if (name.isEmpty()) {
+            continue;
+        }
+        Sighting* const sighting = sightingOf(name);
+        if (!sighting) {
             arrayAppend(gone, Utility::Path::join(directory, name));
+        } else if (name.end() == path.end()) {
+            sighting->descriptor = record.subWatchDescriptors[i];
+        } else {
+            sighting->passed = true;
         }
     }
     for (const Containers::String& path : gone) {
@@ -336,13 +357,14 @@ FileWatch::Walk::takeStock(const Containers::StringView directory,
 }
 
 /* Whether what stands at `path` now is what the walk has dealt with. Placing the kernel watch once
-   more tells: the same directory has the same descriptor. */
+   more tells: the same directory has the same descriptor, and what was refused is refused again. */
 bool FileWatch::Walk::isSettled(const Containers::StringView path, const Sighting& sighting) {
+    const bool watched = sighting.descriptor != -1;
     if (batch && !Utility::Path::isDirectory(path)) {
-        return sighting.descriptor == -1 && sighting.reported;
+        return !watched && !sighting.passed && sighting.reported;
     }
-    if (sighting.descriptor == -1) {
-        return sighting.refused;
+    if (!watched && (sighting.passed || !sighting.refused)) {
+        return false;
     }
     const int descriptor = addKernelWatch(owner.inotifyFd, path);
     if (descriptor == sighting.descriptor) {

@@ -30,8 +30,8 @@ namespace Utility = Corrade::Utility;
  *
  * Directories that appear in a watched tree are watched with all they hold, also while other
  * processes go on filling, moving and deleting them. An entry can be reported more than once on the
- * way. Such a race is noticed by the time stamps of directories, so the clock of the file system is
- * expected not to lag behind that of the system.
+ * way. Such a race is noticed by the time stamps of directories and links, so the clock of the file
+ * system must not lag behind that of the system.
  *
  * An object belongs to one thread at a time. It takes one inotify instance, and one kernel watch
  * for every directory.
@@ -124,10 +124,18 @@ public:
     /**
      * @brief Registers @p callback for the directory tree or the single file at @p path.
      *
-     * A file is expected to exist now and may go and come back later. Its watch also hears files
-     * of the same name anywhere below the file's directory, and puts kernel watches on all of it.
-     * Trees that lie in one another share their kernel watches. From within a callback it moves the
-     * registered callbacks, the running one included, which then must not touch its captures.
+     * A file has to exist now, and may go and come back later. Its watch also hears files of the
+     * same name anywhere below the file's directory, and puts kernel watches on all of it. Links
+     * are looked through once: of a directory that @p path or a link below it leads to, what lies
+     * directly in it is heard, and no more.
+     *
+     * Trees that lie in one another share their kernel watches. Where @p path holds a tree that is
+     * watched already, that one is registered anew as part of it: what changed there since the last
+     * @ref update() is not heard, and where the kernel refuses @p path its watches hear nothing
+     * from then on. See @ref nested for several such trees.
+     *
+     * A callback that calls this or @ref remove() must not touch its captures afterwards, since
+     * callbacks move and end with the list of watches.
      *
      * Returns an id above 0 that was never used before; 0 where nothing exists at @p path, and
      * with `Directory doesn't exist` on `Warning`, behind a line that tells why, where the kernel
@@ -136,10 +144,10 @@ public:
     VESPERMOOR_EDITOR_UTILS_EXPORT int watch(Containers::StringView path, Callback callback);
 
     /**
-     * @brief Ends the watch with that id and its kernel watches, unless others need them.
+     * @brief Ends the watch with that id, and with the last watch of a tree the kernel's.
      *
-     * Does nothing where no such watch lives. A callback can remove any watch, but must not touch
-     * its captures after it removed its own.
+     * Does nothing where no such watch lives. A callback can remove any watch, its own included,
+     * and must not touch its captures afterwards.
      */
     VESPERMOOR_EDITOR_UTILS_EXPORT void remove(int id);
 
@@ -162,7 +170,7 @@ public:
      */
     VESPERMOOR_EDITOR_UTILS_EXPORT bool update();
 
-    /** @brief Directories that are watched; one counts as often as trees are watched that hold it.
+    /** @brief Kernel watches that the open trees ask for; a directory in two of them counts twice.
      */
     std::size_t directoryCount() const {
         std::size_t count = 0;
@@ -180,7 +188,7 @@ public:
      */
     VESPERMOOR_EDITOR_UTILS_EXPORT int getDirectory(Containers::StringView path);
 
-    /** @brief Removes the watch at @p slot, expected to be one; the last watch takes its place. */
+    /** @brief Removes the watch at @p slot, which has to be one; the last watch takes its place. */
     VESPERMOOR_EDITOR_UTILS_EXPORT void removeInternal(std::uint64_t slot);
 
     /** @brief Ends the record's kernel watches and closes it for good; its references stay. */
