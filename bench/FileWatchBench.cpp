@@ -61,7 +61,7 @@ double peakMemory() {
     std::ifstream status{"/proc/self/status"};
     for (std::string line; std::getline(status, line);) {
         if (line.rfind("VmHWM:", 0) == 0) {
-            return std::stod(line.substr(6)) / 1024.0;
+            return std::stod(line.substr(6)) * 1024.0 / 1e6;
         }
     }
     return 0.0;
