@@ -1,5 +1,7 @@
-#include "Support.h"
 #include "VespermoorEditor/Utils/JsonObject.h"
+
+#include "Json.h"
+#include "Support.h"
 
 namespace VespermoorEngine::Test {
 namespace {
@@ -8,21 +10,13 @@ using namespace std::string_literals;
 using Containers::StringIterable;
 using Containers::StringView;
 
-std::string print(const rapidjson::Value& json) {
-    rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> writer{buffer};
-    json.Accept(writer);
-    return {buffer.GetString(), buffer.GetSize()};
-}
-
 /* One value to read and to write, or one for each, with a record of what it was asked for: a
    capital where the value to write was an array at that time. */
 struct RecordingObject : JsonObject {
     explicit RecordingObject(const char* const read, const char* const written = nullptr)
-        : writable{written ? other : readable} {
-        readable.Parse(read);
-        other.Parse(written ? written : "null");
-    }
+        : readable{parse(read)},
+          other{parse(written ? written : "null")},
+          writable{written ? other : readable} {}
 
     bool exists() override { return true; }
     Containers::Pointer<JsonObject> member(StringView) override { return nullptr; }
@@ -54,68 +48,59 @@ TEST(JsonObjectWriteTest, StoresAndAsks) {
     struct Row {
         const char* before;
         void (*write)(J&);
-        const char* expected;
-        const char* calls;
+        const char *expected, *calls;
         const char* writable = nullptr;
     };
-    const auto setTemporary = [](J& o) { o.setString(view("long enough for\0the pool"s)); };
-    const auto setOwnString = [](J& o) { o.setString(o.asString().exceptPrefix(1)); };
-    const auto setStrings = [](J& o) { o.setArray(Containers::arrayView(strings)); };
     const auto setOwnStrings = [](J& o) { o.setArray(StringIterable{o.asStringViewArray()}); };
     const auto push = [](J& o) { o.pushBackString("a"); };
     const auto pushUnique = [](J& o) { o.pushBackStringUnique("a"); };
-    const auto erase = [](J& o) { o.eraseElement(1); };
     const Row rows[]{
+        // clang-format off
         {"[1]", [](J& o) { o.setNull(); }, "null", "m"},
-        {"[1]", [](J& o) { o.setBool(true); }, "true", "m"},
-        {"[1]", [](J& o) { o.setInt(-5); }, "-5", "m"},
         {"[1]", [](J& o) { o.setFloat(0.1f); }, "0.10000000149011612", "m"},
-        {"1", setTemporary, R"("long enough for\u0000the pool")", "ma"},
-        {R"("abcdef")", setOwnString, R"("bcdef")", "vma"},
+        {"\"ab\"", [](J& o) { o.setString(o.asString().exceptPrefix(1)); }, "\"b\"", "vma"},
+        {"1", [](J& o) { o.setString(view("long enough for\0the pool"s)); },
+         R"("long enough for\u0000the pool")", "ma"},
         {"1", [](J& o) { o.setArray(floats); }, "[0.10000000149011612,3.0]", "mAAA"},
         {"1", [](J& o) { o.setArray(ints); }, "[-1,7]", "mAAA"},
         {"1", [](J& o) { o.setArray(bytes); }, "[0,255]", "mAAA"},
-        {"1", setStrings, R"(["short","","long enough for the pool"])", "mAAAA"},
+        {"1", [](J& o) { o.setArray(Containers::arrayView(strings)); },
+         R"(["short","","long enough for the pool"])", "mAAAA"},
+        {"1", [](J& o) { o.setQuaternion({{1, 2, 3}, 4}); }, "[1.0,2.0,3.0,4.0]", "mAAAAA"},
         {R"(["b","a"])", setOwnStrings, R"(["b","a"])", "vvmAAA"},
         {"[2]", [](J& o) { o.setIntArray({}); }, "[]", "mA", "3"},
-        {R"(["a"])", push, R"(["a","a"])", "vmAA"},
         {R"({"a":1})", push, R"(["a"])", "vmAA"},
         {R"([{"x":["y"]}])", push, R"([{"x":["y"]},"a"])", "vmaAA", "2"},
         {R"(["A","ab",["a"],1])", pushUnique, R"(["A","ab",["a"],1,"a"])", "vmAA"},
         {R"(["b","a\u0000b"])", pushUnique, R"(["b","a\u0000b"])", "vm"},
         {R"(["a"])", pushUnique, R"(["a"])", "vma", "2"},
         {R"(["b"])", pushUnique, R"(["b","a"])", "vmAAA", R"(["a"])"},
-        {R"([1,"2",[3],4])", erase, "[1,[3],4]", "vm"},
-        {"[1,2]", erase, "[3]", "vm", "[3,4]"},
+        {"[1,2,4]", [](J& o) { o.eraseElement(1); }, "[3,[5]]", "vm", "[3,4,[5]]"},
+        // clang-format on
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(testing::Message() << row.before << " to " << row.expected);
         RecordingObject json{row.before, row.writable};
         row.write(json);
         EXPECT_EQ(json.calls, row.calls);
-        EXPECT_EQ(print(json.writable), row.expected);
-        EXPECT_EQ(print(json.readable), row.writable ? row.before : row.expected);
+        EXPECT_EQ(compact(json.writable), row.expected);
+        EXPECT_EQ(compact(json.readable), row.writable ? row.before : row.expected);
     }
 }
 
-TEST(JsonObjectWriteTest, IsReadBack) {
+TEST(JsonObjectWriteTest, MatricesAreReadBack) {
     RecordingObject json{"null"};
-    const Magnum::Math::Matrix4<float> matrix{
-        {1, 2, 3, 4}, {5, 6, 7, 8}, {9, 10, 11, 12}, {13, 14, 15, 16}};
-    json.setMatrix(matrix);
-    EXPECT_EQ(json.asMatrix4(), matrix);
-    const Magnum::Math::Quaternion<float> quaternion{{1, 2, 3}, 0.25f};
-    json.setQuaternion(quaternion);
-    EXPECT_EQ(json.asQuaternion(), quaternion);
-    EXPECT_EQ(json.writable.Capacity(), 4);
+    json.setMatrix({{1, 2, 3, 4}, {5, 6, 7, 8}, {9, 10, 11, 12}, {13, 14, 15, 16}});
+    EXPECT_EQ(json.asMatrix4()[3], (Magnum::Vector4{13, 14, 15, 16}));
+    EXPECT_EQ(json.writable.Capacity(), 16);
 }
 
 TEST(JsonObjectWriteTest, CopiesShareConstantStrings) {
     RecordingObject json{"[]", "null"};
-    const rapidjson::Value::StringRefType constant{"too long for the value itself"};
+    const char constant[]{"too long for the value itself"};
     json.readable.PushBack(constant, json.readable.GetAllocator());
     json.pushBackString("a");
-    EXPECT_EQ(json.writable[0].GetString(), constant.s);
+    EXPECT_EQ(json.writable[0].GetString(), constant);
 }
 
 TEST(JsonObjectWriteDeathTest, EraseElement) {
