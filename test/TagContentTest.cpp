@@ -11,7 +11,6 @@ namespace {
 TEST(TagContentTest, Replace) {
     const Utils::TagReplacement a{"[a]", "[/a]", "1"};
     const Utils::TagReplacement b{"[b]", "[/b]", "2"};
-    const char* const overlap = "overlapping tags: '[/a]' should appear before '[b]'";
     struct Row {
         const char* text;
         std::vector<Utils::TagReplacement> replacements;
@@ -19,24 +18,21 @@ TEST(TagContentTest, Replace) {
         bool succeeds = true;
     };
     const Row rows[]{
-        {"x[a]old[/a]y[b]old[/b]z", {b, a}, "x[a]1[/a]y[b]2[/b]z"},
-        {"x[a]old[/a]", {}, "x[a]old[/a]"},
-        {"", {a, b}, ""},
-        {"[b]old[/b]", {a, b}, "[b]2[/b]"},
+        // clang-format off
+        {"x[a]old[/a]y[b]old[/b]z", {b, a}, "x[a]1[/a]y[b]2[/b]z"}, {"x[a]", {}, "x[a]"},
+        {"", {a, b}, ""}, {"[b]old[/b]", {a, b}, "[b]2[/b]"},
         {"[a][/a][b][/b]", {a, b}, "[a]1[/a][b]2[/b]"},
         {"<x[>]y|", {{"<", "[>", "1"}, {">]", "|", "2"}}, "<1[>]2|"},
+        {"<x>[b]y[/b]", {{"<", ">", "[b]"}, b}, "<[b]>[b]2[/b]"},
+        {"[/a]x[a]y", {a}, "[/a]x[a]1[/a]x[a]y"}, {"x|y", {{"|", "|", ""}}, "x||y"},
         {"[/b]", {a, b}, "missing tag '[b]'", false},
         {"[a][/b]", {a, b}, "missing tag '[/a]'", false},
         {"[a][b][/a]", {a, b}, "missing tag '[/b]'", false},
         {"[a]", {{"[a]", "", "1"}}, "missing tag ''", false},
-        {"[a][b][/b][/a]", {b, a}, overlap, false},
-        {"|;",
-         {{"|", ";", ""}, {";", "|", ""}},
-         "overlapping tags: ';' should appear before ';'",
-         false},
-        {"<x>[b]y[/b]", {{"<", ">", "[b]"}, b}, "<[b]>[b]2[/b]"},
-        {"[/a]x[a]y", {a}, "[/a]x[a]1[/a]x[a]y"},
-        {"x|y", {{"|", "|", ""}}, "x||y"},
+        {"[a][b][/b][/a]", {b, a}, "overlapping tags: '[/a]' should appear before '[b]'", false},
+        {"|;", {{"|", ";", ""}, {";", "|", ""}},
+         "overlapping tags: ';' should appear before ';'", false},
+        // clang-format on
     };
     for (const Row& row : rows) {
         const auto result =
@@ -44,8 +40,7 @@ TEST(TagContentTest, Replace) {
         EXPECT_EQ(text(result.first()), row.expected);
         EXPECT_EQ(result.second(), row.succeeds) << row.expected;
     }
-    const auto result = Utils::replaceTagContent("[a]x[/a]", {a, b});
-    EXPECT_EQ(text(result.first()), "[a]1[/a]");
+    EXPECT_EQ(text(Utils::replaceTagContent("[a]x[/a]", {a, b}).first()), "[a]1[/a]");
 }
 
 TEST(TagContentTest, FindsWhatASearchForEachTagFinds) {
@@ -54,20 +49,16 @@ TEST(TagContentTest, FindsWhatASearchForEachTagFinds) {
         std::string alphabet;
         std::size_t longestText, shortest, longest;
     };
-    const Row rows[]{{"ab", 200, 0, 9},
-                     {"ab", 500, 6, 20},
-                     {letters, 100, 0, 1},
-                     {letters, 300, 2, 3},
-                     {letters, 1000, 4, 30}};
     std::mt19937 random{1};
-    for (const auto& [alphabet, longestText, shortest, longest] : rows) {
+    for (const auto& [alphabet, longestText, shortest, longest] :
+         {Row{"ab", 200, 0, 9}, Row{"ab", 500, 6, 20}, Row{letters, 100, 0, 1},
+          Row{letters, 300, 2, 3}, Row{letters, 1000, 4, 30}}) {
         const auto fill = [&random, &alphabet = alphabet](std::string& text, std::size_t size) {
             while (text.size() < size) {
                 text += alphabet[random() % alphabet.size()];
             }
         };
-        std::size_t found = 0;
-        std::size_t absent = 0;
+        std::size_t counts[2]{};
         for (int round = 0; round != 300; ++round) {
             std::string whole;
             fill(whole, random() % longestText);
@@ -89,11 +80,11 @@ TEST(TagContentTest, FindsWhatASearchForEachTagFinds) {
                 const bool isFound = place != std::string::npos;
                 ASSERT_EQ(places[i].data(), isFound ? text.data() + place : nullptr) << tags[i];
                 ASSERT_EQ(places[i].size(), isFound ? tags[i].size() : 0) << tags[i];
-                ++(isFound ? found : absent);
+                ++counts[isFound];
             }
         }
-        EXPECT_GT(found, 1000);
-        EXPECT_GT(absent, 100);
+        EXPECT_GT(counts[true], 1000);
+        EXPECT_GT(counts[false], 100);
     }
 }
 
