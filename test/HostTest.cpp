@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <iterator>
@@ -9,211 +8,133 @@
 
 #include "Failure.h"
 #include "Files.h"
+#include "Processes.h"
 #include "Program.h"
 #include "Support.h"
+#include "Tree.h"
 
 namespace VespermoorEngine::Test {
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::string_literals;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 
-/* Runs in a directory with these files; @D stands for its path, in arguments and in what is
-   expected. */
-struct CommandRow {
-    const char* name;
-    std::vector<std::string> arguments;
-    int exitCode;
-    std::string output;
-    std::string error;
-};
-
-const std::vector<std::pair<std::string, std::string>> files{
+constexpr std::pair<const char*, const char*> files[]{
     {"scene.json",
      "{\"name\": \"Attic\", \"open\": true, \"scale\": 1.2399,\n \"parts\": [{\"id\": 7}]}\n"},
     {"more.json", "{\"name\": \"Cellar\", \"depth\": 2.5}"},
     {"broken.json", "{\n  \"a\": 1,\n  \"b\" 2\n}\n"},
     {"empty.json", ""},
-    {"deep.json", std::string(1025, '[') + std::string(1025, ']')},
     {"good.tmpl", "{{ name }}: {{ depth }}{{ if open }} (open){{ end }}\n"},
     {"undefined.tmpl", "text {{ no.such.name }}\n"},
     {"twice.tmpl", "{{ x == 'y }}"},
     {"syntax.tmpl", "text {{ name\n"},
-    {"nothing.tmpl", "{{ if 'no' }}x{{ end }}"},
+    {"lines", "one\nTwo two\n\nno newline tWO"},
+    {"line", "Two"},
 };
 
-std::string inDirectory(std::string text, const std::string& directory) {
-    for (std::size_t at; (at = text.find("@D")) != std::string::npos;) {
-        text.replace(at, 2, directory);
+/* A directory with these files that is the current one. */
+class HostCommandTest : public testing::Test {
+protected:
+    HostCommandTest() {
+        for (const auto& [name, content] : files) {
+            writeFile(directory / name, content);
+        }
+        writeFile(directory / "deep.json", std::string(1025, '[') + std::string(1025, ']'));
     }
-    return text;
-}
 
-class HostCommandTest : public testing::TestWithParam<CommandRow> {};
+    /* What a run with the arguments, between which blanks stand, prints to standard error. */
+    std::string errorOf(const std::string& arguments, const int exitCode,
+                        const std::string& output) {
+        std::istringstream words{arguments};
+        const ProgramRun run = runProgram({std::istream_iterator<std::string>{words}, {}});
+        EXPECT_EQ(run.output, output) << arguments;
+        EXPECT_EQ(run.exitCode, exitCode) << arguments;
+        return run.error;
+    }
 
-TEST_P(HostCommandTest, Prints) {
     const TemporaryDirectory directory;
-    for (const auto& [name, content] : files) {
-        writeFile(directory / name, content);
+    const ScopedCurrentDirectory current{directory.path()};
+};
+
+TEST_F(HostCommandTest, Prints) {
+    const std::pair<const char*, const char*> rows[]{
+        // clang-format off
+        {"json more.json", "{\n    \"name\": \"Cellar\",\n    \"depth\": 2.5\n}\n"},
+        {"json scene.json --pointer /parts/0/id", "7\n"},
+        {"json scene.json --pointer /scale --decimals 2", "1.23\n"},
+        {"json more.json --set /name=\"Loft\" --pointer /name", "\"Loft\"\n"},
+        /* Missing members are made, and numbers keep their value. */
+        {"json more.json --set /a/b~1c=null --pointer /a", "{\n    \"b/c\": null\n}\n"},
+        {"json more.json --set /x=0.1 --pointer /x", "0.1\n"},
+        {"json more.json --set /x=9007199254740993 --pointer /x", "9007199254740993\n"},
+        {"json more.json --set /x={\"f\":0.1} --pointer /x/f", "0.1\n"},
+        {"json more.json --set /a=[1,2] --set /a/-=[0.5] --set /a/3=[\"x\"] "
+         "--set /a/4=[1,\"x\",0.1] --pointer /a/4",
+         "[\n    1,\n    \"x\",\n    0.1\n]\n"},
+        {"render good.tmpl --data scene.json more.json", "Attic: 2.5000 (open)\n"},
+        {"render good.tmpl --data more.json --data scene.json", "Cellar: 2.5000 (open)\n"},
+        {"tags scene.json --region [{ }] empty.json --region {\"n op line",
+         "{\"nTwoopen\": true, \"scale\": 1.2399,\n \"parts\": [{}]}\n"},
+        {"case kebab XMLParser fooBar", "xml-parser\nfoo-bar\n"},
+        {"case camel my-3d-model ab", "My3dModel\nAb\n"},
+        {"search two lines line", "lines:4:2: Two two\nline:0:1: Two\n"},
+        {"search --all two lines",
+         "lines:4:2: Two two\nlines:8:2: Two two\nlines:24:4: no newline tWO\n"},
+        // clang-format on
+    };
+    for (const auto& [arguments, output] : rows) {
+        EXPECT_EQ(errorOf(arguments, 0, output), "");
     }
-    std::vector<std::string> arguments;
-    for (const std::string& argument : GetParam().arguments) {
-        arguments.push_back(inDirectory(argument, directory.path()));
-    }
-    const ProgramRun run = runProgram(arguments);
-    EXPECT_EQ(run.error, inDirectory(GetParam().error, directory.path()));
-    EXPECT_EQ(run.output, GetParam().output);
-    EXPECT_EQ(run.exitCode, GetParam().exitCode);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Json, HostCommandTest,
-    testing::ValuesIn(std::initializer_list<CommandRow>{
+TEST_F(HostCommandTest, SaysInOneLineWhatFailed) {
+    const std::pair<const char*, const char*> rows[]{
         // clang-format off
-        {"document", {"json", "@D/more.json"}, 0,
-         "{\n    \"name\": \"Cellar\",\n    \"depth\": 2.5\n}\n", ""},
-        {"pointer", {"json", "@D/scene.json", "--pointer", "/parts/0/id"}, 0, "7\n", ""},
-        {"decimals", {"json", "@D/scene.json", "--pointer", "/scale", "--decimals", "2"}, 0,
-         "1.23\n", ""},
-        {"missing file", {"json", "@D/none.json"}, 1, "",
-         "vespermoor-utils: @D/none.json: No such file or directory\n"},
-        {"directory", {"json", "@D"}, 1, "", "vespermoor-utils: @D: Is a directory\n"},
-        {"broken", {"json", "@D/broken.json"}, 1, "",
-         "vespermoor-utils: @D/broken.json:3:7: Missing a colon after a name of object member\n"},
-        {"empty", {"json", "@D/empty.json"}, 1, "",
-         "vespermoor-utils: @D/empty.json:1:1: The document is empty\n"},
-        {"too deep", {"json", "@D/deep.json"}, 1, "",
-         "vespermoor-utils: @D/deep.json:1:1025: Nested deeper than 1024 levels\n"},
-        {"pointer to nowhere", {"json", "@D/scene.json", "--pointer", "/parts/1"}, 1, "",
-         "vespermoor-utils: @D/scene.json: Nothing at /parts/1\n"},
-        {"no pointer", {"json", "@D/scene.json", "--pointer", "parts"}, 2, "",
-         "--pointer: parts is no JSON Pointer\nRun with --help for more information.\n"},
+        {"json none.json", "none.json: No such file or directory"},
+        {"json /", "/: Is a directory"},
+        {"json broken.json", "broken.json:3:7: Missing a colon after a name of object member"},
+        {"json deep.json", "deep.json:1:1025: Nested deeper than 1024 levels"},
+        {"json scene.json --pointer /parts/1", "scene.json: Nothing at /parts/1"},
+        {"json more.json --set /name/first=1", "--set: Nothing can be made at /name/first"},
+        {"json more.json --set /name=Loft", "--set /name:1:1: Invalid value"},
+        {"render undefined.tmpl --data more.json", "undefined.tmpl: Undefined name no.such.name"},
+        {"render twice.tmpl --data more.json",
+         "twice.tmpl: Undefined name x; Unterminated string literal"},
+        {"render syntax.tmpl --data more.json",
+         "syntax.tmpl: Syntax error: Unterminated template directive"},
+        {"render line --data more.json --output none/x", "none/x: No such file or directory"},
+        {"render line --data more.json --output /dev/full", "/dev/full: No space left on device"},
+        {"tags good.tmpl --region {{ nowhere line", "good.tmpl: missing tag 'nowhere'"},
+        {"tags good.tmpl --region name open line --region depth end line",
+         "good.tmpl: overlapping tags: 'open' should appear before 'depth'"},
+        {"tags good.tmpl --region a b none", "none: No such file or directory"},
         // clang-format on
-    }),
-    rowName<CommandRow>);
-
-INSTANTIATE_TEST_SUITE_P(
-    Render, HostCommandTest,
-    testing::ValuesIn(std::initializer_list<CommandRow>{
-        // clang-format off
-        {"first scope wins", {"render", "@D/good.tmpl", "--data", "@D/scene.json", "@D/more.json"},
-         0, "Attic: 2.5000 (open)\n", ""},
-        {"other order",
-         {"render", "@D/good.tmpl", "--data", "@D/more.json", "--data", "@D/scene.json"}, 0,
-         "Cellar: 2.5000 (open)\n", ""},
-        {"nothing", {"render", "@D/nothing.tmpl", "--data", "@D/more.json"}, 0, "", ""},
-        {"undefined name", {"render", "@D/undefined.tmpl", "--data", "@D/more.json"}, 1, "",
-         "vespermoor-utils: @D/undefined.tmpl: Undefined name no.such.name\n"},
-        {"two reasons", {"render", "@D/twice.tmpl", "--data", "@D/more.json"}, 1, "",
-         "vespermoor-utils: @D/twice.tmpl: Undefined name x; Unterminated string literal\n"},
-        {"syntax error", {"render", "@D/syntax.tmpl", "--data", "@D/more.json"}, 1, "",
-         "vespermoor-utils: @D/syntax.tmpl: Syntax error: Unterminated template directive\n"},
-        {"missing template", {"render", "@D/x.tmpl", "--data", "@D/more.json"}, 1, "",
-         "vespermoor-utils: @D/x.tmpl: No such file or directory\n"},
-        {"broken data", {"render", "@D/good.tmpl", "--data", "@D/more.json", "@D/broken.json"}, 1,
-         "",
-         "vespermoor-utils: @D/broken.json:3:7: Missing a colon after a name of object member\n"},
-        {"output in no directory",
-         {"render", "@D/good.tmpl", "--data", "@D/scene.json", "@D/more.json", "--output",
-         "@D/none/x"}, 1, "", "vespermoor-utils: @D/none/x: No such file or directory\n"},
-        {"output on a full device",
-         {"render", "@D/good.tmpl", "--data", "@D/scene.json", "@D/more.json", "--output",
-         "/dev/full"}, 1, "", "vespermoor-utils: /dev/full: No space left on device\n"},
-        // clang-format on
-    }),
-    rowName<CommandRow>);
-
-INSTANTIATE_TEST_SUITE_P(
-    JsonSet, HostCommandTest,
-    testing::ValuesIn(std::initializer_list<CommandRow>{
-        // clang-format off
-        {"one member", {"json", "@D/more.json", "--set", "/name=\"Loft\""}, 0,
-         "{\n    \"name\": \"Loft\",\n    \"depth\": 2.5\n}\n", ""},
-        {"missing members are made",
-         {"json", "@D/more.json", "--set", "/a/b~1c=null", "--pointer", "/a"}, 0,
-         "{\n    \"b/c\": null\n}\n", ""},
-        {"numbers keep their value",
-         {"json", "@D/more.json", "--set", "/x=0.1", "--set", "/y=9007199254740993", "--set",
-         "/x={\"f\": 0.1, \"y\": 9007199254740993}", "--pointer", "/x"}, 0,
-         "{\n    \"f\": 0.1,\n    \"y\": 9007199254740993\n}\n", ""},
-        {"arrays of every kind",
-         {"json", "@D/more.json", "--set", "/a=[1,2]", "--set", "/a/-=[0.5]", "--set",
-         "/a/3=[\"x\"]", "--set", "/a/4=[1,\"x\",0.1]", "--pointer", "/a/4"}, 0,
-         "[\n    1,\n    \"x\",\n    0.1\n]\n", ""},
-        {"below a string", {"json", "@D/more.json", "--set", "/name/first=1"}, 1, "",
-         "vespermoor-utils: --set: Nothing can be made at /name/first\n"},
-        {"no JSON", {"json", "@D/more.json", "--set", "/name=Loft"}, 1, "",
-         "vespermoor-utils: --set /name:1:1: Invalid value\n"},
-        {"no equals sign", {"json", "@D/more.json", "--set", "/name"}, 2, "",
-         "--set: /name has no equals sign\nRun with --help for more information.\n"},
-        {"no pointer", {"json", "@D/more.json", "--set", "name=1"}, 2, "",
-         "--set: name is no JSON Pointer\nRun with --help for more information.\n"},
-        // clang-format on
-    }),
-    rowName<CommandRow>);
-
-INSTANTIATE_TEST_SUITE_P(
-    Text, HostCommandTest,
-    testing::ValuesIn(std::initializer_list<CommandRow>{
-        // clang-format off
-        {"tags", {"tags", "@D/good.tmpl", "--region", "{{ ", " }}:", "@D/undefined.tmpl"}, 0,
-         "{{ text {{ no.such.name }}\n }}: {{ depth }}{{ if open }} (open){{ end }}\n", ""},
-        {"tags in brackets and order",
-         {"tags", "@D/scene.json", "--region", "[{", "}]", "@D/empty.json", "--region", "{\"n",
-         "op", "@D/empty.json"}, 0, "{\"nopen\": true, \"scale\": 1.2399,\n \"parts\": [{}]}\n",
-         ""},
-        {"missing tag", {"tags", "@D/good.tmpl", "--region", "{{", "nowhere", "@D/empty.json"}, 1,
-         "", "vespermoor-utils: @D/good.tmpl: missing tag 'nowhere'\n"},
-        {"overlapping tags",
-         {"tags", "@D/good.tmpl", "--region", "name", "open", "@D/empty.json", "--region", "depth",
-         "end", "@D/empty.json"}, 1, "",
-         "vespermoor-utils: @D/good.tmpl: overlapping tags: 'open' should appear before 'depth'\n"},
-        {"missing content", {"tags", "@D/good.tmpl", "--region", "a", "b", "@D/none"}, 1, "",
-         "vespermoor-utils: @D/none: No such file or directory\n"},
-        // clang-format on
-        {"kebab", {"case", "kebab", "XMLParser", "fooBar"}, 0, "xml-parser\nfoo-bar\n", ""},
-        {"camel", {"case", "camel", "my-3d-model", "a b"}, 0, "My3dModel\nAB\n", ""},
-        {"search finds nothing", {"search", "attics", "@D/scene.json"}, 1, "", ""},
-    }),
-    rowName<CommandRow>);
-
-TEST(HostTest, APipeIsReadOnce) {
-    const std::string line = std::string{"printf '\\357\\273\\277{\\n \"a\" 1}' | "} +
-                             VESPERMOOR_PROGRAM + " json /dev/stdin 2>&1 | grep -qx " +
-                             "'vespermoor-utils: /dev/stdin:2:6: Missing a colon after a name of "
-                             "object member'";
-    EXPECT_EQ(std::system(line.data()), 0);
-}
-
-TEST(HostTest, SearchTellsWhere) {
-    const TemporaryDirectory directory;
-    writeFile(directory / "a", "one\nTwo two\n\nno newline tWO");
-    writeFile(directory / "b", "Two");
-    const std::string a = directory / "a";
-    const std::string b = directory / "b";
-    EXPECT_EQ(runProgram({"search", "two", a, b}).output,
-              a + ":4:2: Two two\n" + b + ":0:1: Two\n");
-    EXPECT_EQ(runProgram({"search", "--all", "two", a}).output,
-              a + ":4:2: Two two\n" + a + ":8:2: Two two\n" + a + ":24:4: no newline tWO\n");
-}
-
-TEST(HostTest, WrongUsage) {
-    const std::vector<std::vector<std::string>> rows{{},
-                                                     {"nonsense"},
-                                                     {"json"},
-                                                     {"json", "a", "--decimals", "0"},
-                                                     {"render", "a"},
-                                                     {"tags", "a"},
-                                                     {"case", "x", "y"},
-                                                     {"search", "", "a"},
-                                                     {"generate", "a", "--watch", "--check"}};
-    for (const std::vector<std::string>& arguments : rows) {
-        const ProgramRun run = runProgram(arguments);
-        EXPECT_EQ(run.exitCode, 2) << testing::PrintToString(arguments);
-        EXPECT_EQ(run.output, "");
-        EXPECT_NE(run.error, "");
+    };
+    for (const auto& [arguments, error] : rows) {
+        EXPECT_EQ(errorOf(arguments, 1, ""), "vespermoor-utils: "s + error + "\n");
     }
+    EXPECT_EQ(errorOf("search attics scene.json", 1, ""), "");
+}
+
+TEST_F(HostCommandTest, WrongUsage) {
+    const std::pair<const char*, const char*> rows[]{
+        // clang-format off
+        {"", ""}, {"nonsense", ""}, {"json", ""}, {"json a --decimals 0", ""}, {"render a", ""},
+        {"tags a", ""}, {"case x y", ""}, {"generate a --watch --check", ""},
+        {"json more.json --pointer parts", "--pointer: parts is no JSON Pointer\n"},
+        {"json more.json --set /name", "--set: /name has no equals sign\n"},
+        {"json more.json --set name=1", "--set: name is no JSON Pointer\n"},
+        // clang-format on
+    };
+    for (const auto& [arguments, error] : rows) {
+        EXPECT_THAT(errorOf(arguments, 2, ""),
+                    EndsWith(error + "Run with --help for more information.\n"s));
+    }
+    EXPECT_EQ(runProgram({"search", "", "line"}).exitCode, 2);
 }
 
 /* What stands behind "vespermoor-utils" in the example of a command's help. */
@@ -237,42 +158,29 @@ TEST(HostTest, ExamplesOfTheHelpWork) {
     EXPECT_EQ(check.output + check.error, "") << "examples are out of date";
 }
 
-TEST(HostTest, FullStandardOutputIsAFailure) {
-    const std::string line = std::string{VESPERMOOR_PROGRAM} + " json " + VESPERMOOR_SOURCE_DIR +
-                             "/examples/greeting/user.json >/dev/full 2>/dev/null";
-    EXPECT_EQ(std::system(line.data()), 256);
-}
-
-std::vector<std::string> namesIn(const std::string& directory) {
-    std::vector<std::string> names;
-    for (const fs::directory_entry& entry : fs::directory_iterator{directory}) {
-        names.push_back(entry.path().filename());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
+TEST_F(HostCommandTest, AFullStandardOutputFailsAndAPipeIsReadOnce) {
+    const std::string program = VESPERMOOR_PROGRAM;
+    EXPECT_EQ(outputOf(program + " json more.json 2>&1 >/dev/full"),
+              "vespermoor-utils: standard output: No space left on device\n");
+    EXPECT_EQ(
+        outputOf("printf '\\357\\273\\277{\\n \"a\" 1}' | " + program + " json /dev/stdin 2>&1"),
+        "vespermoor-utils: /dev/stdin:2:6: Missing a colon after a name of object member\n");
 }
 
 TEST(HostFilesTest, ReplaceKeepsPermissionsAndFollowsLinks) {
     const TemporaryDirectory directory;
-    writeFile(directory / "real", "old");
-    ASSERT_EQ(chmod((directory / "real").data(), 0640), 0);
-    fs::create_symlink("real", directory / "link");
-    Host::replaceFile(directory / "link", "new");
-    EXPECT_TRUE(fs::is_symlink(directory / "link"));
-    EXPECT_EQ(readFile(directory / "real"), "new");
-    struct stat status {};
-    ASSERT_EQ(stat((directory / "real").data(), &status), 0);
-    EXPECT_EQ(status.st_mode & 07777, 0640u);
-
-    fs::create_symlink("fresh", directory / "dangling");
+    const std::string longName(255, 'x');
+    makeTree(directory.path(), {"real", "link -> real", "dangling -> fresh"});
+    fs::permissions(directory / "real", fs::perms{0604});
     umask(027);
-    Host::replaceFile(directory / "dangling", "");
-    EXPECT_TRUE(fs::is_symlink(directory / "dangling"));
-    ASSERT_EQ(stat((directory / "fresh").data(), &status), 0);
-    EXPECT_EQ(status.st_mode & 07777, 0640u);
-    Host::replaceFile(directory / std::string(255, 'x'), "");
-    fs::remove(directory / std::string(255, 'x'));
-    EXPECT_THAT(namesIn(directory.path()), ElementsAre("dangling", "fresh", "link", "real"));
+    for (const auto& [name, mode] :
+         {std::pair{"link"s, 0604}, {"dangling"s, 0640}, {longName, 0640}}) {
+        Host::replaceFile(directory / name, view(name));
+        EXPECT_EQ(readFile(directory / name), name);
+        EXPECT_EQ(int(fs::status(directory / name).permissions()), mode) << name;
+    }
+    EXPECT_THAT(tree(directory.path()),
+                ElementsAre("dangling -> fresh", "fresh", "link -> real", "real", longName));
 }
 
 TEST(HostFilesTest, ReplaceThatFailsLeavesTheOldFile) {
@@ -294,7 +202,7 @@ TEST(HostFilesTest, ReplaceThatFailsLeavesTheOldFile) {
     }
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
     EXPECT_EQ(readFile(directory / "file"), "old");
-    EXPECT_THAT(namesIn(directory.path()), ElementsAre("file"));
+    EXPECT_THAT(tree(directory.path()), ElementsAre("file"));
 }
 
 } // namespace
