@@ -121,8 +121,8 @@ TEST(RapidJsonUtilsTest, ResultIsMovableAndGuarded) {
     EXPECT_DEATH((void)result.value(), "^ValueOrError::value\\(\\): No value\n$");
     result = std::move(success);
     EXPECT_DEATH((void)result.error(), "^ValueOrError::error\\(\\): No error\n$");
-    const ValueOrError<rapidjson::Document> moved{std::move(result)};
-    EXPECT_EQ(compact(moved.value()), json);
+    ValueOrError<rapidjson::Document> moved{std::move(result)};
+    EXPECT_EQ(compact(std::move(moved).value()), json);
 }
 
 template <class Key>
