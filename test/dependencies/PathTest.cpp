@@ -1,11 +1,9 @@
-#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <regex>
 #include <string>
 #include <vector>
 
-#include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -14,7 +12,6 @@
 #include <Corrade/Containers/Optional.h>
 #include <Corrade/Containers/Pair.h>
 #include <Corrade/Containers/String.h>
-#include <Corrade/Containers/StringView.h>
 #include <Corrade/Utility/Path.h>
 #include <gtest/gtest.h>
 
@@ -25,7 +22,6 @@ namespace {
 
 using namespace Corrade::Containers::Literals;
 using Corrade::Containers::String;
-using Corrade::Containers::StringView;
 using Corrade::Containers::StringViewFlag;
 namespace Path = Corrade::Utility::Path;
 namespace fs = std::filesystem;
@@ -44,20 +40,12 @@ protected:
     const TemporaryDirectory root;
 };
 
-std::string patterned(std::size_t size) {
-    std::string content(size, '\0');
-    for (std::size_t i = 0; i != size; ++i)
-        content[i] = char(i * 7 + i / 251);
-    return content;
-}
-
-TEST_F(PathTest, SplitAndJoin) {
+TEST_F(PathTest, SplitsAndJoins) {
     const struct {
         const char *path, *directory, *name;
     } splits[]{
-        {"", "", ""},        {"a", "", "a"},      {"/", "/", ""},      {"//", "//", ""},
-        {"/a", "/", "a"},    {"//a", "//", "a"},  {"///a", "//", "a"}, {"a/b", "a", "b"},
-        {"a/b/", "a/b", ""}, {"a//b", "a/", "b"},
+        {"a", "", "a"},      {"/", "/", ""},    {"//", "//", ""},    {"/a", "/", "a"},
+        {"///a", "//", "a"}, {"a/b", "a", "b"}, {"a/b/", "a/b", ""}, {"a//b", "a/", "b"},
     };
     for (const auto& row : splits) {
         SCOPED_TRACE(row.path);
@@ -70,8 +58,8 @@ TEST_F(PathTest, SplitAndJoin) {
     const struct {
         const char *first, *second, *joined;
     } joins[]{
-        {"a", "b", "a/b"}, {"a/", "b", "a/b"}, {"a//", "b", "a//b"}, {"", "b", "b"},
-        {"a", "", "a/"},   {"", "", ""},       {"/", "b", "/b"},     {"a", "/b", "/b"},
+        {"a", "b", "a/b"}, {"a//", "b", "a//b"}, {"", "b", "b"},
+        {"a", "", "a/"},   {"/", "b", "/b"},     {"a", "/b", "/b"},
     };
     for (const auto& row : joins)
         EXPECT_EQ(Path::join(row.first, row.second), row.joined);
@@ -95,7 +83,6 @@ TEST_F(PathTest, ListsByFlags) {
         {Flag::SkipDotAndDotDot | Flag::SortDescending, "to-p to-n to-f to-d p f d "},
         {sorted | Flag::SortDescending | Flag::SkipSpecial | Flag::SkipFiles, "d to-d to-n "},
         {sorted | Flag::SkipDirectories, "f p to-f to-n to-p "},
-        {Flag::SkipFiles | Flag::SkipDirectories | Flag::SkipSpecial, "to-n "},
     };
     for (const auto& row : rows) {
         std::string all;
@@ -103,63 +90,57 @@ TEST_F(PathTest, ListsByFlags) {
             all += text(name) + ' ';
         EXPECT_EQ(all, row.expected);
     }
-    EXPECT_EQ(Path::list(view(root.path()))->size(), 9);
-    EXPECT_TRUE(Path::isDirectory(at("to-d")) && Path::exists(at("to-f")));
-    EXPECT_FALSE(Path::isDirectory(at("f")) || Path::exists(at("to-n")));
-}
-
-TEST_F(PathTest, MakesMovesAndRemoves) {
-    EXPECT_TRUE(Path::make(at("a/b//c/")) && Path::make(at("a/b")) && Path::make(""));
-    fs::create_symlink("a", root / "link");
-    EXPECT_TRUE(Path::make(at("link/d")) && Path::make(at("link")));
-    EXPECT_TRUE(fs::is_directory(root / "a/d"));
-    writeFile(root / "file", "new");
-    writeFile(root / "other", "old");
-    EXPECT_TRUE(Path::move(at("file"), at("other")) && Path::move(at("a"), at("moved")));
-    EXPECT_EQ(readFile(root / "other"), "new");
-    EXPECT_TRUE(Path::remove(at("link")) && Path::remove(at("moved/d")));
-    EXPECT_TRUE(fs::is_directory(root / "moved/b/c") && !fs::exists(root / "moved/d"));
 }
 
 /* Sizes around the blocks that reading and copying go by. */
 TEST_F(PathTest, ReadsWritesAndCopiesBytesAlone) {
-    for (const std::size_t size : {0, 1, 4095, 4096, 4097, 131071, 131072, 131073, 300000}) {
+    for (const std::size_t size : {0, 1, 4095, 4096, 131071, 131072, 300000}) {
         SCOPED_TRACE(size);
-        const std::string content = patterned(size);
-        writeFile(root / "to", patterned(size + 10));
-        EXPECT_TRUE(Path::write(at("file"), view(content)));
-        EXPECT_TRUE(Path::copy(at("file"), at("to")));
-        for (const char* name : {"file", "to"}) {
+        std::string content;
+        while (content.size() < size)
+            content += std::to_string(content.size());
+        content.resize(size);
+        writeFile(root / "to", content + "longer");
+        EXPECT_TRUE(Path::write(at("from"), view(content)));
+        EXPECT_TRUE(Path::copy(at("from"), at("to")));
+        for (const char* name : {"from", "to"}) {
             const auto string = Path::readString(at(name));
             EXPECT_EQ(text(*string), content);
             EXPECT_EQ((*string)[size], '\0');
         }
     }
-    fs::permissions(root / "file", fs::perms::owner_all);
-    fs::permissions(root / "to", fs::perms::owner_read | fs::perms::owner_write);
-    EXPECT_TRUE(Path::copy(at("file"), at("to")));
+    fs::permissions(root / "from", fs::perms::owner_all);
+    EXPECT_TRUE(Path::copy(at("from"), at("to")));
     EXPECT_EQ(fs::status(root / "to").permissions() & fs::perms::owner_exec, fs::perms::none);
 }
 
 /* What tells no size or a wrong one, and what lies on another file system than the target. */
 TEST_F(PathTest, ReadsAndCopiesSpecialFiles) {
-    const std::string large = patterned(300000);
+    const std::string large(300000, 'x');
     const int memory = memfd_create("large", MFD_CLOEXEC);
-    ASSERT_EQ(write(memory, large.data(), large.size()), ssize_t(large.size()));
     const std::string otherFileSystem = "/proc/self/fd/" + std::to_string(memory);
-    for (const char* path :
+    writeFile(otherFileSystem, large);
+    for (const std::string path :
          {"/dev/null", "/proc/version", "/sys/devices/system/cpu/online", otherFileSystem.data()}) {
         SCOPED_TRACE(path);
-        EXPECT_TRUE(Path::copy(path, at("copy")));
-        EXPECT_EQ(text(*Path::readString(path)), readFile(path));
+        EXPECT_TRUE(Path::copy(view(path), at("copy")));
         EXPECT_EQ(readFile(root / "copy"), readFile(path));
+        EXPECT_EQ(text(*Path::readString(view(path))), readFile(path));
     }
     EXPECT_EQ(readFile(root / "copy"), large);
     close(memory);
+
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    EXPECT_EQ(write(ends[1], large.data(), 10000), 10000);
+    close(ends[1]);
+    const std::string pipeEnd = "/proc/self/fd/" + std::to_string(ends[0]);
+    EXPECT_EQ(Path::readString(view(pipeEnd))->size(), 10000);
+    close(ends[0]);
 }
 
 TEST_F(PathTest, PrintsTheReasonOfAFailure) {
-    writeFile(root / "file", patterned(300000));
+    writeFile(root / "file", std::string(300000, 'x'));
     fs::create_directories(root / "full/below");
     fs::create_symlink("nowhere", root / "dangling");
     const std::string missing = ": error 2 (No such file or directory)\n";
@@ -170,14 +151,10 @@ TEST_F(PathTest, PrintsTheReasonOfAFailure) {
     std::vector<Row> rows{
         {[&] { return !!Path::readString(at("no")); }, "read(): can't open @/no" + missing},
         {[&] { return !!Path::readString(at("full")); }, "read(): @/full is a directory\n"},
-        {[&] { return Path::write(at("full"), "x"_s); },
-         "write(): can't open @/full: error 21 (Is a directory)\n"},
         {[&] { return Path::copy(at("no"), at("to")); },
          "copy(): can't open @/no for reading" + missing},
         {[&] { return Path::copy(at("full"), at("to")); },
          "copy(): can't read from @/full which is a directory\n"},
-        {[&] { return Path::copy(at("file"), at("no/file")); },
-         "copy(): can't open @/no/file for writing" + missing},
         {[&] { return Path::make(at("file/a/b")); },
          "make(): can't create @/file/a: error 20 (Not a directory)\n"},
         {[&] { return Path::make(at("dangling/a")); },
@@ -199,7 +176,6 @@ TEST_F(PathTest, PrintsTheReasonOfAFailure) {
     rows.push_back({[&] { return !!Path::readString("/proc/self/mem"); }, "read(): " + unreadable});
 #endif
     for (const Row& row : rows) {
-        SCOPED_TRACE(row.message);
         const Messages messages;
         EXPECT_FALSE(row.call());
         EXPECT_EQ(messages.text(),
