@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <sstream>
 #include <stdexcept>
 
 #include <fcntl.h>
@@ -31,22 +30,21 @@ void setVariable(const std::string& name, const std::optional<std::string>& valu
     }
 }
 
-bool isInPath(const std::string& program) {
-    const char* const path = std::getenv("PATH");
-    std::istringstream directories{path ? path : ""};
-    for (std::string directory; std::getline(directories, directory, ':');) {
-        directory += '/' + program;
-        if (access(directory.data(), X_OK) == 0) {
-            return true;
-        }
+/* For a process of one thread. */
+bool mountPrivately(const std::string& path) {
+    const std::string user = std::to_string(geteuid());
+    const std::string group = std::to_string(getegid());
+    const bool isRoot = geteuid() == 0;
+    if (unshare(CLONE_NEWNS | (isRoot ? 0 : CLONE_NEWUSER)) != 0) {
+        return false;
     }
-    return false;
-}
-
-/* Gives the calling process a group of its own, and an end where the test is killed. */
-void joinTest() {
-    setpgid(0, 0);
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (!isRoot) { // Without a number of its own in the new namespace it may not make files.
+        writeFile("/proc/self/setgroups", "deny");
+        writeFile("/proc/self/uid_map", user + ' ' + user + " 1");
+        writeFile("/proc/self/gid_map", group + ' ' + group + " 1");
+    }
+    return mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           mount("tmpfs", path.data(), "tmpfs", 0, nullptr) == 0;
 }
 
 } // namespace
@@ -76,7 +74,7 @@ ScopedCurrentDirectory::~ScopedCurrentDirectory() {
 std::string missingPrograms(const std::vector<std::string>& programs) {
     std::string missing;
     for (const std::string& program : programs) {
-        if (!isInPath(program)) {
+        if (outputOf("command -v " + program).empty()) {
             missing += (missing.empty() ? "" : " ") + program;
         }
     }
@@ -88,24 +86,21 @@ void writeScript(const std::string& path, const std::string& commands) {
     fs::permissions(path, fs::perms::owner_all);
 }
 
-ChildProcess::ChildProcess(const std::string& command) : _process{fork()} {
-    if (_process == 0) {
-        joinTest();
-        execl("/bin/sh", "sh", "-c", command.data(), nullptr);
-        _exit(127);
-    }
-    setpgid(_process, _process);
-}
+ChildProcess::ChildProcess(const std::string& command)
+    : ChildProcess{[&] {
+          execl("/bin/sh", "sh", "-c", command.data(), nullptr);
+          return std::string{};
+      }} {}
 
 ChildProcess::ChildProcess(const std::function<std::string()>& operation) {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) {
-        throw std::runtime_error{"no pipe"};
-    }
     std::fflush(nullptr); // Or the copy would have the same text to write.
-    _process = fork();
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0 || (_process = fork()) == -1) {
+        throw std::runtime_error{"no process"};
+    }
     if (_process == 0) {
-        joinTest();
+        setpgid(0, 0);
+        prctl(PR_SET_PDEATHSIG, SIGKILL); // Where the test itself is killed.
         const std::string result = operation();
         _exit(write(ends[1], result.data(), result.size()) == ssize_t(result.size()) ? 0 : 1);
     }
@@ -117,9 +112,7 @@ ChildProcess::ChildProcess(const std::function<std::string()>& operation) {
 ChildProcess::~ChildProcess() {
     kill(-_process, SIGKILL);
     waitpid(_process, nullptr, 0);
-    if (_pipe != -1) {
-        close(_pipe);
-    }
+    close(_pipe);
 }
 
 std::optional<std::string> ChildProcess::result(const std::chrono::milliseconds patience) {
@@ -146,29 +139,12 @@ std::string outputOf(const std::string& command) {
     return output;
 }
 
-bool mayMountPrivately() {
-    const pid_t child = fork();
-    if (child == 0) {
-        _exit(mountPrivately("/proc") ? 0 : 1);
-    }
-    int status = -1;
-    return waitpid(child, &status, 0) == child && status == 0;
-}
-
-bool mountPrivately(const std::string& path) {
-    const std::string user = std::to_string(geteuid());
-    const std::string group = std::to_string(getegid());
-    const bool isRoot = geteuid() == 0;
-    if (unshare(CLONE_NEWNS | (isRoot ? 0 : CLONE_NEWUSER)) != 0) {
-        return false;
-    }
-    if (!isRoot) { // Without a number of its own in the new namespace it may not make files.
-        writeFile("/proc/self/setgroups", "deny");
-        writeFile("/proc/self/uid_map", user + ' ' + user + " 1");
-        writeFile("/proc/self/gid_map", group + ' ' + group + " 1");
-    }
-    return mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-           mount("tmpfs", path.data(), "tmpfs", 0, nullptr) == 0;
+std::optional<std::string> resultWithMount(const std::string& path,
+                                           const std::function<std::string()>& operation) {
+    const std::string refused = "not mounted";
+    ChildProcess child{[&] { return mountPrivately(path) ? operation() : refused; }};
+    const std::string result = child.result(std::chrono::minutes{1}).value_or("it goes on");
+    return result == refused ? std::nullopt : std::optional{result};
 }
 
 } // namespace VespermoorEngine::Test

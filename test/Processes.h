@@ -69,22 +69,21 @@ public:
 
 private:
     pid_t _process;
-    int _pipe = -1;
+    int _pipe;
     std::string _received;
 };
 
 /** @brief What the shell's @p command printed. */
 std::string outputOf(const std::string& command);
 
-/** @brief Whether this machine lets a process of this user mount things for itself alone. */
-bool mayMountPrivately();
-
 /**
- * @brief Mounts an empty tmpfs on @p path that only the calling process sees.
+ * @brief What @p operation returns in a copy of this process that alone sees an empty tmpfs on
+ * @p path.
  *
- * For a process of one thread that was forked for it. False where the machine does not allow it.
+ * Nothing where the machine does not let this user mount.
  */
-bool mountPrivately(const std::string& path);
+std::optional<std::string> resultWithMount(const std::string& path,
+                                           const std::function<std::string()>& operation);
 
 } // namespace VespermoorEngine::Test
 

@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <utility>
 
 #include <sys/wait.h>
@@ -12,28 +11,11 @@
 
 namespace VespermoorEngine::Test {
 
-namespace {
-
-std::string quoted(const std::string& argument) {
-    std::string result = "'";
-    for (const char c : argument) {
-        result += c == '\'' ? "'\\''" : std::string{c};
-    }
-    return result + "'";
-}
-
-} // namespace
-
 ProgramRun runProgram(const std::vector<std::string>& arguments) {
     const TemporaryDirectory directory;
-    std::string line = quoted(VESPERMOOR_PROGRAM);
-    for (const std::string& argument : arguments) {
-        line += " " + quoted(argument);
-    }
-    line += " >" + quoted(directory / "output") + " 2>" + quoted(directory / "error");
-    const int status = std::system(line.data());
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, readFile(directory / "output"),
-            readFile(directory / "error")};
+    BackgroundProgram program{directory.path(), arguments};
+    const int exitCode = program.stop(0);
+    return {exitCode, program.output(), program.error()};
 }
 
 BackgroundProgram::BackgroundProgram(const std::string& directory,
@@ -57,9 +39,7 @@ BackgroundProgram::BackgroundProgram(const std::string& directory,
 }
 
 BackgroundProgram::~BackgroundProgram() {
-    if (process > 0) {
-        stop(SIGKILL);
-    }
+    stop(SIGKILL);
 }
 
 std::string BackgroundProgram::output() const {
@@ -71,6 +51,9 @@ std::string BackgroundProgram::error() const {
 }
 
 int BackgroundProgram::stop(const int signal) {
+    if (process == -1) { // As a receiver of signals that would mean every process there is.
+        return -1;
+    }
     kill(process, signal);
     int status = 0;
     waitpid(std::exchange(process, -1), &status, 0);

@@ -35,7 +35,8 @@ public:
     /** @brief What it has printed to standard error so far. */
     std::string error() const;
 
-    /** @brief Sends @p signal and returns the exit code, or -1 where it did not exit. */
+    /** @brief Sends @p signal, none for 0, and returns the exit code, or -1 where it did not exit.
+     */
     int stop(int signal);
 
 private:
