@@ -1,7 +1,5 @@
 /* Makes one call between two marks that a trace of the program's system calls shows. */
 
-#include <cstring>
-
 #include <Corrade/Containers/Optional.h>
 #include <Corrade/Containers/String.h>
 #include <unistd.h>
@@ -12,10 +10,10 @@
 int main(const int argc, const char* const* const argv) {
     using namespace VespermoorEngine;
     [[maybe_unused]] const int begin = access("/begin", F_OK);
-    if (argc == 2 && !std::strcmp(argv[1], "trash")) {
+    if (argc == 1) {
         findTrashPath();
-    } else if (argc == 3 && !std::strcmp(argv[1], "root")) {
-        Utils::findEditorRoot(Containers::StringView{argv[2]});
+    } else {
+        Utils::findEditorRoot(Containers::StringView{argv[1]});
     }
     [[maybe_unused]] const int end = access("/end", F_OK);
     _exit(0); // A leak check at the exit cannot work under a tracer.
