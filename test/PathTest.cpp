@@ -1,121 +1,94 @@
 #include "VespermoorEngine/Path.h"
 
+#include <regex>
+
 #include <unistd.h>
 
 #include <Corrade/Containers/String.h>
 
+#include "Processes.h"
 #include "Support.h"
 
 namespace VespermoorEngine::Test {
 namespace {
 
-struct AbsoluteRow {
-    const char* name;
-    const char* path;
-    const char* expected;
-};
-
-class PathAbsoluteTest : public testing::TestWithParam<AbsoluteRow> {};
-
-TEST_P(PathAbsoluteTest, NormalisesAsText) {
-    EXPECT_EQ(text(Path::absolute(GetParam().path)), GetParam().expected);
+TEST(PathTest, AbsoluteNormalisesAsText) {
+    const struct {
+        const char *path, *expected;
+    } rows[]{
+        {"/a/b.c/d", "/a/b.c/d"},
+        {"/", "/"},
+        {"///", "/"},
+        {"/a/./b/.", "/a/b"},
+        {"/a/b/../c", "/a/c"},
+        {"/a/..", "/"},
+        {"/../../a", "/a"},
+        {"//a///b//", "/a/b"},
+        {"/..a/b../...", "/..a/b../..."},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(text(Path::absolute(row.path)), row.expected) << row.path;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(, PathAbsoluteTest,
-                         testing::ValuesIn(std::initializer_list<AbsoluteRow>{
-                             {"normal form stays", "/a/b.c/d", "/a/b.c/d"},
-                             {"root", "/", "/"},
-                             {"many slashes are the root", "///", "/"},
-                             {"dots", "/a/./b/.", "/a/b"},
-                             {"up", "/a/b/../c", "/a/c"},
-                             {"up to the root", "/a/..", "/"},
-                             {"up from the root", "/../../a", "/a"},
-                             {"doubled and trailing slashes", "//a///b//", "/a/b"},
-                             {"names with dots in them", "/..a/b../...", "/..a/b../..."},
-                         }),
-                         rowName<AbsoluteRow>);
 
 TEST(PathTest, AbsoluteStartsARelativePathAtTheCurrentDirectory) {
     const TemporaryDirectory directory;
-    char before[4096];
-    ASSERT_TRUE(getcwd(before, sizeof before));
-    ASSERT_EQ(chdir(directory.path().data()), 0);
+    const ScopedCurrentDirectory current{directory.path()};
     const std::string parent = directory.path().substr(0, directory.path().rfind('/'));
     EXPECT_EQ(text(Path::absolute("x/./y")), directory / "x/y");
     EXPECT_EQ(text(Path::absolute("..")), parent);
     EXPECT_EQ(text(Path::absolute("")), directory.path());
     ASSERT_EQ(rmdir(directory.path().data()), 0);
-    {
-        const Messages ignored;
-        EXPECT_EQ(text(Path::absolute("x")), "");
+    const Messages ignored;
+    EXPECT_EQ(text(Path::absolute("x")), "");
+}
+
+TEST(PathTest, IsParentPathComparesComponents) {
+    const struct {
+        const char *directory, *path;
+        bool expected;
+    } rows[]{
+        {"/a", "/a/b", true},     {"/a", "/a/b/c/d", true},   {"/a/", "/a/b", true},
+        {"a", "a/b", true},       {"/", "/a", true},          {"/", "/", false},
+        {"/a/b", "/a/b", false},  {"/a", "/a/", false},       {"/a/", "/a", false},
+        {"/a/b", "/a/bc", false}, {"/a/b", "/a/bc/d", false}, {"/a/b", "/a", false},
+        {"", "/a", false},        {"/a", "", false},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(Path::isParentPath(row.directory, row.path), row.expected)
+            << row.directory << " above " << row.path;
     }
-    ASSERT_EQ(chdir(before), 0);
 }
 
-struct ParentRow {
-    const char* name;
-    const char* directory;
-    const char* path;
-    bool expected;
-};
-
-class PathIsParentPathTest : public testing::TestWithParam<ParentRow> {};
-
-TEST_P(PathIsParentPathTest, ComparesComponents) {
-    EXPECT_EQ(Path::isParentPath(GetParam().directory, GetParam().path), GetParam().expected);
-}
-
-INSTANTIATE_TEST_SUITE_P(, PathIsParentPathTest,
-                         testing::ValuesIn(std::initializer_list<ParentRow>{
-                             {"child", "/a", "/a/b", true},
-                             {"deep", "/a", "/a/b/c/d", true},
-                             {"trailing slash", "/a/", "/a/b", true},
-                             {"relative", "a", "a/b", true},
-                             {"root above all", "/", "/a", true},
-                             {"root above itself", "/", "/", false},
-                             {"equal", "/a/b", "/a/b", false},
-                             {"equal but for the slash", "/a", "/a/", false},
-                             {"equal but for the slash of the directory", "/a/", "/a", false},
-                             {"sibling with the same beginning", "/a/b", "/a/bc", false},
-                             {"sibling with the same beginning below", "/a/b", "/a/bc/d", false},
-                             {"the other way round", "/a/b", "/a", false},
-                             {"empty directory", "", "/a", false},
-                             {"empty path", "/a", "", false},
-                         }),
-                         rowName<ParentRow>);
-
+/* `D` stands for the directory of the test, which is the current one. */
 TEST(PathTest, UpwardsSearchFindsTheNearestDirectory) {
     const TemporaryDirectory directory;
-    writeFile(directory / "marker", "");
-    writeFile(directory / "a/b/marker", "");
-    writeFile(directory / "a/b/c/d/marker of a longer name", "");
-
-    const std::string deep = directory / "a/b/c/d";
-    EXPECT_EQ(text(Path::upwardsSearch(deep.data(), "marker")), directory / "a/b");
-    const std::string slash = directory / "a//";
-    EXPECT_EQ(text(Path::upwardsSearch(slash.data(), "marker")), directory.path());
-    EXPECT_EQ(text(Path::upwardsSearch((directory / "a/b").data(), "marker")), directory / "a/b");
-    EXPECT_EQ(text(Path::upwardsSearch((directory / "not/there").data(), "marker")),
-              directory.path());
-    EXPECT_EQ(text(Path::upwardsSearch(deep.data(), "proc")), "/");
-    EXPECT_EQ(Path::upwardsSearch(deep.data(), "no such name anywhere").data(), nullptr);
-    EXPECT_EQ(Path::upwardsSearch("", "proc").data(), nullptr);
-
-    const Corrade::Containers::StringView start{deep.data()};
-    EXPECT_EQ(Path::upwardsSearch(start, "marker").data(), start.data()) << "not a prefix";
-}
-
-TEST(PathTest, UpwardsSearchEndsARelativePathAtItsFirstComponent) {
-    const TemporaryDirectory directory;
-    writeFile(directory / "marker", "");
-    writeFile(directory / "a/b/file", "");
-    char before[4096];
-    ASSERT_TRUE(getcwd(before, sizeof before));
-    ASSERT_EQ(chdir(directory.path().data()), 0);
-    EXPECT_EQ(text(Path::upwardsSearch("a/b", "file")), "a/b");
-    EXPECT_EQ(text(Path::upwardsSearch("a/b", "b")), "a");
-    EXPECT_EQ(Path::upwardsSearch("a/b", "marker").data(), nullptr);
-    ASSERT_EQ(chdir(before), 0);
+    const ScopedCurrentDirectory current{directory.path()};
+    for (const char* const file : {"marker", "a/b/marker", "a/b/file", "a/b/c/d/marker2"}) {
+        writeFile(directory / file, "");
+    }
+    const struct {
+        const char *start, *name, *found;
+    } rows[]{
+        {"D/a/b/c/d", "marker", "D/a/b"},
+        {"D/a//", "marker", "D"},
+        {"D/a/b", "marker", "D/a/b"},
+        {"D/not/there", "marker", "D"},
+        {"D/a", "proc", "/"},
+        {"D/a", "nowhere", nullptr},
+        {"a/b", "file", "a/b"},
+        {"a/b", "b", "a"},
+        {"a", "marker", nullptr},
+        {"", "proc", nullptr},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.start);
+        const std::string start = std::regex_replace(row.start, std::regex{"^D"}, directory.path());
+        const Corrade::Containers::StringView found = Path::upwardsSearch(view(start), row.name);
+        EXPECT_EQ(found.data(), row.found ? start.data() : nullptr) << "a prefix of the start";
+        EXPECT_EQ(text(found), std::regex_replace(row.found ? row.found : "", std::regex{"^D"},
+                                                  directory.path()));
+    }
 }
 
 } // namespace

@@ -35,9 +35,9 @@ TEST(StringArrayTest, PacksWhateverTheHintSays) {
         list.add("and two"_s.exceptPrefix(4));
         list.add({});
         list.add("a string that no hint made room for"_s);
-        expectPacked(list, {"one", "two", "", "a string that no hint made room for"});
-        EXPECT_EQ(list.characters.size(), list.dataSize);
-        EXPECT_EQ(list.characters.data(), list.data);
+        StringArray moved{std::move(list)};
+        moved.add("three"_s);
+        expectPacked(moved, {"one", "two", "", "a string that no hint made room for", "three"});
     }
 }
 
@@ -48,19 +48,6 @@ TEST(StringArrayTest, AHintOfTheTextIsEnoughForItsWords) {
         list.add(word);
     }
     EXPECT_EQ(list.data, store);
-}
-
-TEST(StringArrayTest, MoveTakesTheStrings) {
-    StringArray list{0};
-    list.add("one"_s);
-    list.add("two"_s);
-    const char* const store = list.data;
-    StringArray moved{std::move(list)};
-    expectPacked(moved, {"one", "two"});
-    EXPECT_EQ(moved.data, store);
-    EXPECT_EQ(moved.characters.data(), store);
-    moved.add("three"_s);
-    expectPacked(moved, {"one", "two", "three"});
 }
 
 TEST(StringArrayTest, ViewOfPackedStringsLeavesThemAlone) {
@@ -79,14 +66,13 @@ TEST(StringArrayDeathTest, IndexOutOfRange) {
     StringArray list{0};
     list.add("one"_s);
     list.add("two"_s);
-    EXPECT_DEATH(list.get(2), "^StringArrayView::get\\(\\): invalid index 2 for size 2\n$");
     EXPECT_DEATH(
         {
             /* Fatal messages don't follow a redirection. */
             const Messages redirected;
-            list.get(7);
+            list.get(2);
         },
-        "^StringArrayView::get\\(\\): invalid index 7 for size 2\n$");
+        "^StringArrayView::get\\(\\): invalid index 2 for size 2\n$");
 }
 
 } // namespace
