@@ -28,6 +28,7 @@ BackgroundProgram::BackgroundProgram(const std::string& directory,
         words.push_back(const_cast<char*>(argument.data()));
     }
     words.push_back(nullptr);
+    std::fflush(nullptr); // Or the copy would have the same text to write.
     process = fork();
     if (process == 0) {
         if (std::freopen(outputPath.data(), "w", stdout) &&

@@ -147,7 +147,9 @@ TEST(Launch, HandsOverToTheDesktop) {
         fs::create_directory(directory / "a folder");
         const ScopedVariable path{"PATH", directory / "bin:" + std::getenv("PATH")};
         const ScopedCurrentDirectory current{directory.path()};
+        testing::internal::CaptureStderr();
         row.launch();
+        testing::internal::GetCapturedStderr();
         std::vector<std::string> expected = row.run;
         if (!expected.empty()) {
             expected[0].insert(0, directory.path());
