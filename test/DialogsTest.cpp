@@ -6,7 +6,6 @@
 #include <optional>
 #include <regex>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include <Corrade/Containers/Array.h>
@@ -46,88 +45,68 @@ std::string openFolder(const std::string& title, const std::string& path) {
     return text(openFolderDialog(view(title), view(path)));
 }
 
-/* Has a stub in the place of zenity that records its arguments and answers. */
-class WithStub : public testing::Test {
-protected:
-    /* What `show` returns for that answer. */
-    std::string result(const std::string& answer, const std::function<std::string()>& show) const {
-        writeFile(directory / "answer", answer);
-        writeRecorder(directory / "bin/zenity", directory / "record",
-                      "cat '" + directory / "answer" + "'");
-        ChildProcess dialog{show};
-        return dialog.result(1min).value_or("the dialog goes on");
-    }
-
-    const TemporaryDirectory directory;
-    const ScopedVariable path{"PATH", directory / "bin:" + std::getenv("PATH")};
-    const ScopedVariable desktop{"XDG_SESSION_DESKTOP", "gnome"};
-    const ScopedCurrentDirectory current{directory.path()};
-};
-
 const std::string oddTitle = "--\"it's\" $HOME\n`x`";
 
-struct HandOverRow {
-    const char* name;
-    std::string (*show)(const std::string& directory);
-    const char* answer;
-    const char* result;
-    const char* start;
-    /* What comes behind the options that every dialog has. */
-    const char* options;
-};
-
-class HandOver : public WithStub, public testing::WithParamInterface<HandOverRow> {};
-
-/* `D` stands for the directory of the test, and each option is in brackets. */
-TEST_P(HandOver, ToTheHelper) {
-    const HandOverRow& row = GetParam();
-    writeFile(directory / "file.txt", "");
-    EXPECT_EQ(result(row.answer, [&] { return row.show(directory.path()); }), row.result);
-    std::string options;
-    for (const std::string& option : recordedOptions(directory / "record")) {
-        options += '[' + std::regex_replace(option, std::regex{directory.path()}, "D") + ']';
-    }
-    EXPECT_EQ(options, "[--file-selection][--filename=" + std::string{row.start} +
-                           "][--title=" + oddTitle + "][--separator=\n]" + row.options);
+std::string notify(const std::string& title, const std::string& message) {
+    notification(view(title), view(message), NotificationIcon::Error);
+    return "";
 }
 
-const HandOverRow handOverRows[]{
-    {"existing file", [](auto& d) { return openFiles(oddTitle, d + "/file.txt", false); }, "/a b\n",
-     "/a b\n", "D/file.txt", "[--confirm-overwrite]"},
-    {"existing directory", [](auto& d) { return openFiles(oddTitle, d, true); }, "/b\n/a\n/c\n",
-     "/b\n/a\n/c\n", "D/", "[--confirm-overwrite][--multiple]"},
-    {"missing file to open", [](auto& d) { return openFiles(oddTitle, d + "/none/x", false); }, "",
-     "", "D/", "[--confirm-overwrite]"},
-    {"missing file to save", [](auto& d) { return saveFile(oddTitle, d + "/x"); }, "/a/new\n",
-     "/a/new", "D/", "[--save][--confirm-overwrite]"},
-    {"nothing above exists", [](auto&) { return saveFile(oddTitle, "none/x"); }, "", "", "",
-     "[--save][--confirm-overwrite]"},
-    {"only the root exists", [](auto&) { return openFiles(oddTitle, "/none/such/x", false); }, "",
-     "", "/", "[--confirm-overwrite]"},
-    {"missing folder stays", [](auto& d) { return openFolder(oddTitle, d + "/none/x"); }, "/a b\n",
-     "/a b", "D/none/x", "[--directory][--confirm-overwrite]"},
-    {"filters to open",
-     [](auto& d) {
-         return openFiles(oddTitle, d, false,
-                          {"Images", "*.png *.jpg", "All", "*", "without patterns"});
-     },
-     "", "", "D/", "[--file-filter=Images|*.png *.jpg][--file-filter=All|*][--confirm-overwrite]"},
-    {"filters to save",
-     [](auto& d) {
-         return saveFile(oddTitle, d, {"Text", "*.txt"});
-     },
-     "", "", "D/", "[--file-filter=Text|*.txt][--save][--confirm-overwrite]"},
-};
-INSTANTIATE_TEST_SUITE_P(, HandOver, testing::ValuesIn(handOverRows), rowName<HandOverRow>);
+using Options = std::vector<std::string>;
 
-TEST_F(WithStub, NotificationHandsOverItsTexts) {
-    result("", [] {
-        notification(view(oddTitle), "--a \"message\"", NotificationIcon::Error);
-        return "";
-    });
-    EXPECT_THAT(recordedOptions(directory / "record"),
-                testing::ElementsAre("--notification", "--window-icon=error",
-                                     "--text=" + oddTitle + "\n--a \"message\""));
+/* What every dialog of zenity has, and what comes behind. */
+Options dialog(const std::string& start, const Options& further) {
+    Options all{"--file-selection", "--filename=" + start, "--title=" + oddTitle, "--separator=\n"};
+    all.insert(all.end(), further.begin(), further.end());
+    return all;
+}
+
+/* A stub in the place of zenity records its options and answers. `D` stands for the directory of
+   the test. */
+TEST(Dialogs, HandOverToTheHelper) {
+    const struct {
+        std::string (*show)(const std::string& directory);
+        const char *answer, *result;
+        Options options;
+    } rows[]{
+        // clang-format off
+        {[](auto& d) { return openFiles(oddTitle, d + "/file.txt", false); },
+         "/a b\n", "/a b\n", dialog("D/file.txt", {"--confirm-overwrite"})},
+        {[](auto& d) { return openFiles(oddTitle, d, true); },
+         "/b\n/a\n/c\n", "/b\n/a\n/c\n", dialog("D/", {"--confirm-overwrite", "--multiple"})},
+        {[](auto& d) { return openFiles(oddTitle, d, false, {"A", "*.a *.b", "All", "*", "odd"}); },
+         "", "", dialog("D/", {"--file-filter=A|*.a *.b", "--file-filter=All|*",
+                               "--confirm-overwrite"})},
+        {[](auto&) { return openFiles(oddTitle, "/none/such/x", false); },
+         "", "", dialog("/", {"--confirm-overwrite"})},
+        {[](auto&) { return saveFile(oddTitle, "none/x"); },
+         "", "", dialog("", {"--save", "--confirm-overwrite"})},
+        {[](auto& d) { return saveFile(oddTitle, d + "/none/x", {"Text", "*.txt"}); },
+         "/new\n", "/new",
+         dialog("D/", {"--file-filter=Text|*.txt", "--save", "--confirm-overwrite"})},
+        {[](auto& d) { return openFolder(oddTitle, d + "/none/x"); },
+         "/a b\n", "/a b", dialog("D/none/x", {"--directory", "--confirm-overwrite"})},
+        {[](auto&) { return notify(oddTitle, "--a \"message\""); },
+         "", "",
+         {"--notification", "--window-icon=error", "--text=" + oddTitle + "\n--a \"message\""}},
+        // clang-format on
+    };
+    for (const auto& row : rows) {
+        const TemporaryDirectory directory;
+        writeFile(directory / "file.txt", "");
+        writeFile(directory / "answer", row.answer);
+        writeRecorder(directory / "bin/zenity", directory / "record", "cat answer");
+        const ScopedVariable path{"PATH", directory / "bin:" + std::getenv("PATH")};
+        const ScopedVariable desktop{"XDG_SESSION_DESKTOP", "gnome"};
+        const ScopedCurrentDirectory current{directory.path()};
+        ChildProcess dialog{[&] { return row.show(directory.path()); }};
+        EXPECT_EQ(dialog.result(1min), row.result);
+        Options options = recordedOptions(directory / "record");
+        for (std::string& option : options) {
+            option = std::regex_replace(option, std::regex{directory.path()}, "D");
+        }
+        EXPECT_EQ(options, row.options);
+    }
 }
 
 /* A display with nothing on it, a home and a runtime folder. The server keeps going when its last
@@ -180,27 +159,44 @@ std::optional<std::string> typeUntilClosed(ChildProcess& dialog, const std::stri
     return result;
 }
 
+struct Helper {
+    const char *name, *desktop, *titleSuffix;
+};
+const Helper helpers[]{{"zenity", "gnome", ""}, {"kdialog", "KDE", " \xe2\x80\x94 KDialog"}};
+
 const std::string windowTitle = "It's a \"title\" \xc3\xa4 \xe6\xbc\xa2";
 
 struct WindowRow {
-    const char* name;
     std::string (*show)(const std::string& directory);
-    const char* zenityKeys;
-    const char* kdialogKeys;
+    /* What is typed into the window of each helper; nothing where it has no part in the row. */
+    const char* keys[2];
     const char* result;
 };
 
-struct Helper {
-    const char* name;
-    const char* desktop;
-    const char* titleSuffix;
-    const char* WindowRow::*keys;
+const WindowRow windowRows[]{
+    // clang-format off
+    {[](auto& d) { return openFiles(windowTitle, d + "/files", true, {"Text", "*.txt"}); },
+     {"key ctrl+a key Return", "key ctrl+a type --args 1 '\"a.txt\" \"b.txt\"' key Return"},
+     "D/files/a.txt\nD/files/b.txt\n"},
+    {[](auto& d) { return openFiles(windowTitle, d, true); }, {"key Escape", "key Escape"}, ""},
+    {[](auto& d) { return saveFile(windowTitle, d + "/files/none/x.txt"); },
+     {"key ctrl+a type --args 1 new.txt key Return", "key ctrl+a type --args 1 new.txt key Return"},
+     "D/files/new.txt"},
+    /* zenity starts in the folder above, with the given one selected. */
+    {[](auto& d) { return openFolder(windowTitle, d + "/home"); },
+     {"key ctrl+l ctrl+a type --args 1 home/inner key Return", nullptr}, "D/home/inner"},
+    /* kdialog alone, without the theme of a KDE desktop, enters every folder that exists. */
+    {[](auto& d) { return openFolder(windowTitle, d + "/home"); },
+     {nullptr, "key ctrl+a type --args 1 new key Return"}, "D/home/new"},
+    // clang-format on
 };
 
-class Windows : public testing::TestWithParam<std::tuple<Helper, WindowRow>> {};
+class RealHelper : public testing::TestWithParam<int> {};
+INSTANTIATE_TEST_SUITE_P(, RealHelper, testing::Values(0, 1),
+                         [](const auto& info) { return helpers[info.param].name; });
 
-TEST_P(Windows, GiveWhatTheUserChose) {
-    const auto& [helper, row] = GetParam();
+TEST_P(RealHelper, GivesWhatTheUserChose) {
+    const Helper& helper = helpers[GetParam()];
     const std::string missing = missingPrograms({"Xvfb", "xdotool", helper.name});
     if (!missing.empty()) {
         GTEST_SKIP() << "not installed: " << missing;
@@ -211,108 +207,23 @@ TEST_P(Windows, GiveWhatTheUserChose) {
     writeFile(directory + "/files/b.txt", "");
     fs::create_directories(directory + "/home/inner");
     const ScopedVariable preferred{"XDG_SESSION_DESKTOP", helper.desktop};
-
-    ChildProcess dialog{[&, &row = row] { return row.show(directory); }};
-    std::string window;
-    waitUntil([&] { return !(window = namedWindow()).empty() || dialog.result(0s); });
-    ASSERT_NE(window, "");
-    EXPECT_EQ(outputOf("xdotool getwindowname " + window), windowTitle + helper.titleSuffix + '\n');
-    const std::optional<std::string> result = typeUntilClosed(dialog, window, row.*helper.keys);
-    ASSERT_TRUE(result);
-    EXPECT_EQ(std::regex_replace(*result, std::regex{directory}, "D"), row.result);
-}
-
-const Helper helpers[]{{"zenity", "gnome", "", &WindowRow::zenityKeys},
-                       {"kdialog", "KDE", " \xe2\x80\x94 KDialog", &WindowRow::kdialogKeys}};
-
-const char* const chooseB = "key ctrl+l ctrl+a type --args 1 b.txt key Return";
-const char* const writeB = "key ctrl+a type --args 1 b.txt key Return";
-const char* const cancel = "key Escape";
-const char* const writeNew = "key ctrl+a type --args 1 new.txt key Return";
-
-const WindowRow windowRows[]{
-    {"a file", [](auto& d) { return openFiles(windowTitle, d + "/files", false); }, chooseB, writeB,
-     "D/files/b.txt\n"},
-    {"several files",
-     [](auto& d) {
-         return openFiles(windowTitle, d + "/files", true, {"Text", "*.txt"});
-     },
-     "key ctrl+a key Return", "key ctrl+a type --args 1 '\"a.txt\" \"b.txt\"' key Return",
-     "D/files/a.txt\nD/files/b.txt\n"},
-    {"the file it starts at",
-     [](auto& d) { return openFiles(windowTitle, d + "/files/b.txt", false); }, "key Return",
-     "key Return", "D/files/b.txt\n"},
-    {"a file beside a missing one",
-     [](auto& d) { return openFiles(windowTitle, d + "/files/none/x.txt", false); }, chooseB,
-     writeB, "D/files/b.txt\n"},
-    {"no file", [](auto& d) { return openFiles(windowTitle, d, true); }, cancel, cancel, ""},
-    {"a name to save", [](auto& d) { return saveFile(windowTitle, d + "/files/none/x.txt"); },
-     writeNew, writeNew, "D/files/new.txt"},
-    {"no name to save", [](auto& d) { return saveFile(windowTitle, d); }, cancel, cancel, ""},
-    /* zenity starts in the folder above, with the given one selected. */
-    {"a folder", [](auto& d) { return openFolder(windowTitle, d + "/home"); },
-     "key ctrl+l ctrl+a type --args 1 home/inner key Return", nullptr, "D/home/inner"},
-    /* kdialog alone, without the theme of a KDE desktop, enters every folder that exists. */
-    {"a folder to make", [](auto& d) { return openFolder(windowTitle, d + "/home"); }, nullptr,
-     "key ctrl+a type --args 1 new key Return", "D/home/new"},
-    {"no folder", [](auto& d) { return openFolder(windowTitle, d); }, cancel, cancel, ""},
-};
-std::vector<std::tuple<Helper, WindowRow>> windowRowsOfEachHelper() {
-    std::vector<std::tuple<Helper, WindowRow>> rows;
-    for (const Helper& helper : helpers) {
-        for (const WindowRow& row : windowRows) {
-            if (row.*helper.keys) {
-                rows.emplace_back(helper, row);
-            }
+    for (const WindowRow& row : windowRows) {
+        const char* const keys = row.keys[GetParam()];
+        if (!keys) {
+            continue;
         }
+        SCOPED_TRACE(keys);
+        ChildProcess dialog{[&] { return row.show(directory); }};
+        std::string window;
+        waitUntil([&] { return !(window = namedWindow()).empty() || dialog.result(0s); });
+        ASSERT_NE(window, "");
+        EXPECT_EQ(outputOf("xdotool getwindowname " + window),
+                  windowTitle + helper.titleSuffix + '\n');
+        const std::optional<std::string> result = typeUntilClosed(dialog, window, keys);
+        ASSERT_TRUE(result);
+        EXPECT_EQ(std::regex_replace(*result, std::regex{directory}, "D"), row.result);
     }
-    return rows;
 }
-
-INSTANTIATE_TEST_SUITE_P(, Windows, testing::ValuesIn(windowRowsOfEachHelper()),
-                         [](const auto& info) {
-                             const std::string name = std::get<1>(info.param).name;
-                             return std::get<0>(info.param).name +
-                                    std::regex_replace(name, std::regex{" "}, "");
-                         });
-
-class Notifications : public testing::TestWithParam<const char*> {};
-
-TEST_P(Notifications, ReachTheDaemonOfTheSession) {
-    const std::string missing =
-        missingPrograms({"Xvfb", "dbus-daemon", "dbus-send", "dunst", GetParam()});
-    if (!missing.empty()) {
-        GTEST_SKIP() << "not installed: " << missing;
-    }
-    const Desktop desktop;
-    const TemporaryDirectory& directory = desktop.directory;
-    writeScript(directory / "record.sh", "exec dunst -print > '" + directory / "record" + "'");
-    writeFile(directory / "home/dbus-1/services/notifications.service",
-              "[D-BUS Service]\nName=org.freedesktop.Notifications\nExec=" +
-                  directory / "record.sh" + '\n');
-    const ScopedVariable preferred{"XDG_SESSION_DESKTOP",
-                                   GetParam() == std::string{"kdialog"} ? "KDE" : "gnome"};
-    const ChildProcess bus{"exec dbus-daemon --session --nofork --nopidfile --address=unix:path='" +
-                           directory / "bus" + "' 2> /dev/null"};
-    waitUntil([&] { return fs::exists(directory / "bus"); });
-    /* Some helpers show a window of their own unless the daemon runs already. */
-    outputOf("dbus-send --session --print-reply --dest=org.freedesktop.DBus / "
-             "org.freedesktop.DBus.StartServiceByName "
-             "string:org.freedesktop.Notifications uint32:0");
-
-    ChildProcess sender{[] {
-        notification("It's a \"title\"", "a message \xc3\xa4", NotificationIcon::Warning);
-        return std::string{"sent"};
-    }};
-    ASSERT_EQ(sender.result(1min), "sent");
-    waitUntil([&] { return readFile(directory / "record").find("\n}\n") != std::string::npos; });
-    EXPECT_THAT(readFile(directory / "record"),
-                testing::AllOf(testing::HasSubstr("summary: 'It's a \"title\"'\n"),
-                               testing::HasSubstr("body: 'a message \xc3\xa4'\n"),
-                               testing::HasSubstr("icon: 'warning'\n")));
-}
-INSTANTIATE_TEST_SUITE_P(, Notifications, testing::Values("zenity", "kdialog"),
-                         [](const auto& info) { return std::string{info.param}; });
 
 } // namespace
 } // namespace VespermoorEngine::Test
