@@ -38,6 +38,8 @@ TEST(StringArrayTest, PacksWhateverTheHintSays) {
         StringArray moved{std::move(list)};
         moved.add("three"_s);
         expectPacked(moved, {"one", "two", "", "a string that no hint made room for", "three"});
+        EXPECT_EQ(moved.characters.size(), moved.dataSize);
+        EXPECT_EQ(moved.characters.data(), moved.data);
     }
 }
 

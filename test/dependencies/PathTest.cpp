@@ -66,6 +66,14 @@ TEST(Path, ReadsAndCopiesWhateverTheSize) {
         EXPECT_EQ(text(*Path::readString(view(path))), readFile(path));
     }
     close(memory);
+
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    EXPECT_EQ(write(ends[1], std::string(10000, 'x').data(), 10000), 10000);
+    close(ends[1]);
+    const std::string pipeEnd = "/proc/self/fd/" + std::to_string(ends[0]);
+    EXPECT_EQ(text(*Path::readString(view(pipeEnd))), std::string(10000, 'x'));
+    close(ends[0]);
 }
 
 TEST(Path, PrintsTheReasonOfAFailure) {
