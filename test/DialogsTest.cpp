@@ -177,7 +177,13 @@ const WindowRow windowRows[]{
     {[](auto& d) { return openFiles(windowTitle, d + "/files", true, {"Text", "*.txt"}); },
      {"key ctrl+a key Return", "key ctrl+a type --args 1 '\"a.txt\" \"b.txt\"' key Return"},
      "D/files/a.txt\nD/files/b.txt\n"},
+    /* The window opens where the missing one would be. */
+    {[](auto& d) { return openFiles(windowTitle, d + "/files/none/x.txt", false); },
+     {"key ctrl+l ctrl+a type --args 1 b.txt key Return",
+      "key ctrl+a type --args 1 b.txt key Return"}, "D/files/b.txt\n"},
     {[](auto& d) { return openFiles(windowTitle, d, true); }, {"key Escape", "key Escape"}, ""},
+    {[](auto& d) { return saveFile(windowTitle, d); }, {"key Escape", "key Escape"}, ""},
+    {[](auto& d) { return openFolder(windowTitle, d); }, {"key Escape", "key Escape"}, ""},
     {[](auto& d) { return saveFile(windowTitle, d + "/files/none/x.txt"); },
      {"key ctrl+a type --args 1 new.txt key Return", "key ctrl+a type --args 1 new.txt key Return"},
      "D/files/new.txt"},
@@ -222,6 +228,36 @@ TEST_P(RealHelper, GivesWhatTheUserChose) {
         ASSERT_TRUE(result);
         EXPECT_EQ(std::regex_replace(*result, std::regex{directory}, "D"), row.result);
     }
+}
+
+TEST_P(RealHelper, NotifiesTheDaemonOfTheSession) {
+    const Helper& helper = helpers[GetParam()];
+    const std::string missing =
+        missingPrograms({"Xvfb", "dbus-daemon", "dbus-send", "dunst", helper.name});
+    if (!missing.empty()) {
+        GTEST_SKIP() << "not installed: " << missing;
+    }
+    const Desktop desktop;
+    const TemporaryDirectory& directory = desktop.directory;
+    writeScript(directory / "record.sh", "exec dunst -print > '" + directory / "record" + "'");
+    writeFile(directory / "home/dbus-1/services/notifications.service",
+              "[D-BUS Service]\nName=org.freedesktop.Notifications\nExec=" +
+                  directory / "record.sh" + '\n');
+    const ScopedVariable preferred{"XDG_SESSION_DESKTOP", helper.desktop};
+    const ChildProcess bus{"exec dbus-daemon --session --nofork --nopidfile --address=unix:path='" +
+                           directory / "bus" + "' 2> /dev/null"};
+    waitUntil([&] { return fs::exists(directory / "bus"); });
+    /* Some helpers show a window of their own unless the daemon runs already. */
+    outputOf("dbus-send --session --print-reply --dest=org.freedesktop.DBus / "
+             "org.freedesktop.DBus.StartServiceByName "
+             "string:org.freedesktop.Notifications uint32:0");
+    ChildProcess sender{[] { return notify(windowTitle, "a message \xc3\xa4"); }};
+    ASSERT_EQ(sender.result(1min), "");
+    waitUntil([&] { return readFile(directory / "record").find("\n}\n") != std::string::npos; });
+    EXPECT_THAT(readFile(directory / "record"),
+                testing::AllOf(testing::HasSubstr("summary: '" + windowTitle + "'\n"),
+                               testing::HasSubstr("body: 'a message \xc3\xa4'\n"),
+                               testing::HasSubstr("icon: 'error'\n")));
 }
 
 } // namespace

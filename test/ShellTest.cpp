@@ -38,7 +38,7 @@ TEST_F(Shell, GivesOutputAndWaitStatus) {
         {"true", "", 0},
         {"head -c 8192 /dev/zero", std::string(8192, '\0'), 0},
         {"head -c 8193 /dev/zero", std::string(8193, '\0'), 0},
-        {"head -c 8000000 /dev/zero", std::string(8000000, '\0'), 0},
+        {"head -c 67108864 /dev/zero", std::string(67108864, '\0'), 0},
         {R"(printf "a\000b\000")", "a\0b\0"s, 0},
         {"echo out; echo error >&2; echo out", "out\nerror\nout\n", 0},
         {"echo before; exit 1", "before\n", 1 << 8},
@@ -71,6 +71,15 @@ TEST_F(Shell, RunsInTheDirectoryOrNotAtAll) {
         EXPECT_EQ(std::regex_replace(text(output), std::regex{directory.path()}, ""), row.output);
         EXPECT_EQ(fs::current_path(), directory.path());
     }
+}
+
+/* Whether the outer shell makes room for the inner one or waits for it, and then reports its end,
+   is its own choice. */
+TEST_F(Shell, TellsOfAKilledCommand) {
+    Containers::String output;
+    const int status = runShellCommandCapture("echo before; kill -9 $$", output, {});
+    EXPECT_THAT(text(output), testing::StartsWith("before\n"));
+    EXPECT_THAT(status, testing::AnyOf(SIGKILL, (128 + SIGKILL) << 8));
 }
 
 TEST_F(Shell, LeavesTheOutputWhereNoShellCanBeStarted) {

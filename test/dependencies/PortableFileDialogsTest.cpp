@@ -40,9 +40,15 @@ struct Stubs {
     /* What `show` returns in a process of its own, since the real header looks for its helper once
        in a process. */
     static std::string result(const std::function<std::string()>& show) {
-        ChildProcess dialogs{[&] {
+        ChildProcess dialogs{[&]() -> std::string {
+            const auto descriptors = [] {
+                return std::distance(fs::directory_iterator{"/proc/self/fd"}, {});
+            };
+            const auto before = descriptors();
             const std::string result = show();
-            return waitpid(-1, nullptr, WNOHANG) == -1 ? result : "a child is left";
+            return waitpid(-1, nullptr, WNOHANG) != -1 ? "a child is left"
+                   : descriptors() != before           ? "a descriptor is left"
+                                                       : result;
         }};
         return dialogs.result(1min).value_or("a dialog goes on");
     }
