@@ -30,56 +30,47 @@ namespace {
 using ListFlag = Utility::Path::ListFlag;
 using Visitor = Function<bool(Containers::StringView)>;
 
-/* What tells one directory from every other, under whatever path it is found. One of nothing is the
-   same as no other. */
-struct Identity {
-    bool isSame(const Identity& other) const {
+/* What stands at a path, links looked through. Nothing is the same as no other. */
+struct Entry {
+    bool isSame(const Entry& other) const {
         return exists && other.exists && device == other.device && inode == other.inode;
     }
 
     bool exists = false;
+    bool isLink = false;
+    bool isDirectory = false;
     dev_t device = 0;
     ino_t inode = 0;
 };
 
-/* Identity of what `path` leads to, links looked through. */
-Identity identity(const Containers::StringView path) {
+/* Asks the system once, and once more for a link. */
+Entry entryAt(const Containers::StringView path) {
+    const Containers::String name = Containers::String::nullTerminatedView(path);
     struct stat status;
-    if (stat(Containers::String::nullTerminatedView(path).data(), &status) != 0) {
+    if (lstat(name.data(), &status) != 0) {
         return {};
     }
-    return {true, status.st_dev, status.st_ino};
-}
-
-/* Status of `path` itself, links not looked through; empty, with `errno` set, on failure. */
-Containers::Optional<struct stat> linkStatus(const Containers::StringView path) {
-    struct stat status;
-    if (lstat(Containers::String::nullTerminatedView(path).data(), &status) != 0) {
+    const bool link = S_ISLNK(status.st_mode);
+    if (link && stat(name.data(), &status) != 0) {
         return {};
     }
-    return status;
+    return {true, link, S_ISDIR(status.st_mode), status.st_dev, status.st_ino};
 }
 
 /* Whether the directory that the link `path` leads to lies on the way to the link: it is the one at
    the first `startSize` bytes of the path or at any directory between there and the link. Asks for
    each of them anew, since only links pay for it. */
 bool leadsBack(const Containers::StringView path, const std::size_t startSize) {
-    const Identity target = identity(path);
+    const Entry target = entryAt(path);
     Containers::StringView passed = path.prefix(startSize);
     while (passed.size() < path.size()) {
-        if (identity(passed).isSame(target)) {
+        if (entryAt(passed).isSame(target)) {
             return true;
         }
         const Containers::StringView rest = path.exceptPrefix(passed.size() + 1);
         passed = path.prefix(rest.findOr('/', path.end()).begin());
     }
     return false;
-}
-
-/* Whether the directory `path` is a link that leads back. */
-bool isCycle(const Containers::StringView path, const std::size_t startSize) {
-    const Containers::Optional<struct stat> status = linkStatus(path);
-    return status && S_ISLNK(status->st_mode) && leadsBack(path, startSize);
 }
 
 /* Appends what `names` hold, if anything, with `directory` in front. */
@@ -126,36 +117,27 @@ Containers::StringView topmostMissing(Containers::StringView path) {
     }
 }
 
-/* Copies a file onto another. One that is the very same under another name, a link to it say, is
-   refused: opening it for writing would empty the source. */
-bool copyFile(const Containers::StringView source, const Containers::StringView destination) {
-    const Identity taken = identity(destination);
-    return !(taken.exists && taken.isSame(identity(source))) &&
-           Utility::Path::copy(source, destination);
-}
-
 /* Directories that a copy makes outside of what it copies: the destination, and the topmost of
    those made to hold it. They are left out where they lie inside the source. */
 struct OwnDirectories {
-    bool contain(const Containers::StringView path) const {
-        const Identity candidate = identity(path);
-        return candidate.isSame(destination) || candidate.isSame(topmost);
+    bool contain(const Entry& entry) const {
+        return entry.isSame(destination) || entry.isSame(topmost);
     }
 
-    Identity destination;
-    Identity topmost;
+    Entry destination;
+    Entry topmost;
 };
 
 } // namespace
 
 bool isSymlink(const Containers::StringView path) {
-    const Containers::Optional<struct stat> status = linkStatus(path);
-    if (!status) {
+    struct stat status;
+    if (lstat(Containers::String::nullTerminatedView(path).data(), &status) != 0) {
         const char* const reason = std::strerror(errno);
         Utility::Error{} << "isSymlink(): Unable to stat path" << path << ":" << reason;
         return false;
     }
-    return S_ISLNK(status->st_mode);
+    return S_ISLNK(status.st_mode);
 }
 
 bool isExpanded(const std::size_t startSize, const Containers::StringView path,
@@ -190,7 +172,8 @@ bool visitPathBelow(const Containers::StringView start, const Containers::String
 }
 
 bool copyRecursive(const Containers::StringView source, const Containers::StringView destination) {
-    if (Utility::Path::isDirectory(source) && identity(source).isSame(identity(destination))) {
+    const Entry present = entryAt(destination);
+    if (present.isDirectory && present.isSame(entryAt(source))) {
         return true;
     }
     const Containers::String topmost = topmostMissing(destination);
@@ -201,20 +184,24 @@ bool copyRecursive(const Containers::StringView source, const Containers::String
         /* A copy, since appending may move the list's strings. */
         const Containers::String relative = paths[i];
         const Containers::String origin = Utility::Path::join(source, relative);
-        if (!Utility::Path::isDirectory(origin)) {
-            if (!copyFile(origin, Utility::Path::join(destination, relative))) {
+        const Containers::String target = Utility::Path::join(destination, relative);
+        const Entry entry = entryAt(origin);
+        if (!entry.isDirectory) {
+            /* Opening a file for writing that is the source under another name would empty it. */
+            if ((present.exists && entry.isSame(entryAt(target))) ||
+                !Utility::Path::copy(origin, target)) {
                 return false;
             }
             continue;
         }
-        if (own.contain(origin)) {
+        if (own.contain(entry)) {
             continue;
         }
-        Utility::Path::make(Utility::Path::join(destination, relative));
+        Utility::Path::make(target);
         if (i == 0) {
-            own = {identity(destination), identity(topmost)};
+            own = {entryAt(destination), entryAt(topmost)};
         }
-        if (!isCycle(origin, source.size())) {
+        if (!entry.isLink || !leadsBack(origin, source.size())) {
             appendNames(paths, relative, Utility::Path::list(origin, ListFlag::SkipDotAndDotDot));
         }
     }
