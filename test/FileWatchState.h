@@ -27,15 +27,6 @@ namespace Test {
 
 using State = FileWatchTestAccess;
 
-/** @brief Copies of @p strings that matchers take. */
-inline std::vector<std::string> texts(const Containers::Array<Containers::String>& strings) {
-    std::vector<std::string> copies;
-    for (const Containers::String& string : strings) {
-        copies.push_back(text(string));
-    }
-    return copies;
-}
-
 /** @brief Descriptors of the kernel watches that @p watch holds, as the kernel tells them. */
 inline std::set<int> kernelWatches(FileWatch& watch) {
     std::set<int> descriptors;
