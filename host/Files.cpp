@@ -1,7 +1,6 @@
 #include "Files.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -58,13 +57,16 @@ private:
     int reason;
 };
 
-/* Returns 0 or the system's error. */
+/* Returns 0 or the system's error. Ends also where nobody takes the content, once the process was
+   told to end: whoever takes nothing between two interruptions is not waited for. */
 int writeAll(const int descriptor, Containers::StringView content) {
+    bool interrupted = false;
     while (!content.isEmpty()) {
         const ssize_t written = write(descriptor, content.data(), content.size());
         if (written >= 0) {
             content = content.exceptPrefix(std::size_t(written));
-        } else if (errno != EINTR) {
+            interrupted = false;
+        } else if (errno != EINTR || std::exchange(interrupted, true)) {
             return errno;
         }
     }
@@ -168,9 +170,8 @@ bool holds(const Containers::StringView path, const Containers::StringView conte
 }
 
 void print(const Containers::StringView content) {
-    if (std::fwrite(content.data(), 1, content.size(), stdout) != content.size() ||
-        std::fflush(stdout) != 0) {
-        fail("standard output", errno);
+    if (const int error = writeAll(STDOUT_FILENO, content)) {
+        throw Failure{"standard output", error == EINTR ? "nobody reads it" : std::strerror(error)};
     }
 }
 

@@ -25,7 +25,7 @@ void replaceFile(Containers::StringView path, Containers::StringView content);
 /** @brief Whether @p path is a regular file that holds exactly @p content. */
 bool holds(Containers::StringView path, Containers::StringView content);
 
-/** @brief Writes @p content to standard output; throws @ref Failure where that fails. */
+/** @brief Writes @p content to standard output at once; throws @ref Failure where that fails. */
 void print(Containers::StringView content);
 
 /** @brief @ref replaceFile() where @p path names a file, @ref print() where it is empty. */

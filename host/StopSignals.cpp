@@ -1,21 +1,48 @@
 #include "StopSignals.h"
 
+#include <initializer_list>
+
+#include <poll.h>
+#include <unistd.h>
+
 namespace VespermoorEngine::Host {
 
+namespace {
+
+volatile std::sig_atomic_t arrived = 0;
+
+/* The alarm comes again and again, since a call may begin to block just after a signal came. */
+extern "C" void noteSignal(int) {
+    std::signal(SIGINT, SIG_IGN);
+    std::signal(SIGTERM, SIG_IGN);
+    arrived = 1;
+    alarm(1);
+}
+
+} // namespace
+
 StopSignals::StopSignals() {
+    /* Without SA_RESTART, so that calls which block are interrupted. */
+    struct sigaction action {};
+    action.sa_handler = noteSignal;
     sigemptyset(&awaited);
-    sigaddset(&awaited, SIGINT);
-    sigaddset(&awaited, SIGTERM);
+    for (const int signal : {SIGINT, SIGTERM, SIGALRM}) {
+        sigaddset(&awaited, signal);
+        sigaction(signal, &action, nullptr);
+    }
+    sigprocmask(SIG_UNBLOCK, &awaited, nullptr);
+}
+
+bool StopSignals::arriveWithin(const std::chrono::nanoseconds time) {
+    const timespec timeout{time.count() / 1'000'000'000, time.count() % 1'000'000'000};
+    /* Blocked between the look and the wait, or one that comes there would be slept through. */
+    sigset_t before;
     sigprocmask(SIG_BLOCK, &awaited, &before);
-}
-
-StopSignals::~StopSignals() {
+    if (!arrived) {
+        ppoll(nullptr, 0, &timeout, &before);
+    }
     sigprocmask(SIG_SETMASK, &before, nullptr);
-}
-
-bool StopSignals::arriveWithin(const std::chrono::milliseconds time) {
-    const timespec timeout{time.count() / 1000, time.count() % 1000 * 1000000};
-    return sigtimedwait(&awaited, nullptr, &timeout) > 0;
+    return arrived;
 }
 
 } // namespace VespermoorEngine::Host

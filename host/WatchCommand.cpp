@@ -1,17 +1,21 @@
 #include "WatchCommand.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <limits>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
+#include <Corrade/Containers/StringStl.h>
 #include <Corrade/Utility/Path.h>
 #include <VespermoorEditor/Utils/FileWatch.h>
 
 #include "Failure.h"
+#include "Files.h"
 #include "StopSignals.h"
 
 namespace VespermoorEngine::Host {
@@ -19,23 +23,25 @@ namespace VespermoorEngine::Host {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+/* Of floating point, which no number of seconds overflows. */
+using Seconds = std::chrono::duration<double>;
 
 struct Options {
     std::vector<std::string> paths;
     int tick = 50;
-    double seconds = 0.0;
+    double seconds = std::numeric_limits<double>::infinity();
 };
 
-/* Prints one line for each change, however many of the paths it concerns. */
+/* Collects one line for each change, however many of the paths it concerns, and prints them. */
 class Printer {
 public:
     /* Listener of the path at `position`. A change comes to the listeners in the order of their
-       paths, so the same one again at a later path is one that has been printed. */
+       paths, so the same one again at a later path is one that there is a line for. */
     FileWatch::Callback listener(const std::size_t position) {
         return {Corrade::DefaultInit,
                 [this, position](const Containers::StringView path, const FileWatch::Event event) {
                     if (position <= lastPosition || path != lastPath || event != lastEvent) {
-                        print(path, event);
+                        add(path, event);
                         lastPath = path;
                         lastEvent = event;
                     }
@@ -43,14 +49,17 @@ public:
                 }};
     }
 
+    /* Not done by the listeners: what they throw goes no further than the watch. */
+    void printChanges() { print(std::exchange(lines, {})); }
+
 private:
-    static void print(const Containers::StringView path, const FileWatch::Event event) {
-        std::fputs(event == FileWatch::Event::Remove ? "Remove " : "Modify ", stdout);
-        std::fwrite(path.data(), 1, path.size(), stdout);
-        std::fputc('\n', stdout);
-        std::fflush(stdout);
+    void add(const Containers::StringView path, const FileWatch::Event event) {
+        lines += event == FileWatch::Event::Remove ? "Remove " : "Modify ";
+        lines.append(path.data(), path.size());
+        lines += '\n';
     }
 
+    std::string lines;
     std::size_t lastPosition = 0;
     Containers::String lastPath;
     FileWatch::Event lastEvent{};
@@ -74,13 +83,19 @@ void run(const Options& options) {
         add(watch, {path.data(), path.size()}, printer.listener(i));
     }
     std::fprintf(stderr, "watching %zu directories\n", watch.directoryCount());
-    const auto end = Clock::now() + std::chrono::duration_cast<Clock::duration>(
-                                        std::chrono::duration<double>{options.seconds});
-    do {
+    const Clock::time_point begin = Clock::now();
+    const Seconds tick = std::chrono::milliseconds{options.tick};
+    bool isOver = false;
+    while (!isOver) {
         watch.update();
-    } while (!signals.arriveWithin(std::chrono::milliseconds{options.tick}) &&
-             (options.seconds == 0.0 || Clock::now() < end));
+        printer.printChanges();
+        const Seconds left = Seconds{options.seconds} - (Clock::now() - begin);
+        isOver = left <= Seconds::zero() ||
+                 signals.arriveWithin(
+                     std::chrono::duration_cast<std::chrono::nanoseconds>(std::min(left, tick)));
+    }
     watch.update();
+    printer.printChanges();
 }
 
 } // namespace

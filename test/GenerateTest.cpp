@@ -258,7 +258,7 @@ TEST_F(GenerateWatchTest, FollowsEverySave) {
     EXPECT_EQ(content("list.txt"), "<i0><second>");
     writeFile(directory / "second.json", R"({"items": [{"name": "back"}], "named": {}})");
     waitFor("list.txt", "<back>");
-    EXPECT_EQ(program.stop(SIGTERM), 0);
+    EXPECT_EQ(program.stop({SIGTERM}), 0);
 }
 
 TEST_F(GenerateWatchTest, AFailureLeavesTheOldOutputAndTheNextSaveMendsIt) {
@@ -277,7 +277,7 @@ TEST_F(GenerateWatchTest, AFailureLeavesTheOldOutputAndTheNextSaveMendsIt) {
     waitUntil([&] { return program.error().find("late.tmpl: No such file") != std::string::npos; });
     writeFile(directory / "new/late.tmpl", "{{ name }} again");
     waitFor("late.txt", "second again");
-    EXPECT_EQ(program.stop(SIGINT), 0);
+    EXPECT_EQ(program.stop({SIGINT}), 0);
 }
 
 /* Another process truncates and rewrites, replaces and deletes the data a thousand times, and a
@@ -317,7 +317,7 @@ TEST_F(GenerateWatchTest, NoOutputIsEverSeenHalfWritten) {
     int status = -1;
     waitpid(writer, &status, 0);
     EXPECT_EQ(status, 0);
-    EXPECT_EQ(program.stop(SIGTERM), 0);
+    EXPECT_EQ(program.stop({SIGTERM}), 0);
     /* It reacted to the saves and not to its own writes: there are no more of these than saves. */
     const std::string written = program.output();
     EXPECT_LE(std::count(written.begin(), written.end(), '\n'), 2 * 1001 + 4);
@@ -329,7 +329,7 @@ TEST_F(GenerateWatchTest, DoesNotReactToItsOwnWrites) {
     writeFile(directory / "first.json", R"({"name": "b", "words": [], "only": "here"})");
     waitFor("whole.txt", "b here\n");
     waitFor("region.txt", "1[a][/a]2[b]b here\n[/b]3");
-    program.stop(SIGTERM);
+    program.stop({SIGTERM});
     EXPECT_EQ(program.output(), lines("wrote ", all) +
                                     lines("wrote ", {"whole.txt", "region.txt"}) +
                                     lines("wrote ", {"whole.txt", "region.txt"}));

@@ -1,15 +1,13 @@
-#include <algorithm>
 #include <csignal>
 #include <filesystem>
+#include <optional>
 
 #include <fcntl.h>
-#include <poll.h>
-#include <spawn.h>
-#include <sys/wait.h>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include <gmock/gmock.h>
-
+#include "Processes.h"
 #include "Program.h"
 #include "Support.h"
 #include "Tree.h"
@@ -18,147 +16,108 @@ namespace VespermoorEngine::Test {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::ElementsAreArray;
+using testing::HasSubstr;
 
-/* The command while it runs, with its output at hand. */
-class Watcher {
-public:
-    Watcher(const std::string& tick, std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), {VESPERMOOR_PROGRAM, "watch", "--tick", tick});
-        std::vector<char*> pointers;
-        for (std::string& argument : arguments) {
-            pointers.push_back(argument.data());
-        }
-        pointers.push_back(nullptr);
-        int outputEnds[2], errorEnds[2];
-        EXPECT_EQ(pipe2(outputEnds, O_CLOEXEC), 0);
-        EXPECT_EQ(pipe2(errorEnds, O_CLOEXEC), 0);
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_adddup2(&actions, outputEnds[1], 1);
-        posix_spawn_file_actions_adddup2(&actions, errorEnds[1], 2);
-        EXPECT_EQ(posix_spawn(&child, pointers[0], &actions, nullptr, pointers.data(), environ), 0);
-        posix_spawn_file_actions_destroy(&actions);
-        close(outputEnds[1]);
-        close(errorEnds[1]);
-        output = outputEnds[0];
-        error = errorEnds[0];
+/* The command in a small tree, with its output in the directory `logs`. */
+class HostWatch : public testing::Test {
+protected:
+    HostWatch() { makeTree(root.path(), {"w/f", "w/g", "w/a/b/", "o/", "n/x"}); }
+
+    /* Waits until all paths are watched. */
+    void start(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "watch");
+        program.emplace(logs.path(), arguments);
+        waitUntil([&] { return testing::Value(program->error(), HasSubstr(" directories\n")); });
     }
 
-    ~Watcher() {
-        if (child > 0) {
-            end(SIGKILL);
-        }
-        close(output);
-        close(error);
-    }
-
-    Watcher(const Watcher&) = delete;
-    Watcher& operator=(const Watcher&) = delete;
-
-    std::string outputLine() { return line(output); }
-    std::string errorLine() { return line(error); }
-
-    /* Sends the signal and returns the exit code. */
-    int end(const int signal) {
-        kill(child, signal);
-        return wait();
-    }
-
-    int wait() {
-        int status = 0;
-        EXPECT_EQ(waitpid(child, &status, 0), child);
-        child = 0;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-
-private:
-    /* The next line; empty at the end of the output, or where none comes for a long time. */
-    static std::string line(const int descriptor) {
-        std::string text;
-        pollfd ready{descriptor, POLLIN, 0};
-        char c;
-        while (poll(&ready, 1, 30'000) == 1 && read(descriptor, &c, 1) == 1 && c != '\n') {
-            text += c;
-        }
-        return text;
-    }
-
-    pid_t child = 0;
-    int output;
-    int error;
+    const TemporaryDirectory root;
+    const ScopedCurrentDirectory current{root.path()};
+    const TemporaryDirectory logs;
+    std::optional<BackgroundProgram> program;
 };
 
 struct WatchRow {
     const char* name;
     std::vector<std::string> paths;
     const char* ready;
-    void (*change)(const std::string& root);
-    std::vector<std::string> lines;
+    void (*change)();
+    std::vector<std::pair<std::string, std::string>> lines;
 };
 
-void PrintTo(const WatchRow& row, std::ostream* const out) {
-    *out << row.name;
+class HostWatchTest : public HostWatch, public testing::WithParamInterface<WatchRow> {};
+
+TEST_P(HostWatchTest, PrintsChanges) {
+    start(GetParam().paths);
+    EXPECT_EQ(program->error(), GetParam().ready);
+    GetParam().change();
+    std::string expected;
+    for (const auto& [event, path] : GetParam().lines) {
+        expected += event + ' ' + (root / path) + '\n';
+    }
+    waitUntil([&] { return program->output() == expected; });
+    EXPECT_EQ(program->stop({SIGINT}), 0);
+    EXPECT_EQ(program->output(), expected);
 }
 
-const WatchRow rows[]{
+const std::vector<WatchRow> rows{
     // clang-format off
-    {"directory", {"w"}, "watching 3 directories", [](const std::string& r) {
-     fs::rename(r + "/w/f", r + "/w/g"); fs::rename(r + "/n", r + "/w/a/n"); },
-     {"Remove w/f", "Modify w/g", "Modify w/a/n/x", "Modify w/a/n"}},
-    {"file", {"w/f"}, "watching 3 directories", [](const std::string& r) {fs::remove(r + "/w/g");
-     fs::remove(r + "/w/f"); }, {"Remove w/f"}},
+    {"directory", {"w"}, "watching 3 directories\n",
+     [] { fs::rename("w/f", "w/g"); fs::rename("n", "w/a/n"); },
+     {{"Remove", "w/f"}, {"Modify", "w/g"}, {"Modify", "w/a/n/x"}, {"Modify", "w/a/n"}}},
+    {"file", {"w/f"}, "watching 3 directories\n", [] { fs::remove("w/g"); fs::remove("w/f"); },
+     {{"Remove", "w/f"}}},
     {"one change is one line, however many paths it concerns", {"w", "w/f", "w/a", "o"},
-     "watching 4 directories", [](const std::string& r) {fs::rename(r + "/w/f", r + "/w/a/f");
-     fs::rename(r + "/w/a/f", r + "/o/f"); },
-     {"Remove w/f", "Modify w/a/f", "Remove w/a/f", "Modify o/f"}},
+     "watching 4 directories\n", [] { fs::rename("w/f", "w/a/f"); fs::rename("w/a/f", "o/f"); },
+     {{"Remove", "w/f"}, {"Modify", "w/a/f"}, {"Remove", "w/a/f"}, {"Modify", "o/f"}}},
     // clang-format on
 };
 
-class HostWatchTest : public testing::TestWithParam<WatchRow> {};
-
-TEST_P(HostWatchTest, PrintsChanges) {
-    const WatchRow& row = GetParam();
-    const TemporaryDirectory root;
-    makeTree(root.path(), {"w/f", "w/g", "w/a/b/", "o/", "n/x"});
-    std::vector<std::string> paths;
-    std::transform(row.paths.begin(), row.paths.end(), std::back_inserter(paths),
-                   [&](const std::string& path) { return root / path; });
-    Watcher watcher{"1", paths};
-    EXPECT_EQ(watcher.errorLine(), row.ready);
-    row.change(root.path());
-    for (const std::string& expected : row.lines) {
-        const std::size_t blank = expected.find(' ') + 1;
-        EXPECT_EQ(watcher.outputLine(),
-                  expected.substr(0, blank) + (root / expected.substr(blank)));
-    }
-    EXPECT_EQ(watcher.end(SIGINT), 0);
-}
-
 INSTANTIATE_TEST_SUITE_P(, HostWatchTest, testing::ValuesIn(rows), rowName<WatchRow>);
 
-TEST(HostWatch, EndsWithALastLook) {
-    const TemporaryDirectory root;
-    Watcher watcher{"60000", {root.path()}};
-    EXPECT_EQ(watcher.errorLine(), "watching 1 directories");
-    writeFile(root / "f", "");
-    EXPECT_EQ(watcher.end(SIGTERM), 0);
-    EXPECT_EQ(watcher.outputLine(), "Modify " + (root / "f"));
+/* Both signals are there before the program can look at either. */
+TEST_F(HostWatch, EndsWithALastLookHoweverManySignalsCome) {
+    for (const auto& [option, value] : {std::pair{"--tick", "60000"}, {"--for", "1e10"}}) {
+        start({"w/a", option, value});
+        writeFile(root / "w/a/f", "");
+        EXPECT_EQ(program->stop({SIGSTOP, SIGINT, SIGTERM, SIGCONT}), 0);
+        EXPECT_EQ(program->output(), "Modify " + (root / "w/a/f") + '\n') << option;
+        fs::remove("w/a/f");
+    }
 }
 
-TEST(HostWatch, EndsByItself) {
-    const TemporaryDirectory root;
-    Watcher watcher{"1", {"--for", "0.01", root.path()}};
-    EXPECT_EQ(watcher.wait(), 0);
+TEST_F(HostWatch, EndsWhereNothingCanBePrinted) {
+    fs::create_symlink("/dev/full", logs / "program.output");
+    start({"o"});
+    writeFile(root / "o/f", "");
+    waitUntil([&] {
+        return testing::Value(program->error(), HasSubstr("utils: standard output: No space "));
+    });
+    EXPECT_EQ(program->stop({}), 1);
+    fs::remove(logs / "program.output");
+    /* What nobody reads fills a pipe, and would keep the program for ever. */
+    const std::string pipe = logs / "program.output";
+    ASSERT_EQ(mkfifo(pipe.data(), 0600), 0);
+    const int reader = open(pipe.data(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    while (write(reader, "", 1) == 1) {
+    }
+    start({"o"});
+    writeFile(root / "o/f", "");
+    EXPECT_EQ(program->stop({SIGTERM}), 1);
+    EXPECT_EQ(program->error(),
+              "watching 1 directories\nvespermoor-utils: standard output: nobody reads it\n");
+    close(reader);
 }
 
-TEST(HostWatch, RefusesAPathThatDoesNotExist) {
-    const TemporaryDirectory root;
-    const ProgramRun run = runProgram({"watch", root.path(), root / "none"});
+TEST_F(HostWatch, EndsByItselfBeforeATickIsOver) {
+    ChildProcess run{[] { return runProgram({"watch", "o", "--for=0.01", "--tick=60000"}).error; }};
+    EXPECT_EQ(run.result(std::chrono::seconds{30}), "watching 1 directories\n");
+}
+
+TEST_F(HostWatch, RefusesAPathThatDoesNotExist) {
+    const ProgramRun run = runProgram({"watch", "w", "none"});
     EXPECT_EQ(run.exitCode, 1);
-    EXPECT_EQ(run.output, "");
-    EXPECT_EQ(run.error,
-              "vespermoor-utils: " + (root / "none") + ": there is no such file or directory\n");
+    EXPECT_EQ(run.output + run.error,
+              "vespermoor-utils: none: there is no such file or directory\n");
 }
 
 } // namespace

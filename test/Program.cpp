@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <cstdio>
-#include <utility>
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -40,7 +39,7 @@ BackgroundProgram::BackgroundProgram(const std::string& directory,
 }
 
 BackgroundProgram::~BackgroundProgram() {
-    stop(SIGKILL);
+    stop({SIGKILL});
 }
 
 std::string BackgroundProgram::output() const {
@@ -51,13 +50,16 @@ std::string BackgroundProgram::error() const {
     return readFile(errorPath);
 }
 
-int BackgroundProgram::stop(const int signal) {
+int BackgroundProgram::stop(const std::vector<int>& signals) {
     if (process == -1) { // As a receiver of signals that would mean every process there is.
         return -1;
     }
-    kill(process, signal);
-    int status = 0;
-    waitpid(std::exchange(process, -1), &status, 0);
+    for (const int signal : signals) {
+        kill(process, signal);
+    }
+    int status = -1;
+    waitUntil([&] { return waitpid(process, &status, WNOHANG) == process; });
+    process = status == -1 ? process : -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 

@@ -35,9 +35,12 @@ public:
     /** @brief What it has printed to standard error so far. */
     std::string error() const;
 
-    /** @brief Sends @p signal, none for 0, and returns the exit code, or -1 where it did not exit.
+    /**
+     * @brief Sends @p signals and returns the exit code, or -1 where a signal ended it.
+     *
+     * Fails the test where it does not end.
      */
-    int stop(int signal);
+    int stop(const std::vector<int>& signals);
 
 private:
     std::string outputPath;
