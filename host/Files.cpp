@@ -101,19 +101,6 @@ int writeInto(const std::string& path, const Containers::StringView content) {
     return writeError ? writeError : closeError;
 }
 
-/* Where a write to `path` ends, also where nothing exists there yet. */
-fs::path followLinks(fs::path path) {
-    std::error_code error;
-    for (int links = 0; links != maxLinks && fs::is_symlink(path, error); ++links) {
-        path = path.parent_path() / fs::read_symlink(path, error);
-    }
-    return path;
-}
-
-std::string parentOf(const fs::path& path) {
-    return path.has_parent_path() ? path.parent_path().string() : ".";
-}
-
 /* There is no way to ask for the mask without setting it. */
 mode_t defaultMode() {
     const mode_t mask = umask(0);
@@ -137,6 +124,19 @@ const char* whyUnreadable(const std::string& path) {
 
 } // namespace
 
+std::vector<fs::path> linkChain(const fs::path& path) {
+    std::vector<fs::path> chain{path};
+    std::error_code error;
+    for (int links = 0; links != maxLinks && fs::is_symlink(chain.back(), error); ++links) {
+        chain.push_back(chain.back().parent_path() / fs::read_symlink(chain.back(), error));
+    }
+    return chain;
+}
+
+std::string parentOf(const fs::path& path) {
+    return path.has_parent_path() ? path.parent_path().string() : ".";
+}
+
 Containers::String readFile(const Containers::StringView path) {
     /* The one line for the user is made here, so the library's own is not wanted. */
     Corrade::Utility::Error silent{nullptr};
@@ -148,7 +148,7 @@ Containers::String readFile(const Containers::StringView path) {
 }
 
 void replaceFile(const Containers::StringView path, const Containers::StringView content) {
-    const fs::path target = followLinks(std::string{path});
+    const fs::path target = linkChain(std::string{path}).back();
     struct stat status {};
     const bool exists = stat(target.c_str(), &status) == 0;
     if (exists && S_ISDIR(status.st_mode)) {

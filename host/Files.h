@@ -1,6 +1,10 @@
 #ifndef Vespermoor_Host_Files_h
 #define Vespermoor_Host_Files_h
 
+#include <filesystem>
+#include <string>
+#include <vector>
+
 #include <Corrade/Containers/Optional.h>
 #include <Corrade/Containers/String.h>
 #include <Corrade/Containers/StringView.h>
@@ -8,6 +12,16 @@
 namespace VespermoorEngine::Host {
 
 namespace Containers = Corrade::Containers;
+
+/**
+ * @brief @p path, and where it is a link behind it what that leads to, and so on.
+ *
+ * The last one is where a read or a write ends, also where nothing exists there yet.
+ */
+std::vector<std::filesystem::path> linkChain(const std::filesystem::path& path);
+
+/** @brief The directory that holds the entry @p path. */
+std::string parentOf(const std::filesystem::path& path);
 
 /** @brief Content of the file @p path; throws @ref Failure with the system's reason. */
 Containers::String readFile(Containers::StringView path);

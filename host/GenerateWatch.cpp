@@ -4,12 +4,7 @@
 #include <cstdio>
 #include <utility>
 
-#include <sys/stat.h>
-
-#include <Corrade/Containers/Pair.h>
 #include <Corrade/Containers/StringStl.h>
-#include <Corrade/Utility/Path.h>
-#include <VespermoorEngine/Path.h>
 
 #include "Failure.h"
 #include "Files.h"
@@ -25,23 +20,13 @@ constexpr std::chrono::milliseconds tick{40};
 /* A file that is written to without a pause is tried now and then all the same. */
 constexpr int patience = 25;
 
-/* The nearest directory above `path`, which is absolute, that exists. */
-std::string existingDirectory(Containers::StringView path) {
-    do {
-        path = Corrade::Utility::Path::split(path).first();
-    } while (path != Containers::StringView{"/"} && !Corrade::Utility::Path::isDirectory(path));
-    return path;
-}
-
 void report(const std::string& failure) {
     std::fprintf(stderr, "vespermoor-utils: %s\n", failure.data());
 }
 
 } // namespace
 
-GenerateWatch::GenerateWatch(const std::string& path) : manifest{path} {
-    loadManifest();
-}
+GenerateWatch::GenerateWatch(const std::string& path) : manifest{path}, changed{path} {}
 
 void GenerateWatch::run(StopSignals& signals) {
     regenerate();
@@ -56,6 +41,15 @@ void GenerateWatch::run(StopSignals& signals) {
     } while (!signals.arriveWithin(tick));
 }
 
+std::set<std::string> GenerateWatch::inputs() const {
+    std::set<std::string> paths;
+    if (generator) {
+        paths = generator->inputs();
+    }
+    paths.insert(manifest);
+    return paths;
+}
+
 /* A manifest that cannot be read leaves the one before in force. */
 void GenerateWatch::loadManifest() {
     try {
@@ -63,83 +57,53 @@ void GenerateWatch::loadManifest() {
     } catch (const Failure& failure) {
         report(failure.what());
     }
-    watchInputs();
 }
 
-/* All anew: a record of a directory that was deleted and made again hears nothing any more. */
+/* Looks once more after the watch stands, since a link may have led elsewhere by then. */
 void GenerateWatch::watchInputs() {
-    watched = {{Path::absolute(manifest), manifest}};
-    if (generator) {
-        for (const std::string& input : generator->inputs()) {
-            watched.emplace(Path::absolute(input), input);
+    for (InputPlaces now{inputs()}; !(now == places); now = InputPlaces{inputs()}) {
+        if (now.differFrom(places)) {
+            changed = inputs();
         }
-    }
-    directories.clear();
-    for (const auto& [absolute, path] : watched) {
-        const std::string directory = existingDirectory(absolute);
-        directories.emplace(directory, identify(directory));
-    }
-    auto next = std::make_unique<FileWatch>();
-    for (const auto& [directory, identity] : directories) {
-        next->watch(directory, FileWatch::Callback{Corrade::DefaultInit,
-                                                   [this](const Containers::StringView path,
-                                                          FileWatch::Event) { noteChange(path); }});
-    }
-    /* The one before tells what changed until the new one stood. */
-    std::swap(watch, next);
-    if (next) {
-        next->update();
-    }
-}
-
-GenerateWatch::Identity GenerateWatch::identify(const std::string& directory) {
-    struct stat status {};
-    if (stat(directory.data(), &status) != 0) {
-        return {};
-    }
-    return {status.st_dev, status.st_ino};
-}
-
-bool GenerateWatch::directoriesStand() const {
-    for (const auto& [directory, identity] : directories) {
-        if (!(identify(directory) == identity)) {
-            return false;
+        places = std::move(now);
+        /* All anew: a record of a directory that was deleted and made again hears nothing. */
+        auto next = std::make_unique<FileWatch>();
+        for (const std::string& directory : places.directories()) {
+            next->watch(directory,
+                        FileWatch::Callback{Corrade::DefaultInit, [this](const auto path, auto) {
+                                                changed.merge(places.at(path));
+                                            }});
         }
-    }
-    return true;
-}
-
-/* A directory that is renamed or deleted takes with it what lies below. */
-void GenerateWatch::noteChange(const Containers::StringView path) {
-    for (const auto& [absolute, input] : watched) {
-        if (path == Containers::StringView{absolute} || Path::isParentPath(path, absolute)) {
-            changed.insert(input);
+        /* The one before tells what changed until the new one stood. */
+        std::swap(watch, next);
+        if (next) {
+            next->update();
         }
     }
 }
 
 bool GenerateWatch::takeChanges() {
-    const std::size_t before = changed.size();
     bool heard = watch->update();
-    if (!directoriesStand()) {
+    if (!places.stand()) {
         watchInputs();
-        for (const auto& [absolute, input] : watched) {
-            changed.insert(input);
-        }
         heard = true;
     }
-    return heard && (changed.size() != before || !changed.empty());
+    return heard && !changed.empty();
 }
 
+/* What changes from here on is for the next time. The watch comes before the reading, so that no
+   save falls in between. */
 void GenerateWatch::regenerate() {
-    if (changed.count(manifest) != 0) {
+    const std::set<std::string> taken = std::exchange(changed, {});
+    watchInputs();
+    if (taken.count(manifest) != 0) {
         loadManifest();
+        watchInputs();
     }
     if (!generator) {
-        changed.clear();
         return;
     }
-    for (const std::string& input : std::exchange(changed, {})) {
+    for (const std::string& input : taken) {
         generator->forget(input);
     }
     const Generator::Result result = generator->update(Generator::Mode::Write);

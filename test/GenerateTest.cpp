@@ -1,12 +1,13 @@
 #include <csignal>
 #include <filesystem>
-#include <thread>
+#include <fstream>
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "Processes.h"
 #include "Program.h"
 #include "Support.h"
 
@@ -14,7 +15,6 @@ namespace VespermoorEngine::Test {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::HasSubstr;
 
 constexpr const char* manifest = R"({"outputs": [
     {"file": "whole.txt", "data": ["first.json", "second.json"], "template": "whole.tmpl"},
@@ -24,315 +24,269 @@ constexpr const char* manifest = R"({"outputs": [
         {"start": "[b]", "end": "[/b]", "template": "whole.tmpl"},
         {"start": "[a]", "end": "[/a]", "template": "value.tmpl", "each": "/words"}]}]})";
 
+std::string first(const std::string& name, const std::string& only = "here") {
+    return R"({"words": ["x", "y"], "name": ")" + name + R"(", "only": ")" + only + "\"}";
+}
+
+std::string second(const std::string& item) {
+    return R"({"name": "second", "items": [{"name": ")" + item +
+           R"("}, {"id": ""}], "named": {"k": {"id": "1"}, "l": {"id": "2"}}})";
+}
+
+void save(const std::string& name, const std::string& text) {
+    writeFile("in/" + name, text);
+}
+
+/* As many editors save: beside the file, then over it. */
+void replace(const std::string& name, const std::string& text) {
+    save(name + "~", text);
+    fs::rename("in/" + name + "~", "in/" + name);
+}
+
+std::string content(const std::string& name) {
+    return readFile("in/" + name);
+}
+
+/* Manifest of one file with the members. */
+std::string manifestOf(const std::string& members, const std::string& file = "whole.txt") {
+    return R"({"outputs": [{"file": ")" + file + R"(", "data": ["first.json"], )" + members + "}]}";
+}
+
+const std::vector<std::string> watching{"generate", "--watch", "in/manifest.json"};
+
 /* A directory with a manifest that makes four files, one of them by its regions. */
-class GenerateTest : public testing::Test {
+class Generate : public testing::Test {
 protected:
-    GenerateTest() {
-        writeFile(directory / "manifest.json", manifest);
-        writeFile(directory / "first.json",
-                  R"({"name": "first", "words": ["x", "y"], "only": "here"})");
-        writeFile(directory / "second.json",
-                  R"({"name": "second", "items": [{"name": "i0"}, {"id": "i1"}],
-                      "named": {"k": {"id": "1"}, "l": {"id": "2"}}})");
-        writeFile(directory / "whole.tmpl", "{{ name }} {{ only }}\n");
-        writeFile(directory / "item.tmpl", "<{{ name }}>");
-        writeFile(directory / "key.tmpl", "{{ @key }}={{ id }};");
-        writeFile(directory / "value.tmpl", "({{ @value }})");
-        writeFile(directory / "region.txt", "1[a]old[/a]2[b]old[/b]3");
-    }
-
-    ProgramRun generate(const std::vector<std::string>& flags = {}) {
-        std::vector<std::string> arguments{"generate", directory / "manifest.json"};
-        arguments.insert(arguments.end(), flags.begin(), flags.end());
-        return runProgram(arguments);
-    }
-
-    std::string content(const std::string& name) { return readFile(directory / name); }
-
-    std::string lines(const std::string& before, const std::vector<std::string>& names) {
-        std::string result;
-        for (const std::string& name : names) {
-            result += before + (directory / name) + "\n";
-        }
-        return result;
-    }
-
-    /* What one failure prints: the file, and why. */
-    std::string failure(const std::string& name, const std::string& reason) {
-        return "vespermoor-utils: " + (directory / name) + ": " + reason + "\n";
+    Generate() {
+        save("manifest.json", manifest);
+        save("first.json", first("first"));
+        save("second.json", second("i"));
+        save("whole.tmpl", "{{ name }} {{ only }}\n");
+        save("item.tmpl", "<{{ name }}>");
+        save("key.tmpl", "{{ @key }}={{ id }};");
+        save("value.tmpl", "({{ @value }})");
+        save("region.txt", "1[a]old[/a]2[b]old[/b]3");
     }
 
     const TemporaryDirectory directory;
-    const std::vector<std::string> all{"whole.txt", "list.txt", "keys.txt", "region.txt"};
+    const ScopedCurrentDirectory current{directory.path()};
 };
 
-TEST_F(GenerateTest, MakesAllFiles) {
-    const ProgramRun run = generate();
-    EXPECT_EQ(run.error, "");
+TEST_F(Generate, MakesAndChecksWhatIsOutOfDate) {
+    save("list.txt", "<i><second>");
+    const auto saved = fs::last_write_time("in/list.txt");
+    const ProgramRun check = runProgram({"generate", "--check", "in/manifest.json"});
+    EXPECT_EQ(check.exitCode, 1);
+    EXPECT_EQ(check.output, "out of date: in/whole.txt\nout of date: in/keys.txt\n"
+                            "out of date: in/region.txt\n");
+    EXPECT_FALSE(fs::exists("in/whole.txt"));
+    EXPECT_EQ(content("region.txt"), "1[a]old[/a]2[b]old[/b]3");
+    const ProgramRun run = runProgram({"generate", "in/manifest.json"});
     EXPECT_EQ(run.exitCode, 0);
-    EXPECT_EQ(run.output, lines("wrote ", all));
+    EXPECT_EQ(run.output + run.error,
+              "wrote in/whole.txt\nwrote in/keys.txt\nwrote in/region.txt\n");
     EXPECT_EQ(content("whole.txt"), "first here\n");
-    EXPECT_EQ(content("list.txt"), "<i0><second>");
     EXPECT_EQ(content("keys.txt"), "k=1;l=2;");
     EXPECT_EQ(content("region.txt"), "1[a](x)(y)[/a]2[b]first here\n[/b]3");
-}
-
-TEST_F(GenerateTest, DoesNotTouchWhatIsCurrent) {
-    generate();
-    const timespec early[2]{{1000, 0}, {1000, 0}};
-    struct stat before {};
-    for (const std::string& name : all) {
-        ASSERT_EQ(utimensat(AT_FDCWD, (directory / name).data(), early, 0), 0);
-    }
-    ASSERT_EQ(stat((directory / "list.txt").data(), &before), 0);
-    writeFile(directory / "first.json", R"({"name": "new", "words": ["x", "y"], "only": "here"})");
-    EXPECT_EQ(generate().output, lines("wrote ", {"whole.txt", "region.txt"}));
-    struct stat after {};
-    ASSERT_EQ(stat((directory / "list.txt").data(), &after), 0);
-    EXPECT_EQ(after.st_mtime, 1000);
-    EXPECT_EQ(after.st_ino, before.st_ino);
-}
-
-TEST_F(GenerateTest, CheckWritesNothing) {
-    writeFile(directory / "list.txt", "<i0><second>");
-    const ProgramRun check = generate({"--check"});
-    EXPECT_EQ(check.exitCode, 1);
-    EXPECT_EQ(check.output, lines("out of date: ", {"whole.txt", "keys.txt", "region.txt"}));
-    EXPECT_FALSE(fs::exists(directory / "whole.txt"));
-    EXPECT_EQ(content("region.txt"), "1[a]old[/a]2[b]old[/b]3");
-    generate();
-    const ProgramRun current = generate({"--check"});
-    EXPECT_EQ(current.exitCode, 0);
-    EXPECT_EQ(current.output + current.error, "");
-}
-
-TEST_F(GenerateTest, AFileCanBeMadeFromAGeneratedOne) {
-    writeFile(directory / "manifest.json", R"({"outputs": [
-        {"file": "last.txt", "data": ["made.json"], "template": "item.tmpl"},
-        {"file": "made.json", "data": ["first.json"], "template": "json.tmpl"}]})");
-    writeFile(directory / "json.tmpl", "{\"name\": \"made of {{ name }}\"}");
-    writeFile(directory / "made.json", "{\"name\": \"old\"}");
-    EXPECT_EQ(generate().error, "");
-    EXPECT_EQ(content("last.txt"), "<made of first>");
+    EXPECT_EQ(fs::last_write_time("in/list.txt"), saved);
+    const ProgramRun again = runProgram({"generate", "--check", "in/manifest.json"});
+    EXPECT_EQ(again.exitCode, 0);
+    EXPECT_EQ(again.output + again.error, "");
 }
 
 struct FailureRow {
     const char* name;
     const char* file;
-    const char* content;
-    const char* about;
+    std::string content;
     const char* reason;
-    /* The files that are made all the same. */
-    std::vector<std::string> made;
+    /* What is made all the same. */
+    std::string wrote;
 };
 
-class GenerateFailureTest : public GenerateTest, public testing::WithParamInterface<FailureRow> {};
+class GenerateFailureTest : public Generate, public testing::WithParamInterface<FailureRow> {};
 
 TEST_P(GenerateFailureTest, SaysWhereAndLosesNothing) {
-    writeFile(directory / "whole.txt", "old");
+    const FailureRow& row = GetParam();
+    save("whole.txt", "old");
+    save(row.file, row.content);
     const std::string region = content("region.txt");
-    writeFile(directory / GetParam().file, GetParam().content);
-    const std::string regionBefore = content("region.txt");
-    const ProgramRun run = generate();
+    const ProgramRun run = runProgram({"generate", "in/manifest.json"});
     EXPECT_EQ(run.exitCode, 1);
-    EXPECT_EQ(run.error, failure(GetParam().about, GetParam().reason));
-    EXPECT_EQ(run.output, lines("wrote ", GetParam().made));
-    const auto made = [&](const char* const name) {
-        return testing::Value(GetParam().made, testing::Contains(name));
-    };
-    EXPECT_EQ(content("whole.txt"), made("whole.txt") ? "first here\n" : "old");
-    EXPECT_EQ(content("region.txt"),
-              made("region.txt") ? "1[a](x)(y)[/a]2[b]first here\n[/b]3" : regionBefore);
-    EXPECT_EQ(fs::exists(directory / "list.txt"), made("list.txt"));
+    EXPECT_EQ(run.error, std::string{"vespermoor-utils: in/"} + row.file + row.reason + '\n');
+    EXPECT_EQ(run.output, row.wrote);
+    EXPECT_EQ(content("whole.txt"), row.wrote.find("whole") + 1 ? "first here\n" : "old");
+    EXPECT_EQ(content("region.txt"), region);
+    EXPECT_EQ(fs::exists("in/list.txt"), !row.wrote.empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Inputs, GenerateFailureTest,
-                         testing::ValuesIn(std::initializer_list<FailureRow>{
-                             // clang-format off
-                             {"broken data", "first.json", "{\"name\": \"fir", "first.json:1:14",
-                              "Missing a closing quotation mark in string",
-                              {"list.txt", "keys.txt"}},
-                             {"template", "whole.tmpl", "{{ nothing }}", "whole.tmpl",
-                              "Undefined name nothing", {"list.txt", "keys.txt"}},
-                             {"template half written", "whole.tmpl", "{{ name", "whole.tmpl",
-                              "Syntax error: Unterminated template directive",
-                              {"list.txt", "keys.txt"}},
-                             {"template cut to nothing", "whole.tmpl", "", "whole.tmpl",
-                              "The template is empty", {"list.txt", "keys.txt"}},
-                             {"missing tag", "region.txt", "1[a]old2[b]old[/b]3", "region.txt",
-                              "missing tag '[/a]'", {"whole.txt", "list.txt", "keys.txt"}},
-                             {"region that is not there", "region.txt", "1[a]old[/a]2",
-                              "region.txt", "missing tag '[b]'",
-                              {"whole.txt", "list.txt", "keys.txt"}},
-                             {"overlapping tags", "region.txt", "[a][b][/a][/b]", "region.txt",
-                              "overlapping tags: '[/a]' should appear before '[b]'",
-                              {"whole.txt", "list.txt", "keys.txt"}},
-                             {"nothing at each", "first.json",
-                              R"({"name": "first", "only": "here"})", "first.json",
-                              "Nothing at /words", {"whole.txt", "list.txt", "keys.txt"}},
-                             {"no list at each", "first.json",
-                              R"({"name": "first", "only": "here", "words": 1})", "first.json",
-                              "Neither an array nor an object at /words",
-                              {"whole.txt", "list.txt", "keys.txt"}},
-                             // clang-format on
-                         }),
-                         rowName<FailureRow>);
+const std::string lists = "wrote in/list.txt\nwrote in/keys.txt\n";
+const std::string allButRegion = "wrote in/whole.txt\n" + lists;
+constexpr const char* json = "manifest.json";
 
-#define OUTPUTS(outputs) "{\"outputs\": [" outputs "]}"
-#define WITH_DATA(members) "{\"file\": \"whole.txt\", \"data\": [\"first.json\"]" members "}"
-
-INSTANTIATE_TEST_SUITE_P(
-    Manifests, GenerateFailureTest,
-    testing::ValuesIn(std::initializer_list<FailureRow>{
-        {"no object", "manifest.json", "[]", "manifest.json", "Not an object", {}},
-        // clang-format off
-        {"no JSON", "manifest.json", "{", "manifest.json:1:2", "Missing a name for object member",
-         {}},
-        {"no outputs", "manifest.json", "{}", "manifest.json", "Missing member outputs", {}},
-        {"unknown member", "manifest.json", "{\"outputs\": [], \"x\": 1}", "manifest.json",
-         "Unknown member x", {}},
-        {"wrong type", "manifest.json", OUTPUTS("{\"file\": 1}"), "manifest.json",
-         "/outputs/0/file: Not a string", {}},
-        {"empty path", "manifest.json", OUTPUTS("{\"file\": \"\"}"), "manifest.json",
-         "/outputs/0/file: Empty path", {}},
-        {"data no array", "manifest.json", OUTPUTS("{\"file\": \"a\", \"data\": \"b\"}"),
-         "manifest.json", "/outputs/0/data: Not an array", {}},
-        {"neither template nor regions", "manifest.json", OUTPUTS(WITH_DATA("")), "manifest.json",
-         "/outputs/0: Takes either template or regions", {}},
-        {"no regions", "manifest.json", OUTPUTS(WITH_DATA(", \"regions\": []")), "manifest.json",
-         "/outputs/0: Has no regions", {}},
-        {"unknown member of a region", "manifest.json",
-         OUTPUTS(WITH_DATA(", \"regions\": [{\"tag\": 1}]")), "manifest.json",
-         "/outputs/0/regions/0: Unknown member tag", {}},
-        {"each that is no pointer", "manifest.json",
-         OUTPUTS(WITH_DATA(", \"template\": \"a\", \"each\": \"items\"")), "manifest.json",
-         "/outputs/0/each: No JSON Pointer", {}},
-        {"one file twice", "manifest.json",
-         OUTPUTS(WITH_DATA(", \"template\": \"a\"") ",{\"file\": \"./x/../whole.txt\", \"data\": "
-         "[], \"template\": \"a\"}"), "manifest.json",
-         "/outputs/1: Another output is the same file", {}},
-        // clang-format on
-    }),
-    rowName<FailureRow>);
-
-TEST_F(GenerateTest, AnOutputThatCannotBeWrittenIsOneLine) {
-    fs::create_directory(directory / "whole.txt");
-    fs::create_symlink("/dev/full", directory / "list.txt");
-    const ProgramRun run = generate();
-    EXPECT_EQ(run.error, failure("list.txt", "No space left on device") +
-                             failure("whole.txt", "Is a directory"));
-    EXPECT_EQ(run.output, lines("wrote ", {"keys.txt", "region.txt"}));
-}
-
-class GenerateWatchTest : public GenerateTest {
-protected:
-    GenerateWatchTest() {
-        waitUntil([&] { return program.error().find("watching ") != std::string::npos; });
-    }
-
-    void waitFor(const std::string& name, const std::string& wanted) {
-        waitUntil([&] { return fs::exists(directory / name) && content(name) == wanted; });
-    }
-
-    /* As many editors save: beside the file, then over it. */
-    void saveByRename(const std::string& name, const std::string& text) {
-        writeFile(directory / (name + "~"), text);
-        fs::rename(directory / (name + "~"), directory / name);
-    }
-
-    const TemporaryDirectory logs;
-    BackgroundProgram program{logs.path(), {"generate", directory / "manifest.json", "--watch"}};
+const std::vector<FailureRow> failures{
+    // clang-format off
+    {"broken data", "first.json", "{\"name\": \"fir",
+     ":1:14: Missing a closing quotation mark in string", lists},
+    {"template", "whole.tmpl", "{{ nothing }}", ": Undefined name nothing", lists},
+    {"template cut to nothing", "whole.tmpl", "", ": The template is empty", lists},
+    {"region that is not there", "region.txt", "1[a][/a]2", ": missing tag '[b]'", allButRegion},
+    {"overlapping tags", "region.txt", "[a][b][/a][/b]",
+     ": overlapping tags: '[/a]' should appear before '[b]'", allButRegion},
+    {"nothing at each", "first.json", R"({"name": "first", "only": "here"})",
+     ": Nothing at /words", allButRegion},
+    {"no list at each", "first.json", R"({"name": "first", "only": "here", "words": 1})",
+     ": Neither an array nor an object at /words", allButRegion},
+    {"no object", json, "[]", ": Not an object", ""},
+    {"no outputs", json, "{}", ": Missing member outputs", ""},
+    {"unknown member", json, R"({"outputs": [], "x": 1})", ": Unknown member x", ""},
+    {"wrong type", json, R"({"outputs": [{"file": 1}]})", ": /outputs/0/file: Not a string", ""},
+    {"empty path", json, R"({"outputs": [{"file": ""}]})", ": /outputs/0/file: Empty path", ""},
+    {"data no array", json, R"({"outputs": [{"file": "a", "data": "b"}]})",
+     ": /outputs/0/data: Not an array", ""},
+    {"both template and regions", json, manifestOf(R"("template": "a", "regions": [])"),
+     ": /outputs/0: Takes either template or regions", ""},
+    {"no regions", json, manifestOf(R"("regions": [])"), ": /outputs/0: Has no regions", ""},
+    {"unknown member of a region", json, manifestOf(R"("regions": [{"tag": 1}])"),
+     ": /outputs/0/regions/0: Unknown member tag", ""},
+    {"each that is no pointer", json, manifestOf(R"("template": "a", "each": "items")"),
+     ": /outputs/0/each: No JSON Pointer", ""},
+    {"one file twice", json, manifestOf(R"("template": "a"},
+     {"file": "./x/../whole.txt", "data": [], "template": "a")"),
+     ": /outputs/1: Another output is the same file", ""},
+    // clang-format on
 };
 
-TEST_F(GenerateWatchTest, FollowsEverySave) {
-    EXPECT_EQ(content("whole.txt"), "first here\n");
-    writeFile(directory / "first.json", R"({"name": "written", "words": [], "only": "here"})");
-    waitFor("whole.txt", "written here\n");
-    waitFor("region.txt", "1[a][/a]2[b]written here\n[/b]3");
-    saveByRename("whole.tmpl", "renamed {{ name }}");
-    waitFor("whole.txt", "renamed written");
-    fs::remove(directory / "second.json");
-    waitUntil([&] {
-        return program.error().find("second.json: No such file or directory") != std::string::npos;
-    });
-    EXPECT_EQ(content("list.txt"), "<i0><second>");
-    writeFile(directory / "second.json", R"({"items": [{"name": "back"}], "named": {}})");
-    waitFor("list.txt", "<back>");
-    EXPECT_EQ(program.stop({SIGTERM}), 0);
-}
+INSTANTIATE_TEST_SUITE_P(, GenerateFailureTest, testing::ValuesIn(failures), rowName<FailureRow>);
 
-TEST_F(GenerateWatchTest, AFailureLeavesTheOldOutputAndTheNextSaveMendsIt) {
-    writeFile(directory / "whole.tmpl", "{{ nothing }}");
-    waitUntil([&] { return program.error().find("Undefined name nothing") != std::string::npos; });
-    EXPECT_EQ(content("whole.txt"), "first here\n");
-    writeFile(directory / "manifest.json", "{\"outputs\": [");
-    waitUntil([&] { return program.error().find("manifest.json:1:14") != std::string::npos; });
-    writeFile(directory / "whole.tmpl", "mended {{ name }}");
-    waitFor("whole.txt", "mended first");
-    writeFile(directory / "new/late.tmpl", "{{ name }} late");
-    writeFile(directory / "manifest.json", R"({"outputs": [
-        {"file": "late.txt", "data": ["second.json"], "template": "new/late.tmpl"}]})");
-    waitFor("late.txt", "second late");
-    fs::remove_all(directory / "new");
-    waitUntil([&] { return program.error().find("late.tmpl: No such file") != std::string::npos; });
-    writeFile(directory / "new/late.tmpl", "{{ name }} again");
-    waitFor("late.txt", "second again");
-    EXPECT_EQ(program.stop({SIGINT}), 0);
-}
+struct Step {
+    void (*change)();
+    /* What comes of it: a file that gets this content. */
+    std::string file;
+    std::string content;
+};
 
-/* Another process truncates and rewrites, replaces and deletes the data a thousand times, and a
-   reader that polls sees nothing but whole outputs, the last of which is right. */
-TEST_F(GenerateWatchTest, NoOutputIsEverSeenHalfWritten) {
-    const std::string filler(20000, 'x');
-    const auto data = [&](const int i) {
-        return "{\"only\": \"" + filler + "\", \"words\": [], \"name\": \"" + std::to_string(i) +
-               "\"}";
-    };
-    const pid_t writer = fork();
-    if (writer == 0) {
-        for (int i = 0; i != 1000; ++i) {
-            if (i % 10 == 3) {
-                fs::remove(directory / "first.json");
-            }
-            if (i % 4 == 0) {
-                saveByRename("first.json", data(i));
-            } else {
-                writeFile(directory / "first.json", data(i));
-            }
-        }
-        _exit(0);
+struct WatchRow {
+    const char* name;
+    void (*prepare)();
+    /* Printed when it is ready. */
+    std::string errors;
+    std::vector<Step> steps;
+};
+
+class GenerateWatchTest : public Generate, public testing::WithParamInterface<WatchRow> {};
+
+TEST_P(GenerateWatchTest, MakesAnewWhatDependsOnAChange) {
+    GetParam().prepare();
+    BackgroundProgram program{directory.path(), watching};
+    waitUntil([&] { return program.error() == GetParam().errors; });
+    for (const Step& step : GetParam().steps) {
+        step.change();
+        waitUntil(
+            [&] { return fs::exists("in/" + step.file) && content(step.file) == step.content; });
     }
-    std::size_t seen = 0;
-    const std::string last = "999 " + filler + "\n";
-    waitUntil([&] {
-        const std::string text = content("whole.txt");
-        const bool whole =
-            text == "first here\n" ||
-            (text.size() > filler.size() + 1 && text.substr(text.find(' ')) == " " + filler + "\n");
-        EXPECT_TRUE(whole) << text.substr(0, 100);
-        ++seen;
-        return text == last;
-    });
-    EXPECT_GT(seen, 0u);
-    int status = -1;
-    waitpid(writer, &status, 0);
-    EXPECT_EQ(status, 0);
     EXPECT_EQ(program.stop({SIGTERM}), 0);
-    /* It reacted to the saves and not to its own writes: there are no more of these than saves. */
-    const std::string written = program.output();
-    EXPECT_LE(std::count(written.begin(), written.end(), '\n'), 2 * 1001 + 4);
 }
 
-TEST_F(GenerateWatchTest, DoesNotReactToItsOwnWrites) {
-    writeFile(directory / "first.json", R"({"name": "a", "words": [], "only": "here"})");
-    waitFor("whole.txt", "a here\n");
-    writeFile(directory / "first.json", R"({"name": "b", "words": [], "only": "here"})");
-    waitFor("whole.txt", "b here\n");
-    waitFor("region.txt", "1[a][/a]2[b]b here\n[/b]3");
-    program.stop({SIGTERM});
-    EXPECT_EQ(program.output(), lines("wrote ", all) +
-                                    lines("wrote ", {"whole.txt", "region.txt"}) +
-                                    lines("wrote ", {"whole.txt", "region.txt"}));
+void link(const std::string& target, const std::string& name) {
+    fs::remove(name);
+    fs::create_symlink(target, name);
+}
+
+const std::vector<WatchRow> changes{
+    // clang-format off
+    {"saves", [] {}, "watching 1 directories\n", {
+     {[] { replace("item.tmpl", "[{{ name }}]"); }, "list.txt", "[i][second]"},
+     {[] { fs::remove("in/second.json"); }, "../program.error",
+      "watching 1 directories\nvespermoor-utils: in/second.json: No such file or directory\n"},
+     {[] { replace("manifest.json", "{"); }, "../program.error",
+      "watching 1 directories\nvespermoor-utils: in/second.json: No such file or directory\n"
+      "vespermoor-utils: in/manifest.json:1:2: Missing a name for object member\n"},
+     {[] { save("second.json", second("back")); }, "list.txt", "[back][second]"},
+     {[] { save("first.json", R"({"words": [], "name": "first", "only": "here"})"); },
+      "region.txt", "1[a][/a]2[b]first here\n[/b]3"},
+     {[] {}, "../program.output", "wrote in/whole.txt\nwrote in/list.txt\nwrote in/keys.txt\n"
+      "wrote in/region.txt\nwrote in/list.txt\nwrote in/list.txt\nwrote in/region.txt\n"}}},
+    {"file made from a generated one", [] { save("json.tmpl", "{\"name\": \"{{ name }}\"}");
+      save("made.json", "{\"name\": \"old\"}"); save("manifest.json", R"({"outputs": [
+      {"file": "last.txt", "data": ["made.json"], "template": "item.tmpl"},
+      {"file": "made.json", "data": ["first.json"], "template": "json.tmpl"}]})"); },
+     "watching 1 directories\n", {{[] {}, "last.txt", "<first>"},
+     {[] { save("first.json", first("second")); }, "last.txt", "<second>"}}},
+    {"directory that does not exist, and is not looked for in all that lies above it",
+     [] { save("manifest.json", manifestOf(R"("template": "../none/late/t")"));
+      writeFile("a/b/c", ""); }, "vespermoor-utils: in/../none/late/t: No such file or directory\n"
+     "watching 1 directories\n", {{[] { writeFile("none/late/t", "late"); }, "whole.txt", "late"},
+     {[] { fs::remove_all("none"); writeFile("none/late/t", "again"); }, "whole.txt", "again"},
+     {[] { writeFile("none/late/t", "last"); }, "whole.txt", "last"}}},
+    {"link to a file", [] { writeFile("z/m", manifest); link("../z/m", "in/manifest.json");
+      writeFile("z/json", second("i")); link("../z/json", "in/second.json"); },
+     "watching 2 directories\n", {
+     {[] { writeFile("z/json", second("z")); }, "list.txt", "<z><second>"},
+     {[] { writeFile("y/json", second("y")); link("../y/json", "in/second.json"); },
+      "list.txt", "<y><second>"},
+     {[] { writeFile("y/json", second("last")); }, "list.txt", "<last><second>"},
+     {[] { writeFile("z/m", manifestOf(R"("template": "item.tmpl")")); },
+      "whole.txt", "<first>"}}},
+    {"link to a directory", [] { writeFile("z/t", "old"); writeFile("z/b/json", first("1"));
+      link("../z", "in/a"); link("a/b/json", "in/first.json");
+      save("manifest.json", manifestOf(R"("template": "a/t")")); }, "watching 4 directories\n", {
+     {[] { writeFile("z/t", "z{{ name }}"); }, "whole.txt", "z1"},
+     {[] { writeFile("z/b/json", first("2")); }, "whole.txt", "z2"},
+     {[] { writeFile("y/b/json", first("3")); writeFile("y/t", "y{{ name }}");
+      link("../y", "in/a"); }, "whole.txt", "y3"},
+     {[] { writeFile("y/b/json", first("4")); }, "whole.txt", "y4"}}},
+    // clang-format on
+};
+
+INSTANTIATE_TEST_SUITE_P(, GenerateWatchTest, testing::ValuesIn(changes), rowName<WatchRow>);
+
+/* A pipe holds up the reading of the manifest for as long as it takes to save another one. */
+TEST_F(Generate, AManifestSavedWhileItIsReadIsNotLost) {
+    fs::remove("in/manifest.json");
+    ASSERT_EQ(mkfifo("in/manifest.json", 0600), 0);
+    BackgroundProgram program{directory.path(), watching};
+    for (const std::string file : {"at the start", "later"}) {
+        int pipe = -1;
+        waitUntil([&] { return (pipe = open("in/manifest.json", O_WRONLY | O_NONBLOCK)) != -1; });
+        replace("manifest.json", manifestOf(R"("template": "item.tmpl")", file));
+        EXPECT_EQ(write(pipe, "{}", 2), 2);
+        close(pipe);
+        waitUntil([&] { return fs::exists("in/" + file); });
+        ASSERT_EQ(mkfifo("in/pipe", 0600), 0);
+        fs::rename("in/pipe", "in/manifest.json");
+    }
+}
+
+/* Another process truncates and rewrites, replaces and deletes the data and replaces the manifest,
+   all of it behind a link, a thousand saves in all. A reader sees nothing but whole outputs, also
+   one that opened an output before it was replaced. */
+TEST_F(Generate, NoOutputIsEverSeenHalfWritten) {
+    const std::string only(20000, 'x');
+    const auto output = [&](const int i) { return std::to_string(i) + ' ' + only + '\n'; };
+    save("whole.txt", output(-1));
+    fs::rename("in", "z");
+    link("z", "in");
+    BackgroundProgram program{directory.path(), watching};
+    for (int burst = 0; burst != 1000 && !HasFatalFailure(); burst += 100) {
+        std::ifstream opened{"in/whole.txt"};
+        ChildProcess writer{[&] {
+            for (int i = burst; i != burst + 100; ++i) {
+                if (i % 10 == 3) {
+                    fs::remove("in/first.json");
+                    replace("manifest.json", manifest);
+                }
+                (i % 4 == 0 ? replace : save)("first.json", first(std::to_string(i), only));
+            }
+            return std::string{};
+        }};
+        waitUntil([&] {
+            const std::string text = content("whole.txt");
+            EXPECT_EQ(text.substr(text.find(' ')), output(0).substr(1));
+            return text == output(burst + 99);
+        });
+        EXPECT_EQ(std::string(std::istreambuf_iterator<char>{opened}, {}), output(burst - 1));
+    }
+    EXPECT_EQ(program.stop({SIGTERM}), 0);
 }
 
 } // namespace
