@@ -13,7 +13,7 @@ namespace VespermoorEngine::Test {
 ProgramRun runProgram(const std::vector<std::string>& arguments) {
     const TemporaryDirectory directory;
     BackgroundProgram program{directory.path(), arguments};
-    const int exitCode = program.stop(0);
+    const int exitCode = program.stop({});
     return {exitCode, program.output(), program.error()};
 }
 

@@ -204,6 +204,7 @@ const Copy copies[]{
     // clang-format on
     {"destination inside", {"s/a/f", "s/g"}, "s", "s/d", {"a/", "a/f", "g"}},
     {"destination deep inside", {"s/a/f", "s/g"}, "s", "s/x/y/d", {"a/", "a/f", "g"}},
+    {"destination inside by way of what is missing", {"s/a/f"}, "s", "s/x/../d", {"a/", "a/f"}},
     {"destination inside through a link", {"d/", "s/l -> ../d", "s/f"}, "s", "d", {"f"}},
     {"onto itself", {"s/a/f", "l -> s"}, "s", "l", {"a/", "a/f"}},
 };
