@@ -59,7 +59,7 @@ inline std::set<std::string> directoriesBelow(const std::string& root) {
     namespace fs = std::filesystem;
     std::set<std::string> paths{root};
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator{root}) {
-        if (entry.is_directory() && !entry.is_symlink()) {
+        if (!entry.is_symlink() && entry.is_directory()) {
             paths.insert(entry.path());
         }
     }

@@ -73,6 +73,10 @@ const Change changes[]{
      [](const std::string& r) { fs::rename(r + "/w/n", r + "/w/m"); },
      {"w Remove w/n", "w Modify w/m/s/c.txt", "w Modify w/m/a.txt", "w Modify w/m"},
      {"w", "w/m", "w/m/s", "w/nn", "w/nn/s"}},
+    {"directory renamed and back", {"w/n/f"}, {"w"}, [](const std::string& r) {
+     fs::rename(r + "/w/n", r + "/w/m"); fs::rename(r + "/w/m", r + "/w/n"); },
+     {"w Remove w/n", "w Modify w/m", "w Remove w/m", "w Modify w/n/f", "w Modify w/n"},
+     {"w", "w/n"}},
     {"directory comes and goes", {"w/"}, {"w"}, [](const std::string& r) {
      fs::create_directory(r + "/w/n"); fs::remove(r + "/w/n"); }, {"w Modify w/n", "w Remove w/n"},
      {"w"}},
@@ -88,6 +92,10 @@ const Change changes[]{
     {"links are heard one level deep", {"o/s/f", "w/l -> ../o"}, {"w"}, [](const std::string& r) {
      fs::create_symlink(r + "/o", r + "/w/m"); touch(r + "/o/g"); touch(r + "/o/s/h"); },
      {"w Modify w/m", "w Modify w/l/g"}, {"w", "w/l"}},
+    {"directory of two names", {"w/a/s/", "w/l -> a", "n/f"}, {"w"}, [](const std::string& r) {
+     fs::rename(r + "/w/a/s", r + "/s"); fs::rename(r + "/n", r + "/w/a/n"); touch(r + "/s/f"); },
+     {"w Remove w/l/s", "w Modify w/l/n/f", "w Modify w/l/n"},
+     {"w", "w/a", "w/a/n", "w/l", "w/l/n"}},
     {"moved away by way of a new directory", {"w/q/s/f"}, {"w"}, [](const std::string& r) {
      fs::create_directory(r + "/w/p"); fs::rename(r + "/w/q", r + "/w/p/q");
      touch(r + "/w/p/q/g"); },
@@ -119,6 +127,7 @@ TEST_P(Changes, AreHeard) {
     EXPECT_EQ(watch.update(), !row.heard.empty());
     EXPECT_THAT(heard.take(), ElementsAreArray(row.heard));
     EXPECT_THAT(below(root.path(), listedDirectories(watch)), ElementsAreArray(row.directories));
+    EXPECT_EQ(watch.directoryCount(), row.directories.size());
     EXPECT_FALSE(watch.update());
     EXPECT_EQ(messages.text(), "");
 }

@@ -42,6 +42,9 @@ TEST(FunctionTest, CallsWhatIsStored) {
     bytes[63] = 7;
     EXPECT_EQ((Sum{DefaultInit, add}(2, 3)), 5);
     EXPECT_EQ((Sum{DefaultInit, [bytes](int x, int y) { return bytes[63] + x + y; }}(1, 1)), 9);
+    int calls = 0;
+    Function<void()>{DefaultInit, [&calls] { return ++calls; }}();
+    EXPECT_EQ(calls, 1);
 }
 
 TEST(FunctionTest, HandsArgumentsAndResultsThroughWithoutCopies) {

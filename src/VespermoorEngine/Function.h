@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstring>
 #include <new>
+#include <type_traits>
 #include <utility>
 
 #include <Corrade/Tags.h>
@@ -33,6 +34,7 @@ public:
     /**
      * @brief Stores @p callable, whose call operator is constant.
      *
+     * What it returns is dropped where the signature returns nothing.
      * One that is larger than @ref Capacity or aligned more strictly than `std::max_align_t`
      * does not compile.
      */
@@ -81,8 +83,12 @@ public:
 private:
     template <class Callable>
     static Result invoke(const void* const callable, Arguments... arguments) {
-        return (*std::launder(static_cast<const Callable*>(callable)))(
-            std::forward<Arguments>(arguments)...);
+        const Callable& stored = *std::launder(static_cast<const Callable*>(callable));
+        if constexpr (std::is_void_v<Result>) {
+            stored(std::forward<Arguments>(arguments)...);
+        } else {
+            return stored(std::forward<Arguments>(arguments)...);
+        }
     }
 
     template <class Callable>

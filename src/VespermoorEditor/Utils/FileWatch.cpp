@@ -182,6 +182,12 @@ struct FileWatch::Origin {
     Containers::StringView path;
 };
 
+/* One of the names that a directory is listed by. */
+struct FileWatch::Place {
+    std::size_t directory;
+    Containers::String path;
+};
+
 /* One walk over a tree that puts kernel watches on its directories and appends them to a record.
 
    The kernel watch of a directory comes after its listing, and what appears in between is reported
@@ -269,8 +275,11 @@ void FileWatch::Walk::visit(const Containers::StringView path) {
         arrayAppend(refused, Containers::String{path});
         return;
     }
-    arrayAppend(record.subWatchDescriptors, descriptor);
-    arrayAppend(record.subPaths, Containers::String{path});
+    /* What went and came back before its records were read is listed still. */
+    if (!batch || !owner.isListed(record, descriptor, path)) {
+        arrayAppend(record.subWatchDescriptors, descriptor);
+        arrayAppend(record.subPaths, Containers::String{path});
+    }
     if (mayHaveChanged(path, begin)) {
         arrayAppend(unsettled, Containers::String{path});
     }
@@ -356,24 +365,14 @@ FileWatch::Walk::takeStock(const Containers::StringView directory,
     return sightings;
 }
 
-/* Whether what stands at `path` now is what the walk has dealt with. Placing the kernel watch once
-   more tells: the same directory has the same descriptor, and what was refused is refused again. */
+/* Whether what stands at `path` now is what the walk has dealt with: watched and the same
+   directory, or refused and refused again. */
 bool FileWatch::Walk::isSettled(const Containers::StringView path, const Sighting& sighting) {
     const bool watched = sighting.descriptor != -1;
     if (batch && !Utility::Path::isDirectory(path)) {
         return !watched && !sighting.passed && sighting.reported;
     }
-    if (!watched && (sighting.passed || !sighting.refused)) {
-        return false;
-    }
-    const int descriptor = addKernelWatch(owner.inotifyFd, path);
-    if (descriptor == sighting.descriptor) {
-        return true;
-    }
-    if (descriptor >= 0) {
-        owner.releaseDescriptor(descriptor);
-    }
-    return false;
+    return (watched || sighting.refused) && owner.presentDescriptor(path) == sighting.descriptor;
 }
 
 FileWatch::FileWatch() : nextId{1}, inotifyFd{-1} {
@@ -577,49 +576,127 @@ void FileWatch::takeRecord(const inotify_event& record, Origin& origin,
     const Containers::StringView name = record.len ? record.name : nullptr;
     Containers::String path = Utility::Path::join(origin.path, name);
     if (record.mask & IN_ISDIR) {
-        DirectoryData& directory = directories[origin.directory];
+        const Containers::Array<Place> places = placesOf(record.wd);
         origin = {};
         if (*event == Event::Remove) {
-            prune(directory, path);
+            for (const Place& place : places) {
+                prune(directories[place.directory], Utility::Path::join(place.path, name));
+            }
         } else {
-            Walk{*this, directory, batch}.run(path);
+            followAt(places, name, batch);
         }
     }
     arrayAppend(batch, Change{std::move(path), *event});
 }
 
 /* Finds the first record and path that stand for `descriptor`; keeps an `origin` that has them. */
-bool FileWatch::findOrigin(const std::int32_t descriptor, Origin& origin) const {
+bool FileWatch::findOrigin(const std::int32_t descriptor, Origin& origin) {
     if (descriptor == origin.descriptor) {
         return true;
     }
+    const auto find = [&] {
+        bool severalNames = false;
+        origin = {};
+        forEachPlace(descriptor, [&](const std::size_t i, const Containers::StringView path) {
+            if (origin.descriptor != descriptor) {
+                origin = {descriptor, i, path};
+            }
+            severalNames = severalNames || path != origin.path;
+        });
+        return severalNames;
+    };
+    if (find()) {
+        /* Among several names are links, which may be gone. */
+        for (const Place& place : placesOf(descriptor)) {
+            if (presentDescriptor(place.path) != descriptor) {
+                prune(directories[place.directory], place.path);
+            }
+        }
+        find();
+    }
+    return origin.descriptor == descriptor;
+}
+
+/* Calls `visit` with the position of the record and the path for each place where `descriptor` is
+   listed, in their order. */
+template <class Visit>
+void FileWatch::forEachPlace(const std::int32_t descriptor, const Visit& visit) const {
     for (std::size_t i = 0; i != directories.size(); ++i) {
         const DirectoryData& directory = directories[i];
         if (directory.watchDescriptor == descriptor) {
-            origin = {descriptor, i, directory.path};
-            return true;
+            visit(i, directory.path);
         }
-        const std::size_t position = findFirst(directory.subWatchDescriptors, descriptor);
-        if (position != directory.subWatchDescriptors.size()) {
-            origin = {descriptor, i, directory.subPaths[position]};
-            return true;
+        const Containers::ArrayView<const std::int32_t> listed = directory.subWatchDescriptors;
+        for (std::size_t at = findFirst(listed, descriptor); at != listed.size(); ++at) {
+            visit(i, directory.subPaths[at]);
+            at += findFirst(listed.exceptPrefix(at + 1), descriptor);
         }
     }
-    return false;
 }
 
-/* Forgets the directory at `path`, which went away, and all below it. */
+/* The names that the directory of `descriptor` is listed by, each once, the first one first. */
+Containers::Array<FileWatch::Place> FileWatch::placesOf(const std::int32_t descriptor) const {
+    Containers::Array<Place> places;
+    forEachPlace(descriptor, [&](const std::size_t i, const Containers::StringView path) {
+        for (const Place& known : places) {
+            if (known.path == path) {
+                return;
+            }
+        }
+        arrayAppend(places, Place{i, path});
+    });
+    return places;
+}
+
+bool FileWatch::isListed(const DirectoryData& directory, const std::int32_t descriptor,
+                         const Containers::StringView path) const {
+    bool listed = false;
+    forEachPlace(descriptor, [&](const std::size_t i, const Containers::StringView known) {
+        listed = listed || (&directories[i] == &directory && known == path);
+    });
+    return listed;
+}
+
+/* Descriptor of the directory at `path`, -1 where none can be watched. Placing the kernel watch
+   once more tells; one that nothing lists is ended again. */
+std::int32_t FileWatch::presentDescriptor(const Containers::StringView path) {
+    if (!Utility::Path::isDirectory(path)) {
+        return -1;
+    }
+    const std::int32_t descriptor = addKernelWatch(inotifyFd, path);
+    if (descriptor >= 0 && placesOf(descriptor).isEmpty()) {
+        inotify_rm_watch(inotifyFd, descriptor);
+    }
+    return descriptor;
+}
+
+/* Watches the directory `name` that came into the one listed at `places`, under each of its names,
+   and reports what it holds under the first. */
+void FileWatch::followAt(const Containers::ArrayView<const Place> places,
+                         const Containers::StringView name, Containers::Array<Change>& batch) {
+    Containers::Array<Change> unheard;
+    for (const Place& place : places) {
+        Containers::Array<Change>& changes = &place == places.begin() ? batch : unheard;
+        Walk{*this, directories[place.directory], changes}.run(
+            Utility::Path::join(place.path, name));
+    }
+}
+
+/* Forgets the directory at `path`, which went away, and all below it. What is there again, or was
+   put there before the record of its going came up, stays. */
 void FileWatch::prune(DirectoryData& directory, const Containers::StringView path) {
     Containers::Array<std::int32_t> gone;
     std::size_t kept = 0;
     for (std::size_t i = 0; i != directory.subPaths.size(); ++i) {
-        if (isInTree(directory.subPaths[i], path)) {
-            arrayAppend(gone, directory.subWatchDescriptors[i]);
+        const std::int32_t descriptor = directory.subWatchDescriptors[i];
+        if (isInTree(directory.subPaths[i], path) &&
+            presentDescriptor(directory.subPaths[i]) != descriptor) {
+            arrayAppend(gone, descriptor);
             continue;
         }
         if (kept != i) {
             directory.subPaths[kept] = std::move(directory.subPaths[i]);
-            directory.subWatchDescriptors[kept] = directory.subWatchDescriptors[i];
+            directory.subWatchDescriptors[kept] = descriptor;
         }
         ++kept;
     }
@@ -634,28 +711,9 @@ void FileWatch::prune(DirectoryData& directory, const Containers::StringView pat
    within the watched trees, was found in its new place by a walk, and whose record of leaving the
    old one came up only now: ending the watch would leave it unwatched. */
 void FileWatch::releaseDescriptor(const std::int32_t descriptor) {
-    const auto serves = [&](std::int32_t& listed, const Containers::StringView path) {
-        if (!Utility::Path::isDirectory(path)) {
-            return false;
-        }
-        const int present = addKernelWatch(inotifyFd, path);
-        if (present >= 0) {
-            listed = present;
-        }
-        return present == descriptor;
-    };
-    for (DirectoryData& directory : directories) {
-        if (directory.watchDescriptor == descriptor &&
-            serves(directory.watchDescriptor, directory.path)) {
+    for (const Place& place : placesOf(descriptor)) {
+        if (presentDescriptor(place.path) == descriptor) {
             return;
-        }
-        const Containers::ArrayView<std::int32_t> listed = directory.subWatchDescriptors;
-        for (std::size_t i = findFirst(listed, descriptor); i != listed.size();
-             i += findFirst(listed.exceptPrefix(i), descriptor)) {
-            if (serves(listed[i], directory.subPaths[i])) {
-                return;
-            }
-            ++i;
         }
     }
     inotify_rm_watch(inotifyFd, descriptor);

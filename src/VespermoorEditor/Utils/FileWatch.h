@@ -30,8 +30,8 @@ namespace Utility = Corrade::Utility;
  *
  * Directories that appear in a watched tree are watched with all they hold, also while other
  * processes go on filling, moving and deleting them. An entry can be reported more than once on the
- * way. Such a race is noticed by the time stamps of directories and links, so the clock of the file
- * system must not lag behind that of the system.
+ * way. Such a race is noticed by the time stamps of directories and of the links in them, so the
+ * clock of the file system must not lag behind that of the system.
  *
  * An object belongs to one thread at a time. It takes one inotify instance, and one kernel watch
  * for every directory.
@@ -204,10 +204,19 @@ private:
     friend struct FileWatchTestAccess;
 
     struct Origin;
+    struct Place;
     class Walk;
 
     void takeRecord(const inotify_event& record, Origin& origin, Containers::Array<Change>& batch);
-    bool findOrigin(std::int32_t descriptor, Origin& origin) const;
+    bool findOrigin(std::int32_t descriptor, Origin& origin);
+    template <class Visit>
+    void forEachPlace(std::int32_t descriptor, const Visit& visit) const;
+    Containers::Array<Place> placesOf(std::int32_t descriptor) const;
+    bool isListed(const DirectoryData& directory, std::int32_t descriptor,
+                  Containers::StringView path) const;
+    std::int32_t presentDescriptor(Containers::StringView path);
+    void followAt(Containers::ArrayView<const Place> places, Containers::StringView name,
+                  Containers::Array<Change>& batch);
     void prune(DirectoryData& directory, Containers::StringView path);
     void releaseDescriptor(std::int32_t descriptor);
     void deliver(const CallbackInfo& delivery, std::int32_t firstNewId);

@@ -49,7 +49,9 @@ bool isSymlink(Containers::StringView path);
  *
  * A directory that cannot be listed is visited and not expanded. So is, under
  * @ref VisitFlag::FollowSymlinks, a link to a directory that the walk passed on its way from the
- * start path to the link, which ends a cycle of links.
+ * start path to the link, which ends a cycle of links. Other links are expanded, however many lead
+ * to one place: the ways through directories that are full of links to each other soon are too
+ * many.
  *
  * Returns whether every call was made and returned true; false where @p path does not exist.
  */
@@ -83,6 +85,9 @@ bool visitPathBelow(Containers::StringView start, Containers::StringView path,
  * files in their place. A link to a directory that the copy passed on its way from @p source to
  * the link, which would make a cycle, becomes an empty directory. A destination inside the source
  * is copied without itself and without the directories made to hold it.
+ *
+ * Where both paths are one directory there is nothing to do, which is true. A named pipe in the
+ * source is waited for until somebody writes to it.
  *
  * Returns false as soon as a file cannot be copied, and what was made so far stays. A file of the
  * destination that is one of the source under another name, such as a link to it, cannot be
