@@ -1,6 +1,7 @@
 #include "Files.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -28,6 +29,27 @@ constexpr int maxLinks = 40;
     throw Failure{path, std::strerror(error)};
 }
 
+/* Holds signals up that end the process, so that it does not leave its temporary file. */
+class SignalsHeld {
+public:
+    SignalsHeld() {
+        sigset_t held;
+        sigemptyset(&held);
+        for (const int signal : {SIGHUP, SIGINT, SIGTERM, SIGXFSZ}) {
+            sigaddset(&held, signal);
+        }
+        sigprocmask(SIG_BLOCK, &held, &before);
+    }
+
+    ~SignalsHeld() { sigprocmask(SIG_SETMASK, &before, nullptr); }
+
+    SignalsHeld(const SignalsHeld&) = delete;
+    SignalsHeld& operator=(const SignalsHeld&) = delete;
+
+private:
+    sigset_t before;
+};
+
 /* A new file whose name is removed again unless it took the place of another one. */
 class TemporaryFile {
 public:
@@ -48,10 +70,13 @@ public:
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-    /* Takes the name `path`. Returns 0 or the system's error. */
-    int replace(const std::string& path, const Containers::StringView content, const mode_t mode);
+    /* Takes the name `path`, and owner and permissions where they are given and may be set. Returns
+       0 or the system's error. */
+    int replace(const std::string& path, Containers::StringView content,
+                const struct stat* replaced);
 
 private:
+    SignalsHeld held;
     std::string name;
     int descriptor;
     int reason;
@@ -73,14 +98,25 @@ int writeAll(const int descriptor, Containers::StringView content) {
     return 0;
 }
 
+/* There is no way to ask for the mask without setting it. */
+mode_t defaultMode() {
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666 & ~mask;
+}
+
 int TemporaryFile::replace(const std::string& path, const Containers::StringView content,
-                           const mode_t mode) {
+                           const struct stat* const replaced) {
     if (descriptor < 0) {
         return reason;
     }
     if (const int error = writeAll(descriptor, content)) {
         return error;
     }
+    /* Only root may give files away, and others lose nothing that they could keep. */
+    [[maybe_unused]] const int refused =
+        replaced ? fchown(descriptor, replaced->st_uid, replaced->st_gid) : 0;
+    const mode_t mode = replaced ? replaced->st_mode & 07777 : defaultMode();
     /* Some file systems tell only at the close that they had no room. */
     if (fchmod(descriptor, mode) != 0 || close(std::exchange(descriptor, -1)) != 0 ||
         rename(name.data(), path.data()) != 0) {
@@ -99,13 +135,6 @@ int writeInto(const std::string& path, const Containers::StringView content) {
     const int writeError = writeAll(descriptor, content);
     const int closeError = close(descriptor) == 0 ? 0 : errno;
     return writeError ? writeError : closeError;
-}
-
-/* There is no way to ask for the mask without setting it. */
-mode_t defaultMode() {
-    const mode_t mask = umask(0);
-    umask(mask);
-    return 0666 & ~mask;
 }
 
 /* Why the file cannot be read, asked of the system anew. */
@@ -148,16 +177,20 @@ Containers::String readFile(const Containers::StringView path) {
 }
 
 void replaceFile(const Containers::StringView path, const Containers::StringView content) {
-    const fs::path target = linkChain(std::string{path}).back();
+    const std::string name{path};
     struct stat status {};
-    const bool exists = stat(target.c_str(), &status) == 0;
+    const bool exists = stat(name.data(), &status) == 0;
+    if (!exists && errno != ENOENT) {
+        fail(path, errno);
+    }
     if (exists && S_ISDIR(status.st_mode)) {
         fail(path, EISDIR);
     }
-    const mode_t mode = exists ? status.st_mode & 07777 : defaultMode();
-    const int error = exists && !S_ISREG(status.st_mode)
-                          ? writeInto(target, content)
-                          : TemporaryFile{parentOf(target)}.replace(target, content, mode);
+    const fs::path target = linkChain(name).back();
+    const int error =
+        exists && !S_ISREG(status.st_mode)
+            ? writeInto(name, content)
+            : TemporaryFile{parentOf(target)}.replace(target, content, exists ? &status : nullptr);
     if (error) {
         fail(path, error);
     }
@@ -165,8 +198,14 @@ void replaceFile(const Containers::StringView path, const Containers::StringView
 
 bool holds(const Containers::StringView path, const Containers::StringView content) {
     struct stat status {};
-    return stat(std::string{path}.data(), &status) == 0 && S_ISREG(status.st_mode) &&
-           std::size_t(status.st_size) == content.size() && readFile(path) == content;
+    const std::string name{path};
+    if (stat(name.data(), &status) != 0 || !S_ISREG(status.st_mode) ||
+        std::size_t(status.st_size) != content.size()) {
+        return false;
+    }
+    Corrade::Utility::Error silent{nullptr};
+    const auto present = Corrade::Utility::Path::readString(path);
+    return present && *present == content;
 }
 
 void print(const Containers::StringView content) {

@@ -29,14 +29,14 @@ Containers::String readFile(Containers::StringView path);
 /**
  * @brief Makes @p path hold exactly @p content, as a whole or not at all.
  *
- * The content is written to a new file beside it, which then takes its name and its permissions, so
- * a reader sees the old file or the new one, also when the process is killed in between. A link is
- * followed first. A device or a pipe has nothing to lose and is written to directly. Throws
- * @ref Failure with the system's reason; the old file stands then.
+ * The content is written to a new file beside it, which then takes its name, its permissions and,
+ * for root, its owner, so a reader sees the old file or the new one, also when the process is
+ * killed in between. A link is followed first. A device or a pipe has nothing to lose and is
+ * written to directly. Throws @ref Failure with the system's reason; the old file stands then.
  */
 void replaceFile(Containers::StringView path, Containers::StringView content);
 
-/** @brief Whether @p path is a regular file that holds exactly @p content. */
+/** @brief Whether @p path is a regular file that can be read and holds exactly @p content. */
 bool holds(Containers::StringView path, Containers::StringView content);
 
 /** @brief Writes @p content to standard output at once; throws @ref Failure where that fails. */
