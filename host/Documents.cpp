@@ -35,7 +35,7 @@ Containers::StringView withoutByteOrderMark(const Containers::StringView json) {
 
 Containers::String reasonOf(const rapidjson::ParseErrorCode code) {
     if (code == rapidjson::kParseErrorTermination) {
-        return Utility::format("Nested deeper than {} levels", RapidJsonUtils::maxNesting);
+        return nestedTooDeep();
     }
     const Containers::StringView reason = rapidjson::GetParseError_En(code);
     return reason.exceptSuffix(reason.hasSuffix('.') ? 1 : 0);
@@ -67,6 +67,10 @@ bool isRegularFile(const Containers::StringView path) {
 }
 
 } // namespace
+
+Containers::String nestedTooDeep() {
+    return Utility::format("Nested deeper than {} levels", RapidJsonUtils::maxNesting);
+}
 
 rapidjson::Document readDocument(const Containers::StringView path) {
     /* The library says that a text is no JSON, and reading it again says where and why. A pipe can

@@ -25,6 +25,9 @@ rapidjson::Document readDocument(Containers::StringView path);
  */
 rapidjson::Document parseDocument(Containers::StringView name, Containers::StringView json);
 
+/** @brief Why JSON with more levels than the library reads is refused. */
+Containers::String nestedTooDeep();
+
 /**
  * @brief Indented JSON text of @p value with a newline at its end.
  *

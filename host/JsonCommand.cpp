@@ -98,14 +98,32 @@ void write(JsonObject& place, const rapidjson::Value& value) {
     }
 }
 
+/* Levels of arrays and objects in `value`, which was parsed and so has no more than are read. */
+std::size_t nesting(const rapidjson::Value& value) {
+    std::size_t levels = 0;
+    if (value.IsArray()) {
+        for (const rapidjson::Value& element : value.GetArray()) {
+            levels = std::max(levels, nesting(element));
+        }
+    } else if (value.IsObject()) {
+        for (const auto& member : value.GetObject()) {
+            levels = std::max(levels, nesting(member.value));
+        }
+    }
+    return levels + (value.IsArray() || value.IsObject());
+}
+
 void assign(rapidjson::Document& document, const std::string& assignment) {
     const std::size_t equals = assignment.find('=');
     const std::string pointer = assignment.substr(0, equals);
     const rapidjson::Document value = parseDocument(
         "--set " + pointer, Containers::StringView{assignment}.exceptPrefix(equals + 1));
 
-    DocumentScope place{document};
     const rapidjson::Pointer steps{pointer.data(), pointer.size()};
+    if (steps.GetTokenCount() + nesting(value) > RapidJsonUtils::maxNesting) {
+        throw Failure{"--set", nestedTooDeep()};
+    }
+    DocumentScope place{document};
     for (std::size_t i = 0; i != steps.GetTokenCount(); ++i) {
         const rapidjson::Pointer::Token& step = steps.GetTokens()[i];
         place.descend({step.name, step.length});
