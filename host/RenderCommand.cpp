@@ -49,6 +49,9 @@ void addRenderCommand(CLI::App& program) {
     command
         ->add_option("--data", options->data,
                      "JSON documents; the first one that has a name decides its value")
+        /* Otherwise a path in brackets is taken as a list. */
+        ->expected(1, 1 << 20)
+        ->allow_extra_args(false)
         ->required();
     command->add_option("--output", options->output,
                         "File to replace with the result, in place of printing it");

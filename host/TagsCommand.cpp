@@ -2,7 +2,6 @@
 
 #include <memory>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -19,21 +18,31 @@ namespace {
 
 struct Options {
     std::string path;
-    /* Start tag, end tag, and the file with the new content. */
-    std::vector<std::tuple<std::string, std::string, std::string>> regions;
+    /* Three for each region: start tag, end tag, and the file with the new content. */
+    std::vector<std::string> regions;
     std::string output;
 };
 
 void run(const Options& options) {
+    const Containers::String text = readFile(options.path);
     std::vector<Containers::String> contents;
-    contents.reserve(options.regions.size());
+    contents.reserve(options.regions.size() / 3);
     Containers::Array<Utils::TagReplacement> replacements;
-    for (const auto& [start, end, path] : options.regions) {
-        contents.push_back(readFile(path));
+    for (std::size_t i = 0; i != options.regions.size(); i += 3) {
+        const Containers::StringView start = options.regions[i];
+        const Containers::StringView end = options.regions[i + 1];
+        /* The library leaves out a region of which neither tag is there. */
+        const auto isThere = [&text](const Containers::StringView tag) {
+            return !tag.isEmpty() && text.contains(tag);
+        };
+        if (!isThere(start) && !isThere(end)) {
+            throw Failure{options.path, "missing tag '" + start + "'"};
+        }
+        contents.push_back(readFile(options.regions[i + 2]));
         arrayAppend(replacements, Utils::TagReplacement{start, end, contents.back()});
     }
     const Containers::Pair<Containers::String, bool> result =
-        Utils::replaceTagContent(readFile(options.path), replacements);
+        Utils::replaceTagContent(text, replacements);
     if (!result.second()) {
         throw Failure{options.path, result.first()};
     }
@@ -51,6 +60,7 @@ void addTagsCommand(CLI::App& program) {
         ->add_option("--region", options->regions,
                      "Start tag, end tag, and a file with what shall stand between them")
         ->type_name("START END CONTENT_FILE")
+        ->type_size(3)
         /* Otherwise a tag in brackets is taken as a list. */
         ->allow_extra_args(false)
         ->required();

@@ -110,7 +110,12 @@ void addWatchCommand(CLI::App& program) {
         ->check(CLI::Range(1, 60'000))
         ->capture_default_str();
     command->add_option("--for", options->seconds, "Seconds to watch, in place of until Ctrl-C")
-        ->check(CLI::PositiveNumber);
+        ->type_name("SECONDS")
+        ->check([](const std::string& text) {
+            double seconds = 0.0;
+            const bool isNumber = CLI::detail::lexical_cast(text, seconds);
+            return isNumber && seconds > 0.0 ? "" : text + " is no number of seconds above 0";
+        });
     command->footer(
         "Example, in the root of the sources:\n  vespermoor-utils watch --for 1 examples");
     command->callback([options] { run(*options); });
