@@ -1,29 +1,20 @@
-#include <chrono>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <optional>
-#include <regex>
-#include <string>
-#include <vector>
 
-#include <Corrade/Containers/Array.h>
-#include <Corrade/Containers/String.h>
 #include <Corrade/Containers/StringIterable.h>
-#include <gmock/gmock.h>
 
 #include "Processes.h"
-#include "Recorder.h"
 #include "Support.h"
 #include "VespermoorEditor/Utils/System.h"
 
 namespace VespermoorEngine::Test {
 namespace {
 
-namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
 using Filters = std::initializer_list<Containers::StringView>;
+using Options = std::vector<std::string>;
 
 std::string openFiles(const std::string& title, const std::string& path, const bool multiple,
                       const Filters filters = {}) {
@@ -44,14 +35,12 @@ std::string openFolder(const std::string& title, const std::string& path) {
     return text(openFolderDialog(view(title), view(path)));
 }
 
-const std::string oddTitle = "--\"it's\" $HOME\n`x`";
-
 std::string notify(const std::string& title, const std::string& message) {
     notification(view(title), view(message), NotificationIcon::Error);
     return "";
 }
 
-using Options = std::vector<std::string>;
+const std::string oddTitle = "--\"it's\" $HOME\n`x`";
 
 /* What every dialog of zenity has, and what comes behind. */
 Options dialog(const std::string& start, const Options& further) {
@@ -60,7 +49,7 @@ Options dialog(const std::string& start, const Options& further) {
     return all;
 }
 
-/* A stub in the place of zenity records its options and answers. `D` stands for the directory of
+/* A stub in the place of zenity records its options and answers. @ stands for the directory of
    the test. */
 TEST(Dialogs, HandOverToTheHelper) {
     const struct {
@@ -70,11 +59,11 @@ TEST(Dialogs, HandOverToTheHelper) {
     } rows[]{
         // clang-format off
         {[](auto& d) { return openFiles(oddTitle, d + "/file.txt", false); },
-         "/a b\n", "/a b\n", dialog("D/file.txt", {"--confirm-overwrite"})},
+         "/a b\n", "/a b\n", dialog("@/file.txt", {"--confirm-overwrite"})},
         {[](auto& d) { return openFiles(oddTitle, d, true); },
-         "/b\n/a\n/c\n", "/b\n/a\n/c\n", dialog("D/", {"--confirm-overwrite", "--multiple"})},
+         "/b\n/a\n/c\n", "/b\n/a\n/c\n", dialog("@/", {"--confirm-overwrite", "--multiple"})},
         {[](auto& d) { return openFiles(oddTitle, d, false, {"A", "*.a *.b", "All", "*", "odd"}); },
-         "", "", dialog("D/", {"--file-filter=A|*.a *.b", "--file-filter=All|*",
+         "", "", dialog("@/", {"--file-filter=A|*.a *.b", "--file-filter=All|*",
                                "--confirm-overwrite"})},
         {[](auto&) { return openFiles(oddTitle, "/none/such/x", false); },
          "", "", dialog("/", {"--confirm-overwrite"})},
@@ -82,9 +71,9 @@ TEST(Dialogs, HandOverToTheHelper) {
          "", "", dialog("", {"--save", "--confirm-overwrite"})},
         {[](auto& d) { return saveFile(oddTitle, d + "/none/x", {"Text", "*.txt"}); },
          "/new\n", "/new",
-         dialog("D/", {"--file-filter=Text|*.txt", "--save", "--confirm-overwrite"})},
+         dialog("@/", {"--file-filter=Text|*.txt", "--save", "--confirm-overwrite"})},
         {[](auto& d) { return openFolder(oddTitle, d + "/none/x"); },
-         "/a b\n", "/a b", dialog("D/none/x", {"--directory", "--confirm-overwrite"})},
+         "/a b\n", "/a b", dialog("@/none/x", {"--directory", "--confirm-overwrite"})},
         {[](auto&) { return notify(oddTitle, "--a \"message\""); },
          "", "",
          {"--notification", "--window-icon=error", "--text=" + oddTitle + "\n--a \"message\""}},
@@ -94,17 +83,13 @@ TEST(Dialogs, HandOverToTheHelper) {
         const TemporaryDirectory directory;
         writeFile(directory / "file.txt", "");
         writeFile(directory / "answer", row.answer);
-        writeRecorder(directory / "bin/zenity", directory / "record", "cat answer");
+        writeRecorder(directory, "bin/zenity", "cat answer");
         const ScopedVariable path{"PATH", directory / "bin:" + std::getenv("PATH")};
         const ScopedVariable desktop{"XDG_SESSION_DESKTOP", "gnome"};
         const ScopedCurrentDirectory current{directory.path()};
         ChildProcess dialog{[&] { return row.show(directory.path()); }};
         EXPECT_EQ(dialog.result(1min), row.result);
-        Options options = recordedOptions(directory / "record");
-        for (std::string& option : options) {
-            option = std::regex_replace(option, std::regex{directory.path()}, "D");
-        }
-        EXPECT_EQ(options, row.options);
+        EXPECT_EQ(recordedOptions(directory), row.options);
     }
 }
 
@@ -176,23 +161,23 @@ const WindowRow windowRows[]{
     // clang-format off
     {[](auto& d) { return openFiles(windowTitle, d + "/files", true, {"Text", "*.txt"}); },
      {"key ctrl+a key Return", "key ctrl+a type --args 1 '\"a.txt\" \"b.txt\"' key Return"},
-     "D/files/a.txt\nD/files/b.txt\n"},
+     "@/files/a.txt\n@/files/b.txt\n"},
     /* The window opens where the missing one would be. */
     {[](auto& d) { return openFiles(windowTitle, d + "/files/none/x.txt", false); },
      {"key ctrl+l ctrl+a type --args 1 b.txt key Return",
-      "key ctrl+a type --args 1 b.txt key Return"}, "D/files/b.txt\n"},
+      "key ctrl+a type --args 1 b.txt key Return"}, "@/files/b.txt\n"},
     {[](auto& d) { return openFiles(windowTitle, d, true); }, {"key Escape", "key Escape"}, ""},
     {[](auto& d) { return saveFile(windowTitle, d); }, {"key Escape", "key Escape"}, ""},
     {[](auto& d) { return openFolder(windowTitle, d); }, {"key Escape", "key Escape"}, ""},
     {[](auto& d) { return saveFile(windowTitle, d + "/files/none/x.txt"); },
      {"key ctrl+a type --args 1 new.txt key Return", "key ctrl+a type --args 1 new.txt key Return"},
-     "D/files/new.txt"},
+     "@/files/new.txt"},
     /* zenity starts in the folder above, with the given one selected. */
     {[](auto& d) { return openFolder(windowTitle, d + "/home"); },
-     {"key ctrl+l ctrl+a type --args 1 home/inner key Return", nullptr}, "D/home/inner"},
+     {"key ctrl+l ctrl+a type --args 1 home/inner key Return", nullptr}, "@/home/inner"},
     /* kdialog alone, without the theme of a KDE desktop, enters every folder that exists. */
     {[](auto& d) { return openFolder(windowTitle, d + "/home"); },
-     {nullptr, "key ctrl+a type --args 1 new key Return"}, "D/home/new"},
+     {nullptr, "key ctrl+a type --args 1 new key Return"}, "@/home/new"},
     // clang-format on
 };
 
@@ -226,7 +211,7 @@ TEST_P(RealHelper, GivesWhatTheUserChose) {
                   windowTitle + helper.titleSuffix + '\n');
         const std::optional<std::string> result = typeUntilClosed(dialog, window, keys);
         ASSERT_TRUE(result);
-        EXPECT_EQ(std::regex_replace(*result, std::regex{directory}, "D"), row.result);
+        EXPECT_EQ(desktop.directory.shortened(*result), row.result);
     }
 }
 

@@ -1,14 +1,8 @@
 #include "VespermoorEditor/Utils/EditorUtils.h"
 
-#include <filesystem>
 #include <optional>
-#include <regex>
-#include <string>
-#include <vector>
 
 #include <Corrade/Containers/Optional.h>
-#include <Corrade/Containers/String.h>
-#include <gtest/gtest.h>
 
 #include "Processes.h"
 #include "Support.h"
@@ -16,8 +10,6 @@
 
 namespace VespermoorEngine::Test {
 namespace {
-
-namespace fs = std::filesystem;
 
 TEST(ExecutablesPath, IsEmptyAndNoRootIsSearchedWhereTheSystemCannotTell) {
     EXPECT_EQ(text(Utils::executablesPath()), fs::read_symlink("/proc/self/exe").parent_path());
@@ -39,20 +31,20 @@ TEST(ExecutablesPath, IsEmptyAndNoRootIsSearchedWhereTheSystemCannotTell) {
     EXPECT_EQ(*result, "none " + message + message);
 }
 
-/* `D` stands for the directory of the test, which is the current one. */
+/* @ stands for the directory of the test, which is the current one. */
 TEST(FindEditorRoot, SearchesUpwardsAndThenTheInstallation) {
     const struct {
         std::vector<const char*> files;
         std::string start, expected;
     } rows[]{
         // clang-format off
-        {{}, "D/a/bin", "none"},
-        {{"a/shaders/x", "a/share/vespermoorengine/x"}, "D/a/bin", "D/a"},
+        {{}, "@/a/bin", "none"},
+        {{"a/shaders/x", "a/share/vespermoorengine/x"}, "@/a/bin", "@/a"},
         {{"a/shaders/x"}, "a/bin", "a"},
-        {{"a/share/vespermoorengine/x"}, "D/a/bin", "D/a/share/vespermoorengine"},
-        {{"a/share/vespermoorengine/x"}, "a/bin", "D/a/share/vespermoorengine"},
-        {{"a/share/vespermoorengine"}, "D/a/bin", "D/a/share/vespermoorengine"},
-        {{"a/share/vespermoorengine/x"}, "D/a/bin/b", "none"},
+        {{"a/share/vespermoorengine/x"}, "@/a/bin", "@/a/share/vespermoorengine"},
+        {{"a/share/vespermoorengine/x"}, "a/bin", "@/a/share/vespermoorengine"},
+        {{"a/share/vespermoorengine"}, "@/a/bin", "@/a/share/vespermoorengine"},
+        {{"a/share/vespermoorengine/x"}, "@/a/bin/b", "none"},
         // clang-format on
     };
     for (const auto& row : rows) {
@@ -62,11 +54,8 @@ TEST(FindEditorRoot, SearchesUpwardsAndThenTheInstallation) {
             writeFile(directory / file, "");
         }
         const ScopedCurrentDirectory current{directory.path()};
-        const std::regex letter{"^D"};
-        const std::string start = std::regex_replace(row.start, letter, directory.path());
-        const auto root = Utils::findEditorRoot(view(start));
-        EXPECT_EQ(root ? text(*root) : "none",
-                  std::regex_replace(row.expected, letter, directory.path()));
+        const auto root = Utils::findEditorRoot(view(directory.expanded(row.start)));
+        EXPECT_EQ(root ? directory.shortened(text(*root)) : "none", row.expected);
     }
 }
 

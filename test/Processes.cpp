@@ -3,7 +3,8 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
+#include <fstream>
+#include <set>
 #include <stdexcept>
 
 #include <fcntl.h>
@@ -14,11 +15,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "Support.h"
-
 namespace VespermoorEngine::Test {
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -86,6 +83,38 @@ void writeScript(const std::string& path, const std::string& commands) {
     fs::permissions(path, fs::perms::owner_all);
 }
 
+void writeRecorder(const TemporaryDirectory& directory, const std::string& name,
+                   const std::string& commands) {
+    writeScript(directory / name,
+                R"(printf '%s\0' "$0" "$PWD" "$@" >> ')" + directory / "record" + "'\n" + commands);
+}
+
+std::vector<std::string> recorded(const TemporaryDirectory& directory) {
+    std::ifstream file{directory / "record", std::ios::binary};
+    std::vector<std::string> all;
+    for (std::string text; std::getline(file, text, '\0');) {
+        all.push_back(directory.shortened(text));
+    }
+    return all;
+}
+
+std::vector<std::string> recordedOptions(const TemporaryDirectory& directory) {
+    const std::set<std::string> withValue{"--title", "--file-filter",  "--window-icon",
+                                          "--text",  "--passivepopup", "--icon"};
+    const std::vector<std::string> all = recorded(directory);
+    std::vector<std::string> options;
+    for (std::size_t i = 2; i < all.size(); ++i) {
+        if (all[i] == "--") {
+            continue;
+        }
+        options.push_back(all[i]);
+        if (withValue.count(all[i]) && i + 1 < all.size()) {
+            options.back() += '=' + all[++i];
+        }
+    }
+    return options;
+}
+
 ChildProcess::ChildProcess(const std::string& command)
     : ChildProcess{[&] {
           execl("/bin/sh", "sh", "-c", command.data(), nullptr);
@@ -126,6 +155,17 @@ std::optional<std::string> ChildProcess::result(const std::chrono::milliseconds 
         _received.append(block, std::size_t(count));
     }
     return std::nullopt;
+}
+
+int ChildProcess::stop(const std::vector<int>& signals) {
+    for (const int signal : signals) {
+        kill(_process, signal);
+    }
+    siginfo_t end{};
+    waitUntil([&] { // Until it is destroyed, no other process gets its number.
+        return waitid(P_PID, id_t(_process), &end, WEXITED | WNOHANG | WNOWAIT) != 0 || end.si_pid;
+    });
+    return end.si_code == CLD_EXITED ? end.si_status : -1;
 }
 
 std::string outputOf(const std::string& command) {

@@ -1,13 +1,10 @@
 #ifndef Vespermoor_Test_Processes_h
 #define Vespermoor_Test_Processes_h
 
-#include <chrono>
 #include <functional>
 #include <optional>
-#include <string>
-#include <vector>
 
-#include <sys/types.h>
+#include "Support.h"
 
 namespace VespermoorEngine::Test {
 
@@ -43,6 +40,29 @@ std::string missingPrograms(const std::vector<std::string>& programs);
 void writeScript(const std::string& path, const std::string& commands);
 
 /**
+ * @brief Makes @p name a program that adds to the file `record` of @p directory how it was run.
+ *
+ * Then it does what the shell's @p commands say.
+ */
+void writeRecorder(const TemporaryDirectory& directory, const std::string& name,
+                   const std::string& commands = {});
+
+/**
+ * @brief How those programs were run so far: path, current directory and arguments.
+ *
+ * With an at sign for the path of @p directory.
+ */
+std::vector<std::string> recorded(const TemporaryDirectory& directory);
+
+/**
+ * @brief Arguments that a recording helper of dialogs was run with.
+ *
+ * An option and its value are one here, with a `=` in between, and a `--` that ends the options is
+ * left out: those are up to the header that runs the helper.
+ */
+std::vector<std::string> recordedOptions(const TemporaryDirectory& directory);
+
+/**
  * @brief Process with a group of its own, which is killed as a whole at the end.
  *
  * So nothing that it started is left behind, however the test ends.
@@ -66,6 +86,14 @@ public:
 
     /** @brief What the operation returned, or nothing if it has not yet after that time. */
     std::optional<std::string> result(std::chrono::milliseconds patience);
+
+    /**
+     * @brief Sends @p signals, waits for the end and returns the exit code, or -1 where a signal
+     * ended it.
+     *
+     * Fails the test where it does not end.
+     */
+    int stop(const std::vector<int>& signals);
 
 private:
     pid_t _process;

@@ -1,14 +1,35 @@
 #include "Program.h"
 
-#include <csignal>
 #include <cstdio>
 
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "Support.h"
 
 namespace VespermoorEngine::Test {
+
+namespace {
+
+/* The files are there, though empty, as soon as there is a process. */
+std::function<std::string()> runOf(const std::string& directory,
+                                   const std::vector<std::string>& arguments) {
+    const std::string output = directory + "/program.output", error = directory + "/program.error";
+    writeFile(output, "");
+    writeFile(error, "");
+    return [=]() -> std::string {
+        std::vector<char*> words{const_cast<char*>(VESPERMOOR_PROGRAM)};
+        for (const std::string& argument : arguments) {
+            words.push_back(const_cast<char*>(argument.data()));
+        }
+        words.push_back(nullptr);
+        if (std::freopen(output.data(), "w", stdout) && std::freopen(error.data(), "w", stderr)) {
+            execv(words[0], words.data());
+        }
+        std::abort();
+    };
+}
+
+} // namespace
 
 ProgramRun runProgram(const std::vector<std::string>& arguments) {
     const TemporaryDirectory directory;
@@ -19,48 +40,14 @@ ProgramRun runProgram(const std::vector<std::string>& arguments) {
 
 BackgroundProgram::BackgroundProgram(const std::string& directory,
                                      const std::vector<std::string>& arguments)
-    : outputPath{directory + "/program.output"}, errorPath{directory + "/program.error"} {
-    writeFile(outputPath, "");
-    writeFile(errorPath, "");
-    std::vector<char*> words{const_cast<char*>(VESPERMOOR_PROGRAM)};
-    for (const std::string& argument : arguments) {
-        words.push_back(const_cast<char*>(argument.data()));
-    }
-    words.push_back(nullptr);
-    std::fflush(nullptr); // Or the copy would have the same text to write.
-    process = fork();
-    if (process == 0) {
-        if (std::freopen(outputPath.data(), "w", stdout) &&
-            std::freopen(errorPath.data(), "w", stderr)) {
-            execv(words[0], words.data());
-        }
-        _exit(127);
-    }
-}
-
-BackgroundProgram::~BackgroundProgram() {
-    stop({SIGKILL});
-}
+    : ChildProcess{runOf(directory, arguments)}, directory{directory} {}
 
 std::string BackgroundProgram::output() const {
-    return readFile(outputPath);
+    return readFile(directory + "/program.output");
 }
 
 std::string BackgroundProgram::error() const {
-    return readFile(errorPath);
-}
-
-int BackgroundProgram::stop(const std::vector<int>& signals) {
-    if (process == -1) { // As a receiver of signals that would mean every process there is.
-        return -1;
-    }
-    for (const int signal : signals) {
-        kill(process, signal);
-    }
-    int status = -1;
-    waitUntil([&] { return waitpid(process, &status, WNOHANG) == process; });
-    process = status == -1 ? process : -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return readFile(directory + "/program.error");
 }
 
 } // namespace VespermoorEngine::Test

@@ -1,12 +1,10 @@
 #include "Support.h"
 
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
+#include <regex>
 
 namespace VespermoorEngine::Test {
-
-namespace fs = std::filesystem;
 
 TemporaryDirectory::TemporaryDirectory() {
     std::string pattern = fs::canonical(fs::temp_directory_path()) / "vespermoor-XXXXXX";
@@ -19,6 +17,14 @@ TemporaryDirectory::TemporaryDirectory() {
 TemporaryDirectory::~TemporaryDirectory() {
     std::error_code ignored;
     fs::remove_all(directory, ignored);
+}
+
+std::string TemporaryDirectory::expanded(const std::string& text) const {
+    return std::regex_replace(text, std::regex{"@"}, directory);
+}
+
+std::string TemporaryDirectory::shortened(const std::string& text) const {
+    return std::regex_replace(text, std::regex{directory}, "@");
 }
 
 void writeFile(const std::string& path, const std::string& content) {

@@ -2,17 +2,20 @@
 #define Vespermoor_Test_Support_h
 
 #include <chrono>
+#include <filesystem>
 #include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <Corrade/Containers/Array.h>
-#include <Corrade/Containers/StringView.h>
+#include <Corrade/Containers/String.h>
 #include <Corrade/Utility/Debug.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace VespermoorEngine::Test {
+
+namespace fs = std::filesystem;
 
 /** @brief Empty directory of its own for one test, removed with all it holds at the end. */
 class TemporaryDirectory {
@@ -27,6 +30,12 @@ public:
 
     /** @brief Path of @p name inside the directory. */
     std::string operator/(const std::string& name) const { return directory + '/' + name; }
+
+    /** @brief Copy of @p text with the path for every at sign. */
+    std::string expanded(const std::string& text) const;
+
+    /** @brief Copy of @p text with an at sign wherever the path stands. */
+    std::string shortened(const std::string& text) const;
 
 private:
     std::string directory;

@@ -1,14 +1,8 @@
-#include <filesystem>
 #include <optional>
-#include <regex>
-#include <sstream>
-#include <string>
 
 #include <Corrade/Containers/GrowableArray.h>
 #include <Corrade/Containers/Optional.h>
-#include <Corrade/Containers/String.h>
 #include <Corrade/Containers/StringIterable.h>
-#include <gtest/gtest.h>
 
 #include "Processes.h"
 #include "Support.h"
@@ -17,17 +11,9 @@
 namespace VespermoorEngine::Test {
 namespace {
 
-namespace fs = std::filesystem;
-
 std::string trashPath() {
     const Containers::Optional<Containers::String> path = findTrashPath();
     return path ? text(*path) : "none";
-}
-
-/* `text` with the path of the directory for a leading `D`; nothing for a null one. */
-std::optional<std::string> inside(const TemporaryDirectory& directory, const char* const text) {
-    return text ? std::optional{std::regex_replace(text, std::regex{"^D"}, directory.path())}
-                : std::nullopt;
 }
 
 /* What the shell's commands print, in the directory. */
@@ -37,29 +23,34 @@ std::string run(const TemporaryDirectory& directory, const std::string& commands
 
 TEST(FindTrashPath, LooksAtOnePlaceOnly) {
     const struct {
-        const char *commands, *home, *dataHome, *expected;
+        const char* commands;
+        std::optional<std::string> home, dataHome;
+        const char* expected;
     } rows[]{
         // clang-format off
-        {"mkdir -p .local/share/Trash/files", "D", nullptr, "D/.local/share/Trash/files"},
-        {"mkdir -p .Trash/files", "D", nullptr, "none"},
-        {"mkdir -p data/Trash/files .local/share/Trash", "D", "D/data", "D/data/Trash/files"},
-        {"mkdir -p data/Trash", "D", "D/data", "D/data/Trash"},
-        {"mkdir -p .local/share/Trash/files", "D", "D/data", "none"},
-        {"mkdir -p .local/share/Trash", "D", "", "D/.local/share/Trash"},
-        {"mkdir -p data/Trash/files", "D", "D/data/", "D/data//Trash/files"},
-        {"mkdir data; touch data/Trash", "D", "D/data", "none"},
-        {"mkdir -p data/Trash; touch data/Trash/files", "D", "D/data", "D/data/Trash/files"},
-        {":", nullptr, nullptr, "none"},
+        {"mkdir -p .local/share/Trash/files", "@", std::nullopt, "@/.local/share/Trash/files"},
+        {"mkdir -p .Trash/files", "@", std::nullopt, "none"},
+        {"mkdir -p data/Trash/files .local/share/Trash", "@", "@/data", "@/data/Trash/files"},
+        {"mkdir -p data/Trash", "@", "@/data", "@/data/Trash"},
+        {"mkdir -p .local/share/Trash/files", "@", "@/data", "none"},
+        {"mkdir -p .local/share/Trash", "@", "", "@/.local/share/Trash"},
+        {"mkdir -p data/Trash/files", "@", "@/data/", "@/data//Trash/files"},
+        {"mkdir data; touch data/Trash", "@", "@/data", "none"},
+        {"mkdir -p data/Trash; touch data/Trash/files", "@", "@/data", "@/data/Trash/files"},
+        {":", std::nullopt, std::nullopt, "none"},
         // clang-format on
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.commands);
         const TemporaryDirectory directory;
         ASSERT_EQ(run(directory, row.commands), "");
-        const ScopedVariable home{"HOME", inside(directory, row.home)};
-        const ScopedVariable data{"XDG_DATA_HOME", inside(directory, row.dataHome)};
+        const auto inside = [&](const std::optional<std::string>& path) {
+            return path ? std::optional{directory.expanded(*path)} : std::nullopt;
+        };
+        const ScopedVariable home{"HOME", inside(row.home)};
+        const ScopedVariable data{"XDG_DATA_HOME", inside(row.dataHome)};
         const Messages messages;
-        EXPECT_EQ(trashPath(), inside(directory, row.expected));
+        EXPECT_EQ(directory.shortened(trashPath()), row.expected);
         EXPECT_EQ(messages.text(),
                   row.home ? "" : "Utility::Path::homeDirectory(): $HOME not available\n");
     }
@@ -68,15 +59,13 @@ TEST(FindTrashPath, LooksAtOnePlaceOnly) {
 TEST(FindTrashPath, OfRootIsElsewhere) {
     const ScopedVariable data{"XDG_DATA_HOME", std::nullopt};
     const std::optional<std::string> found = resultWithMount("/root", [] {
-        const struct {
-            const char *home, *made;
-        } rows[]{{"/root", "/root/.local/share/Trash/files"},
-                 {"/root/below", "/root/below/.Trash"},
-                 {"/root", "/root/.Trash"}};
+        const std::pair<const char*, const char*> rows[]{{"/root", "/.local/share/Trash/files"},
+                                                         {"/root/below", "/.Trash"},
+                                                         {"/root", "/.Trash"}};
         std::string paths;
-        for (const auto& row : rows) {
-            fs::create_directories(row.made);
-            const ScopedVariable home{"HOME", row.home};
+        for (const auto& [root, made] : rows) {
+            fs::create_directories(std::string{root} + made);
+            const ScopedVariable home{"HOME", root};
             paths += trashPath() + ' ';
         }
         return paths;
@@ -96,7 +85,7 @@ std::string listing(const TemporaryDirectory& directory) {
                           "LC_ALL=C sort | tr '\\n' ' '");
 }
 
-/* What became of a move of the files of those `names`, with `D` for the path of the directory. */
+/* What became of a move of the files of those `names`, with @ for the path of the directory. */
 std::string moveAll(const TemporaryDirectory& directory, const char* const names) {
     Containers::Array<Containers::String> paths;
     std::istringstream stream{names};
@@ -105,11 +94,11 @@ std::string moveAll(const TemporaryDirectory& directory, const char* const names
     }
     const Messages messages;
     const std::string result = moveToTrash(paths) ? "moved" : "failed: ";
-    return result + std::regex_replace(messages.text(), std::regex{directory.path()}, "D");
+    return result + directory.shortened(messages.text());
 }
 
 std::string cannotMove(const std::string& from, const std::string& to, const std::string& error) {
-    return "failed: Utility::Path::move(): can't move D/" + from + " to D/" + to + ": error " +
+    return "failed: Utility::Path::move(): can't move @/" + from + " to @/" + to + ": error " +
            error + '\n';
 }
 

@@ -1,10 +1,7 @@
 #ifndef Vespermoor_Test_Tree_h
 #define Vespermoor_Test_Tree_h
 
-#include <filesystem>
 #include <map>
-#include <string>
-#include <vector>
 
 #include "Support.h"
 
@@ -19,12 +16,12 @@ namespace VespermoorEngine::Test {
 inline void makeTree(const std::string& root, const std::vector<std::string>& entries) {
     for (const std::string& entry : entries) {
         const std::size_t arrow = entry.find(" -> ");
-        const std::filesystem::path path = root + '/' + entry.substr(0, arrow);
+        const fs::path path = root + '/' + entry.substr(0, arrow);
         if (arrow != std::string::npos) {
-            std::filesystem::create_directories(path.parent_path());
-            std::filesystem::create_symlink(entry.substr(arrow + 4), path);
+            fs::create_directories(path.parent_path());
+            fs::create_symlink(entry.substr(arrow + 4), path);
         } else if (entry.back() == '/') {
-            std::filesystem::create_directories(path);
+            fs::create_directories(path);
         } else {
             writeFile(path, entry);
         }
@@ -33,7 +30,6 @@ inline void makeTree(const std::string& root, const std::vector<std::string>& en
 
 /** @brief What lies below @p root, in the form that @ref makeTree() takes, sorted by name. */
 inline std::vector<std::string> tree(const std::string& root) {
-    namespace fs = std::filesystem;
     std::map<std::string, std::string> entries;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator{root}) {
         const std::string name = entry.path().lexically_relative(root);

@@ -1,27 +1,18 @@
 #include "portable-file-dialogs.h"
 
-#include <chrono>
 #include <csignal>
-#include <filesystem>
 #include <fstream>
 #include <functional>
-#include <regex>
-#include <string>
-#include <vector>
 
 #include <sys/stat.h>
 #include <sys/wait.h>
 
-#include <gmock/gmock.h>
-
 #include "Processes.h"
-#include "Recorder.h"
 #include "Support.h"
 
 namespace VespermoorEngine::Test {
 namespace {
 
-namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using Texts = std::vector<std::string>;
 
@@ -33,7 +24,7 @@ struct Stubs {
         fs::create_symlink("/usr/bin/which", directory / "bin/which");
         fs::create_symlink("/bin/echo", directory / "bin/echo");
         for (const std::string& helper : helpers) {
-            writeRecorder(directory / helper, directory / "record", commands);
+            writeRecorder(directory, helper, commands);
         }
     }
 
@@ -59,7 +50,7 @@ struct Stubs {
     const ScopedCurrentDirectory current{directory.path()};
 };
 
-/* `D` stands for the directory of the test, which is the current one. */
+/* @ stands for the directory of the test, which is the current one. */
 TEST(PortableFileDialogs, RunTheHelperOfTheDesktop) {
     const struct {
         const char* path;
@@ -68,27 +59,27 @@ TEST(PortableFileDialogs, RunTheHelperOfTheDesktop) {
         /* The one that runs, if any. */
         std::string chosen;
     } rows[]{
-        {"D/bin", "", {}, ""},
-        {"D/bin", "", {"bin/kdialog", "bin/qarma", "bin/matedialog", "bin/zenity"}, "bin/zenity"},
-        {"D/bin", "KDE", {"bin/kdialog", "bin/zenity"}, "bin/kdialog"},
-        {"D/bin", "KDE", {"bin/kdialog", "bin/zenity", "bin/qarma"}, "bin/qarma"},
-        {"D/bin", "KDE", {"bin/zenity"}, "bin/zenity"},
-        {"D/bin", "gnome", {"bin/kdialog"}, "bin/kdialog"},
-        {"D/bin:D/b:D/c", "", {"b/zenity", "c/zenity", "bin/zenity/folder"}, "b/zenity"},
-        {":D/bin", "", {"zenity"}, "zenity"},
-        {"D/bin:", "", {"zenity"}, "zenity"},
+        // clang-format off
+        {"@/bin", "", {}, ""},
+        {"@/bin", "", {"bin/kdialog", "bin/qarma", "bin/matedialog", "bin/zenity"}, "bin/zenity"},
+        {"@/bin", "KDE", {"bin/kdialog", "bin/zenity"}, "bin/kdialog"},
+        {"@/bin", "KDE", {"bin/kdialog", "bin/zenity", "bin/qarma"}, "bin/qarma"},
+        {"@/bin", "KDE", {"bin/zenity"}, "bin/zenity"},
+        {"@/bin", "gnome", {"bin/kdialog"}, "bin/kdialog"},
+        {"@/bin:@/b:@/c", "", {"b/zenity", "c/zenity", "bin/zenity/folder"}, "b/zenity"},
+        {":@/bin", "", {"zenity"}, "zenity"},
+        {"@/bin:", "", {"zenity"}, "zenity"},
         {"", "", {"zenity"}, ""},
+        // clang-format on
     };
     for (const auto& row : rows) {
         const Stubs stubs{row.installed, "echo /a"};
-        const std::string& directory = stubs.directory.path();
-        const ScopedVariable path{"PATH", std::regex_replace(row.path, std::regex{"D"}, directory)};
+        const ScopedVariable path{"PATH", stubs.directory.expanded(row.path)};
         const ScopedVariable desktop{"XDG_SESSION_DESKTOP", row.desktop};
         EXPECT_EQ(Stubs::result([] { return pfd::select_folder{"title"}.result(); }),
                   row.chosen.empty() ? "" : "/a");
-        const Texts run = recorded(directory + "/record");
-        EXPECT_EQ(run.empty() ? "" : fs::absolute(run[0]).lexically_normal(),
-                  row.chosen.empty() ? "" : directory + '/' + row.chosen);
+        const Texts run = recorded(stubs.directory);
+        EXPECT_EQ(run.empty() ? "" : fs::proximate(stubs.directory.expanded(run[0])), row.chosen);
     }
 }
 
@@ -112,7 +103,7 @@ TEST(PortableFileDialogs, HandEveryTextOverToKdialog) {
     for (const auto& row : rows) {
         const Stubs stubs{{"bin/kdialog"}, ""};
         EXPECT_EQ(Stubs::result([&] { return row.show(), ""; }), "");
-        EXPECT_THAT(recordedOptions(stubs.directory / "record"),
+        EXPECT_THAT(recordedOptions(stubs.directory),
                     testing::UnorderedElementsAreArray(row.options));
     }
 }
@@ -126,12 +117,10 @@ TEST(PortableFileDialogs, ReadAnAnswerWhateverTheExitStatus) {
         std::string answer, one;
         std::size_t files;
     } rows[]{
-        {"", "", 0},
-        {"\n", "", 0},
-        {"/a/\n", "/a", 1},
-        {"/a\n\n/b\n", "/a\n\n/b", 1},
-        {"/a\n/cut", "/a\n/cut", 1},
-        {many + "/b\n", many + "/b", 20001},
+        // clang-format off
+        {"\n", "", 0}, {"/a/\n", "/a", 1}, {"/a\n\n/b\n", "/a\n\n/b", 1},
+        {"/a\n/cut", "/a\n/cut", 1}, {many + "/b\n", many + "/b", 20001},
+        // clang-format on
     };
     const Stubs stubs{{"bin/zenity"}, "/bin/cat answer; exit 1"};
     for (const auto& row : rows) {
