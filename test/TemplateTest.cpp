@@ -2,8 +2,6 @@
 
 #include <deque>
 
-#include <gmock/gmock.h>
-
 #include "DocumentScope.h"
 #include "Json.h"
 #include "Support.h"
@@ -18,12 +16,16 @@ using testing::ElementsAre;
 
 /* The names that the tables use. */
 struct Scope {
+    Scope() {
+        document["noData"].SetString(rapidjson::StringRef(static_cast<const char*>(nullptr), 0));
+    }
+
     rapidjson::Document document = parse(R"({
-        "user": {"name": "guest", "tags": ["first", {"x": "deep"}]},
+        "user": {"name": "guest", "tags": ["first", {"x": "deep"}], "": {"x": "below"}},
         "admin": false, "flag": true, "yes": "yes", "trueText": "true", "true": "no literal",
         "ratio": 2.5, "third": 0.33336, "huge": 1e21, "negative": -0.00001, "count": 2,
         "nothing": null, "object": {}, "empty": "", "nul": "a\u0000b", "nulOther": "a\u0000c",
-        "trueNul": "true\u0000"})");
+        "trueNul": "true\u0000", "noData": 0})");
     DocumentScope root{document};
 };
 
@@ -35,7 +37,8 @@ TEST(TemplateTest, Renders) {
         {"x{{ end }}y", "xy"}, {"x{{ end of block }}y", "xy"},
         /* Values */
         {"<{{ user.name }}>", "<guest>"}, {"{{ user/name }}", "guest"},
-        {"{{ user.tags.1.x }}", "deep"}, {"<{{ empty }}>", "<>"}, {"{{ true }}", "no literal"},
+        {"{{ user.tags.1.x }} {{ user..x }}", "deep below"}, {"{{ true }}", "no literal"},
+        {"<{{ empty }}{{ noData }}>", "<>"},
         {"{{ ratio }} items", "2.5000 items"}, {"{{ third }}", "0.3334"},
         {"{{ huge }}", "1000000000000000000000.0000"}, {"{{ negative }}", "-0.0000"},
         {"<{{ nul }}>", "<a\0\0>"_s}, {"{{ 'a\"b' }}", "a\"b"}, {"{{ \"it's\" }}", "it's"},
@@ -76,6 +79,12 @@ TEST(TemplateTest, AFailureDropsTheOutputAndSaysWhy) {
         // clang-format off
         {"abc{{ flag }}{{ x }}{{ y }}", "Undefined name x"}, {"{{ a}b }}", "Undefined name a}b"},
         {"{{ iffy }}", "Undefined name iffy"}, {"{{ user..name }}", "Undefined name user..name"},
+        {"{{ user.tags.2 }}", "Undefined name user.tags.2"}, {"{{ 0 }}", "Undefined name 0"},
+        {"{{ user.tags.-1 }}", "Undefined name user.tags.-1"},
+        {"{{ user.tags.+0 }}", "Undefined name user.tags.+0"},
+        {"{{ user.tags.0x }}", "Undefined name user.tags.0x"},
+        {"{{ user.tags. }}", "Undefined name user.tags."},
+        {"{{ user.tags.0.x }}", "Undefined name user.tags.0.x"},
         {"{{ 1.5 }}", "Undefined name 1.5"}, {"{{ if x }}a{{ end }}b", "Undefined name x"},
         {"{{ x == 'a' }}", "Undefined name x"}, {"{{ 'a' == x }}", "Undefined name x"},
         {"{{ x ? 'y }}", "Undefined name x\nTemplate::render(): Unterminated string literal"},
@@ -118,13 +127,17 @@ TEST(TemplateTest, SyntaxErrorKeepsWhatStandsInFront) {
     }
 }
 
-TEST(TemplateTest, OwnsItsTextAndEndsAtTheFirstNul) {
-    std::string copy{"a{{ 'b' }}c\0{{ never compiled", 29};
+TEST(TemplateTest, OwnsItsTextEndsAtTheFirstNulAndDoesNotCopyItsOutput) {
+    std::string copy =
+        text("a text longer than a string holds {{ 'in' }} itself\0{{ never compiled"_s);
     Template compiled{
         StringView{copy.data(), copy.size(), Containers::StringViewFlag::NullTerminated}};
     copy.assign(copy.size(), 'x');
     EXPECT_TRUE(compiled.isValid());
-    EXPECT_EQ(text(compiled.render({})), "abc");
+    const Containers::String output = compiled.render({});
+    EXPECT_EQ(text(output), "a text longer than a string holds in itself");
+    /* What was copied has the deleter of a new string, which is none. */
+    EXPECT_NE(output.deleter(), nullptr);
 }
 
 TEST(TemplateTest, HasEvalComparesTheFirstTokenAsWritten) {
@@ -187,20 +200,6 @@ TEST(TemplateTest, ScopesAreAskedInOrderUntilOneHasTheName) {
     EXPECT_THAT(record.asked, ElementsAre("A:/n/", "B:/n/"));
     EXPECT_EQ(messages.text(), "Template::render(): Undefined name .n.\n"
                                "Template::render(): Undefined name n\n");
-}
-
-TEST(TemplateTest, AStringWithoutDataIsEmpty) {
-    rapidjson::Document document = parse(R"({"x": ""})");
-    document.MemberBegin()->value.SetString(
-        rapidjson::StringRef(static_cast<const char*>(nullptr), 0));
-    DocumentScope scope{document};
-    EXPECT_EQ(text(Template{"<{{ x }}>"}.render(scope)), "<>");
-}
-
-TEST(TemplateTest, TheOutputIsNotCopied) {
-    /* What was copied has the deleter of a new string, which is none. */
-    EXPECT_NE(Template{"a text that no string holds in itself, here or there"}.render({}).deleter(),
-              nullptr);
 }
 
 TEST(TemplateTest, EvalDirectiveGivesTextAndTerminator) {
