@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <locale>
 #include <random>
-#include <vector>
 
 #include "Support.h"
 #include "VespermoorEditor/Utils/String.h"

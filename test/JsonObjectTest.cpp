@@ -3,8 +3,6 @@
 #include <csignal>
 #include <limits>
 
-#include <gmock/gmock.h>
-
 #include "DocumentScope.h"
 #include "Json.h"
 #include "Support.h"
@@ -59,13 +57,6 @@ TEST(JsonObjectTest, Numbers) {
     }
 }
 
-TEST(JsonObjectTest, AValueThatWasMovedFromReadsAsNull) {
-    Json json{"[1.5, 2.5]"};
-    rapidjson::Value taken;
-    taken = json.document[0];
-    EXPECT_EQ(json->asVector2(), (Magnum::Vector2{0.0f, 2.5f}));
-}
-
 TEST(JsonObjectTest, FixedSizeTypes) {
     EXPECT_EQ(Json("[1, 2.5]")->asVector2(), (Magnum::Vector2{1.0f, 2.5f}));
     EXPECT_EQ(Json("[1, -2, 3]")->asVector3(), (Magnum::Vector3{1.0f, -2.0f, 3.0f}));
@@ -87,18 +78,18 @@ TEST(JsonObjectTest, AllocatedArrays) {
     EXPECT_EQ(Json("null")->asStringArray().data(), nullptr);
 }
 
-TEST(JsonObjectTest, Strings) {
+TEST(JsonObjectTest, StringsAreViewsOfTheDocumentOrCopies) {
     const Json json{R"(["a\u0000b", "a string that is too long to stand in the value itself", 5])"};
     const Containers::Array<StringView> views = json->asStringViewArray();
     const Containers::Array<Containers::String> strings = json->asStringArray();
     ASSERT_EQ(views.size(), 3);
     for (const rapidjson::SizeType i : {0, 1}) {
-        EXPECT_EQ(views[i].data(), json.document[i].GetString());
-        EXPECT_EQ(views[i].size(), json.document[i].GetStringLength());
-        EXPECT_EQ(views[i].flags(), Containers::StringViewFlag::NullTerminated);
-        EXPECT_EQ(json->elementAsString(i).data(), views[i].data());
-        EXPECT_EQ(json->elementAsString(i).flags(), views[i].flags());
-        EXPECT_EQ(text(strings[i]), text(views[i]));
+        for (const StringView view : {views[i], json->elementAsString(i)}) {
+            EXPECT_EQ(view.data(), json.document[i].GetString());
+            EXPECT_EQ(view.size(), json.document[i].GetStringLength());
+            EXPECT_EQ(view.flags(), Containers::StringViewFlag::NullTerminated);
+        }
+        EXPECT_EQ(strings[i], views[i]);
         EXPECT_NE(strings[i].data(), views[i].data());
     }
     EXPECT_EQ(views[2].data(), nullptr);
@@ -106,7 +97,6 @@ TEST(JsonObjectTest, Strings) {
     EXPECT_EQ(single->asString().data(), single.document.GetString());
     EXPECT_EQ(single->asString().size(), 3);
     EXPECT_FALSE(single->asString().flags());
-    EXPECT_EQ(Json("5")->asString().data(), nullptr);
 }
 
 float floats[]{7.0f, 7.0f, 7.0f};
@@ -132,7 +122,6 @@ TEST(JsonObjectDeathTest, ContractsAbortBeforeAnythingIsWritten) {
         {"[1, 2]", [](J& o) { o.asFloatArray(floats); }, "asFloatArray", sizes},
         {"[1, 2, 3, 4]", [](J& o) { o.asFloatArray(floats); }, "asFloatArray", sizes},
         {"null", [](J& o) { o.asFloatArray(floats); }, "asFloatArray", sizes},
-        {"\"abc\"", [](J& o) { o.asFloatArray(floats); }, "asFloatArray", sizes},
         {"[1, 2]", [](J& o) { o.asIntArray(ints); }, "asIntArray", sizes},
         {"[1, 2]", [](J& o) { o.asUnsignedIntArray(unsignedInts); }, "asUnsignedIntArray", sizes},
         {"[\"a\"]", [](J& o) { o.asStringArray(strings); }, "asStringArray", sizes},

@@ -34,6 +34,9 @@ TEST(RapidJsonUtilsTest, PrintsEveryMemberAndElementOnItsOwnLine) {
     "z": "tab\t"
 })";
     EXPECT_EQ(printed(parse(json)), json);
+    std::ostringstream out;
+    Corrade::Utility::Debug{&out} << "value:" << parse(json) << parse("2");
+    EXPECT_EQ(out.str(), "value: " + json + " 2\n");
     EXPECT_EQ(printed(rapidjson::Value{"no UTF-8: \xff"}), "\"no UTF-8: \xff\"");
 }
 
@@ -56,18 +59,9 @@ TEST(RapidJsonUtilsTest, PrintsDoubles) {
     }
 }
 
-TEST(RapidJsonUtilsTest, PrintsIntoAStream) {
-    std::ostringstream out;
-    Corrade::Utility::Debug{&out} << "value:" << parse("[0.1]") << parse("2");
-    EXPECT_EQ(out.str(), "value: [\n    0.1\n] 2\n");
-}
-
 TEST(RapidJsonUtilsDeathTest, DecimalPlacesBelowOne) {
-    for (const int decimals : {0, -1}) {
-        EXPECT_DEATH((void)jsonToString({}, decimals),
-                     "^RapidJsonUtils::jsonToString\\(\\): maxDecimalPlaces must be greater than "
-                     "0\n$");
-    }
+    EXPECT_DEATH((void)jsonToString({}, 0),
+                 "^RapidJsonUtils::jsonToString\\(\\): maxDecimalPlaces must be greater than 0\n$");
 }
 
 std::string nested(const int levels) {
@@ -172,23 +166,29 @@ TEST(RapidJsonUtilsTest, SubValue) {
 TEST(RapidJsonUtilsTest, MembersAreFoundByLengthAndBytes) {
     rapidjson::Document document = parse(R"({"name": 1, "name": 2, "n\u0000m": 3})");
     const rapidjson::Document& constant = document;
-    EXPECT_EQ(getMember(document, "name"_s)->GetInt(), 1);
-    EXPECT_EQ(getMember(constant, "name"_s), getMember(document, rapidjson::Value{"name"}));
-    EXPECT_EQ(getMember(document, "n\0m"_s)->GetInt(), 3);
-    EXPECT_EQ(getMember(document, "nam"_s), nullptr);
-    EXPECT_EQ(getMember(document, "game"_s), nullptr);
+    const auto begin = document.MemberBegin();
+    const std::pair<StringView, const rapidjson::Value*> rows[]{{"name", &begin[0].value},
+                                                                {"n\0m"_s, &begin[2].value},
+                                                                {"nam", nullptr},
+                                                                {"game", nullptr}};
+    for (const auto& [name, expected] : rows) {
+        const rapidjson::Value key{name.data(), rapidjson::SizeType(name.size())};
+        EXPECT_EQ(getMember(document, name), expected) << text(name);
+        EXPECT_EQ(getMember(document, key), expected) << text(name);
+        EXPECT_EQ(getMember(constant, name), expected) << text(name);
+    }
 }
 
 TEST(RapidJsonUtilsTest, GetOrAddMemberAddsOnce) {
     rapidjson::Document document = parse(R"({"a": 1})");
     std::string name = "a name that ends before the document";
-    EXPECT_EQ(&getOrAddMember(document, "a", document.GetAllocator()),
-              &document.MemberBegin()->value);
-    rapidjson::Value& added = getOrAddMember(document, name.data(), document.GetAllocator());
-    EXPECT_EQ(&getOrAddMember(document, name.data(), document.GetAllocator()), &added);
-    getOrAddMember(document, {}, document.GetAllocator());
+    for (int time = 0; time != 2; ++time) {
+        EXPECT_EQ(getOrAddMember(document, "a", document.GetAllocator()).GetInt(), 1);
+        getOrAddMember(document, name.data(), document.GetAllocator());
+        getOrAddMember(document, {}, document.GetAllocator()) = "new";
+    }
     name.assign(name.size(), 'x');
-    EXPECT_EQ(compact(document), R"({"a":1,"a name that ends before the document":{},"":{}})");
+    EXPECT_EQ(compact(document), R"({"a":1,"a name that ends before the document":{},"":"new"})");
 }
 
 TEST(RapidJsonUtilsTest, ValueByPointer) {

@@ -1,5 +1,4 @@
 #include <random>
-#include <vector>
 
 #include "Support.h"
 #include "VespermoorEditor/Utils/String.h"
