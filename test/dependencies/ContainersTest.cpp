@@ -1,4 +1,5 @@
 #include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -6,6 +7,7 @@
 #include <Corrade/Containers/GrowableArray.h>
 #include <Corrade/Containers/Optional.h>
 #include <Corrade/Containers/Pointer.h>
+#include <Corrade/Containers/StringView.h>
 #include <gmock/gmock.h>
 
 using namespace Corrade;
@@ -62,13 +64,12 @@ TYPED_TEST(ArrayOf, ChangesAsAVectorDoes) {
 
 TEST(Array, MovesItsElementsSeldomWhenAppendedTo) {
     Array<int> array;
-    int moves = 0;
+    std::set<std::size_t> capacities;
     for (int i = 0; i != 10000; ++i) {
-        const std::size_t capacity = arrayCapacity(array);
         arrayAppend(array, i);
-        moves += arrayCapacity(array) != capacity;
+        capacities.insert(arrayCapacity(array));
     }
-    EXPECT_LE(moves, 40);
+    EXPECT_LE(capacities.size(), 40);
 }
 
 #ifndef NDEBUG
@@ -79,6 +80,8 @@ TEST(ContainersDeathTest, Misuse) {
                  says("Array::operator\\[\\]\\(\\): index 3 out of range for 3 elements"));
     EXPECT_DEATH(arrayAppend(array, array[1]), says("arrayAppend\\(\\): use the list variant to "
                                                     "append values from within the array itself"));
+    EXPECT_DEATH(Containers::StringView{"abc"}.slice(2, 4),
+                 says("StringView::slice\\(\\): slice \\[2:4\\] out of range for 3 elements"));
     EXPECT_DEATH(*Containers::Optional<int>{}, says("Optional: the optional is empty"));
     EXPECT_DEATH(*Containers::Pointer<int>{}, says("Pointer: the pointer is null"));
 }

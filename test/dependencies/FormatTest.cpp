@@ -1,10 +1,7 @@
 #include <cmath>
 #include <limits>
-#include <string>
 
-#include <Corrade/Containers/String.h>
 #include <Corrade/Utility/Format.h>
-#include <gtest/gtest.h>
 
 #include "Support.h"
 

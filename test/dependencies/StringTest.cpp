@@ -48,16 +48,4 @@ TEST(StringView, KeepsWhatIsKnownOfTheMemory) {
     }
 }
 
-#ifndef NDEBUG
-TEST(StringDeathTest, Misuse) {
-    const auto says = [](const char* text) {
-        return std::string{"^Containers::StringView::"} + text + "\n$";
-    };
-    EXPECT_DEATH("abc"_s.exceptPrefix("bc"),
-                 says("exceptPrefix\\(\\): string doesn't begin with bc"));
-    EXPECT_DEATH("abc"_s.slice(2, 4),
-                 says("slice\\(\\): slice \\[2:4\\] out of range for 3 elements"));
-}
-#endif
-
 } // namespace
