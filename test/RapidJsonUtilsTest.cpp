@@ -119,30 +119,19 @@ TEST(RapidJsonUtilsTest, ResultIsMovableAndGuarded) {
     EXPECT_EQ(compact(std::move(moved).value()), json);
 }
 
+/* The child as JSON behind the name that a member has. */
 template <class Key>
-struct ChildRow {
-    const char* json;
-    Key key;
-    /* The child as JSON behind the name that a member has. */
-    const char* expected;
-};
-
-template <class Key>
-void expectChildren(const std::initializer_list<ChildRow<Key>> rows) {
-    for (const auto& [json, key, expected] : rows) {
-        rapidjson::Document document = parse(json);
-        const auto child = getSubValue(document, key);
-        const StringView name = child.first();
-        EXPECT_EQ(text(name) + (name.data() ? "=" : "") +
-                      (child.second() ? compact(*child.second()) : "nothing"),
-                  expected)
-            << json;
-        EXPECT_EQ(name.flags(), name.data() ? terminated : StringView{}.flags());
-    }
+std::string child(const char* const json, const Key key) {
+    rapidjson::Document document = parse(json);
+    const auto found = getSubValue(document, key);
+    const StringView name = found.first();
+    EXPECT_EQ(name.flags(), name.data() ? terminated : StringView{}.flags()) << json;
+    return text(name) + (name.data() ? "=" : "") +
+           (found.second() ? compact(*found.second()) : "nothing");
 }
 
 TEST(RapidJsonUtilsTest, SubValue) {
-    expectChildren<StringView>({
+    const std::tuple<const char*, StringView, const char*> byName[]{
         // clang-format off
         {R"({"a": 1, "a": 2, "ab": 3})", "a", "a=1"}, {R"({"a": 1, "ab": 3})", "ab", "ab=3"},
         {R"({"a/b": 1, "a": {"b": 2}})", "a/b", "a/b=1"}, {R"({"a": 1})", "a\0x"_s, "nothing"},
@@ -150,33 +139,33 @@ TEST(RapidJsonUtilsTest, SubValue) {
         {"[5, 6]", "2", "nothing"}, {"[5, 6]", " +1st", "6"}, {"[5, 6]", "-1", "nothing"},
         {"[5, 6]", "4294967296", "nothing"}, {"null", "0", "nothing"}, {"\"a\"", "0", "nothing"},
         // clang-format on
-    });
-    expectChildren<unsigned int>({
+    };
+    const std::tuple<const char*, unsigned int, const char*> byIndex[]{
         // clang-format off
         {R"({"a": 1, "a": 2})", 1, "a=2"}, {R"({"a": 1})", 1, "nothing"}, {"[5, 6]", 1, "6"},
         {"[5, 6]", 2, "nothing"}, {"null", 0, "nothing"}, {"\"a\"", 0, "nothing"},
         // clang-format on
-    });
-    rapidjson::Document array = parse("[5, 6]");
-    EXPECT_THROW(getSubValue(array, "x"), std::invalid_argument);
-    EXPECT_THROW(getSubValue(array, StringView{}), std::invalid_argument);
-    EXPECT_THROW(getSubValue(array, "99999999999999999999"), std::out_of_range);
+    };
+    for (const auto& [json, key, expected] : byName) {
+        EXPECT_EQ(child(json, key), expected) << json;
+    }
+    for (const auto& [json, key, expected] : byIndex) {
+        EXPECT_EQ(child(json, key), expected) << json;
+    }
+    for (const StringView noNumber : {"x"_s, StringView{}}) {
+        EXPECT_THROW(child("[5, 6]", noNumber), std::invalid_argument);
+    }
+    EXPECT_THROW(child("[5, 6]", "99999999999999999999"_s), std::out_of_range);
 }
 
 TEST(RapidJsonUtilsTest, MembersAreFoundByLengthAndBytes) {
     rapidjson::Document document = parse(R"({"name": 1, "name": 2, "n\u0000m": 3})");
     const rapidjson::Document& constant = document;
-    const auto begin = document.MemberBegin();
-    const std::pair<StringView, const rapidjson::Value*> rows[]{{"name", &begin[0].value},
-                                                                {"n\0m"_s, &begin[2].value},
-                                                                {"nam", nullptr},
-                                                                {"game", nullptr}};
-    for (const auto& [name, expected] : rows) {
-        const rapidjson::Value key{name.data(), rapidjson::SizeType(name.size())};
-        EXPECT_EQ(getMember(document, name), expected) << text(name);
-        EXPECT_EQ(getMember(document, key), expected) << text(name);
-        EXPECT_EQ(getMember(constant, name), expected) << text(name);
-    }
+    EXPECT_EQ(getMember(document, "name"_s)->GetInt(), 1);
+    EXPECT_EQ(getMember(constant, "name"_s), getMember(document, rapidjson::Value{"name"}));
+    EXPECT_EQ(getMember(document, "n\0m"_s)->GetInt(), 3);
+    EXPECT_EQ(getMember(document, "nam"_s), nullptr);
+    EXPECT_EQ(getMember(document, "game"_s), nullptr);
 }
 
 TEST(RapidJsonUtilsTest, GetOrAddMemberAddsOnce) {
