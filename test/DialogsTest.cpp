@@ -16,35 +16,32 @@ using namespace std::chrono_literals;
 using Filters = std::initializer_list<Containers::StringView>;
 using Options = std::vector<std::string>;
 
-std::string openFiles(const std::string& title, const std::string& path, const bool multiple,
-                      const Filters filters = {}) {
+const std::string title = "It's a \"title\" \xc3\xa4 \xe6\xbc\xa2";
+
+std::string openFiles(const std::string& path, const bool multiple, const Filters filters = {}) {
     std::string lines;
-    for (const Containers::String& file :
-         openFileDialog(view(title), view(path), filters, multiple)) {
+    for (const auto& file : openFileDialog(view(title), view(path), filters, multiple)) {
         lines += text(file) + '\n';
     }
     return lines;
 }
 
-std::string saveFile(const std::string& title, const std::string& path,
-                     const Filters filters = {}) {
+std::string saveFile(const std::string& path, const Filters filters = {}) {
     return text(saveFileDialog(view(title), view(path), filters));
 }
 
-std::string openFolder(const std::string& title, const std::string& path) {
+std::string openFolder(const std::string& path) {
     return text(openFolderDialog(view(title), view(path)));
 }
 
-std::string notify(const std::string& title, const std::string& message) {
+std::string notify(const std::string& message) {
     notification(view(title), view(message), NotificationIcon::Error);
     return "";
 }
 
-const std::string oddTitle = "--\"it's\" $HOME\n`x`";
-
 /* What every dialog of zenity has, and what comes behind. */
 Options dialog(const std::string& start, const Options& further) {
-    Options all{"--file-selection", "--filename=" + start, "--title=" + oddTitle, "--separator=\n"};
+    Options all{"--file-selection", "--filename=" + start, "--title=" + title, "--separator=\n"};
     all.insert(all.end(), further.begin(), further.end());
     return all;
 }
@@ -58,25 +55,25 @@ TEST(Dialogs, HandOverToTheHelper) {
         Options options;
     } rows[]{
         // clang-format off
-        {[](auto& d) { return openFiles(oddTitle, d + "/file.txt", false); },
+        {[](auto& d) { return openFiles(d + "/file.txt", false); },
          "/a b\n", "/a b\n", dialog("@/file.txt", {"--confirm-overwrite"})},
-        {[](auto& d) { return openFiles(oddTitle, d, true); },
+        {[](auto& d) { return openFiles(d, true); },
          "/b\n/a\n/c\n", "/b\n/a\n/c\n", dialog("@/", {"--confirm-overwrite", "--multiple"})},
-        {[](auto& d) { return openFiles(oddTitle, d, false, {"A", "*.a *.b", "All", "*", "odd"}); },
+        {[](auto& d) { return openFiles(d, false, {"A", "*.a *.b", "All", "*", "odd"}); },
          "", "", dialog("@/", {"--file-filter=A|*.a *.b", "--file-filter=All|*",
                                "--confirm-overwrite"})},
-        {[](auto&) { return openFiles(oddTitle, "/none/such/x", false); },
+        {[](auto&) { return openFiles("/none/such/x", false); },
          "", "", dialog("/", {"--confirm-overwrite"})},
-        {[](auto&) { return saveFile(oddTitle, "none/x"); },
+        {[](auto&) { return saveFile("none/x"); },
          "", "", dialog("", {"--save", "--confirm-overwrite"})},
-        {[](auto& d) { return saveFile(oddTitle, d + "/none/x", {"Text", "*.txt"}); },
+        {[](auto& d) { return saveFile(d + "/none/x", {"Text", "*.txt"}); },
          "/new\n", "/new",
          dialog("@/", {"--file-filter=Text|*.txt", "--save", "--confirm-overwrite"})},
-        {[](auto& d) { return openFolder(oddTitle, d + "/none/x"); },
+        {[](auto& d) { return openFolder(d + "/none/x"); },
          "/a b\n", "/a b", dialog("@/none/x", {"--directory", "--confirm-overwrite"})},
-        {[](auto&) { return notify(oddTitle, "--a \"message\""); },
+        {[](auto&) { return notify("--a \"message\""); },
          "", "",
-         {"--notification", "--window-icon=error", "--text=" + oddTitle + "\n--a \"message\""}},
+         {"--notification", "--window-icon=error", "--text=" + title + "\n--a \"message\""}},
         // clang-format on
     };
     for (const auto& row : rows) {
@@ -148,8 +145,6 @@ struct Helper {
 };
 const Helper helpers[]{{"zenity", "gnome", ""}, {"kdialog", "KDE", " \xe2\x80\x94 KDialog"}};
 
-const std::string windowTitle = "It's a \"title\" \xc3\xa4 \xe6\xbc\xa2";
-
 struct WindowRow {
     std::string (*show)(const std::string& directory);
     /* What is typed into the window of each helper; nothing where it has no part in the row. */
@@ -159,24 +154,24 @@ struct WindowRow {
 
 const WindowRow windowRows[]{
     // clang-format off
-    {[](auto& d) { return openFiles(windowTitle, d + "/files", true, {"Text", "*.txt"}); },
+    {[](auto& d) { return openFiles(d + "/files", true, {"Text", "*.txt"}); },
      {"key ctrl+a key Return", "key ctrl+a type --args 1 '\"a.txt\" \"b.txt\"' key Return"},
      "@/files/a.txt\n@/files/b.txt\n"},
     /* The window opens where the missing one would be. */
-    {[](auto& d) { return openFiles(windowTitle, d + "/files/none/x.txt", false); },
+    {[](auto& d) { return openFiles(d + "/files/none/x.txt", false); },
      {"key ctrl+l ctrl+a type --args 1 b.txt key Return",
       "key ctrl+a type --args 1 b.txt key Return"}, "@/files/b.txt\n"},
-    {[](auto& d) { return openFiles(windowTitle, d, true); }, {"key Escape", "key Escape"}, ""},
-    {[](auto& d) { return saveFile(windowTitle, d); }, {"key Escape", "key Escape"}, ""},
-    {[](auto& d) { return openFolder(windowTitle, d); }, {"key Escape", "key Escape"}, ""},
-    {[](auto& d) { return saveFile(windowTitle, d + "/files/none/x.txt"); },
+    {[](auto& d) { return openFiles(d, true); }, {"key Escape", "key Escape"}, ""},
+    {[](auto& d) { return saveFile(d); }, {"key Escape", "key Escape"}, ""},
+    {[](auto& d) { return openFolder(d); }, {"key Escape", "key Escape"}, ""},
+    {[](auto& d) { return saveFile(d + "/files/none/x.txt"); },
      {"key ctrl+a type --args 1 new.txt key Return", "key ctrl+a type --args 1 new.txt key Return"},
      "@/files/new.txt"},
     /* zenity starts in the folder above, with the given one selected. */
-    {[](auto& d) { return openFolder(windowTitle, d + "/home"); },
+    {[](auto& d) { return openFolder(d + "/home"); },
      {"key ctrl+l ctrl+a type --args 1 home/inner key Return", nullptr}, "@/home/inner"},
     /* kdialog alone, without the theme of a KDE desktop, enters every folder that exists. */
-    {[](auto& d) { return openFolder(windowTitle, d + "/home"); },
+    {[](auto& d) { return openFolder(d + "/home"); },
      {nullptr, "key ctrl+a type --args 1 new key Return"}, "@/home/new"},
     // clang-format on
 };
@@ -207,8 +202,7 @@ TEST_P(RealHelper, GivesWhatTheUserChose) {
         std::string window;
         waitUntil([&] { return !(window = namedWindow()).empty() || dialog.result(0s); });
         ASSERT_NE(window, "");
-        EXPECT_EQ(outputOf("xdotool getwindowname " + window),
-                  windowTitle + helper.titleSuffix + '\n');
+        EXPECT_EQ(outputOf("xdotool getwindowname " + window), title + helper.titleSuffix + '\n');
         const std::optional<std::string> result = typeUntilClosed(dialog, window, keys);
         ASSERT_TRUE(result);
         EXPECT_EQ(desktop.directory.shortened(*result), row.result);
@@ -236,11 +230,11 @@ TEST_P(RealHelper, NotifiesTheDaemonOfTheSession) {
     outputOf("dbus-send --session --print-reply --dest=org.freedesktop.DBus / "
              "org.freedesktop.DBus.StartServiceByName "
              "string:org.freedesktop.Notifications uint32:0");
-    ChildProcess sender{[] { return notify(windowTitle, "a message \xc3\xa4"); }};
+    ChildProcess sender{[] { return notify("a message \xc3\xa4"); }};
     ASSERT_EQ(sender.result(1min), "");
     waitUntil([&] { return readFile(directory / "record").find("\n}\n") != std::string::npos; });
     EXPECT_THAT(readFile(directory / "record"),
-                testing::AllOf(testing::HasSubstr("summary: '" + windowTitle + "'\n"),
+                testing::AllOf(testing::HasSubstr("summary: '" + title + "'\n"),
                                testing::HasSubstr("body: 'a message \xc3\xa4'\n"),
                                testing::HasSubstr("icon: 'error'\n")));
 }
