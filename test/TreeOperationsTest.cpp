@@ -52,6 +52,8 @@ TEST(VisitPath, GoesThroughTheTreeInOrder) {
         Utility::Path::ListFlags listFlags;
         VisitFlags visitFlags;
         Names visited;
+        /* From where a walk goes on that has come there from the start. */
+        const char* from = nullptr;
     } rows[]{
         // clang-format off
         {"breadth first, backwards", {"r/a/x", "r/a/y", "r/b"}, "r", everything, withRoot,
@@ -77,6 +79,8 @@ TEST(VisitPath, GoesThroughTheTreeInOrder) {
          {"r/a/e/l", "r/a/e", "r/a", "r"}},
         {"link to above the start is followed once", {"w/r/up -> .."}, "w/r", everything, all,
          {"w/r/up/r/up", "w/r/up/r", "w/r/up", "w/r"}},
+        {"a walk that goes on knows its way", {"r/a/b/start -> ../..", "r/a/b/self -> ."}, "r",
+         everything, all, {"r/a/b/start", "r/a/b/self", "r/a/b"}, "r/a/b"},
         // clang-format on
     };
     for (const auto& row : rows) {
@@ -84,47 +88,29 @@ TEST(VisitPath, GoesThroughTheTreeInOrder) {
         makeTree(root.path(), row.entries);
         Names visited;
         const Messages messages;
-        EXPECT_TRUE(visitPath((root / row.start).data(),
-                              noting(root, visited, [](const fs::path&) { return true; }),
-                              row.listFlags, row.visitFlags));
+        const std::string start = root / row.start, from = root / (row.from ? row.from : row.start);
+        EXPECT_TRUE(visitPathBelow(start.data(), from.data(),
+                                   noting(root, visited, [](const fs::path&) { return true; }),
+                                   row.listFlags, row.visitFlags));
         EXPECT_EQ(visited, row.visited) << row.name;
         EXPECT_EQ(messages.text(), "") << row.name;
     }
 }
 
-TEST(VisitPath, ContinuedWalkKnowsTheWayFromItsStart) {
-    const TemporaryDirectory root;
-    makeTree(root.path(), {"r/a/b/toStart -> ../..", "r/a/b/toSelf -> ."});
-    Names visited;
-    EXPECT_TRUE(visitPathBelow((root / "r").data(), (root / "r/a/b").data(),
-                               noting(root, visited, [](const fs::path&) { return true; }),
-                               everything, all));
-    EXPECT_THAT(visited, ElementsAre("r/a/b/toStart", "r/a/b/toSelf", "r/a/b"));
-}
-
-TEST(VisitPath, EndsWithTheFirstFalse) {
+TEST(VisitPath, LetsTheVisitorEndTheWalkAndChangeTheTree) {
     const TemporaryDirectory root;
     makeTree(root.path(), {"a", "b"});
-    Names visited;
-    for (const std::string& start : {root.path(), root / "none"}) {
-        EXPECT_FALSE(visitPath(start.data(),
-                               noting(root, visited, [](const fs::path&) { return false; }),
-                               everything, withRoot));
-    }
-    EXPECT_THAT(visited, ElementsAre("b"));
-}
-
-TEST(VisitPath, VisitorMayChangeTheTree) {
-    const TemporaryDirectory root;
-    makeTree(root.path(), {"a", "b"});
-    Names visited;
+    const auto refuse = [](const fs::path&) { return false; };
     const auto replace = [](const fs::path& path) {
         writeFile(path.string() + ".new", "");
         return fs::remove(path);
     };
-    EXPECT_TRUE(visitPath(root.path().data(), noting(root, visited, replace), everything,
-                          VisitFlag::Recursive));
-    EXPECT_THAT(visited, ElementsAre("b", "a"));
+    Names visited;
+    const std::string start = root.path(), none = root / "none";
+    EXPECT_FALSE(visitPath(none.data(), noting(root, visited, refuse), everything, withRoot));
+    EXPECT_FALSE(visitPath(start.data(), noting(root, visited, refuse), everything, withRoot));
+    EXPECT_TRUE(visitPath(start.data(), noting(root, visited, replace), everything, recursive));
+    EXPECT_THAT(visited, ElementsAre("b", "b", "a"));
 }
 
 TEST(DeleteRecursive, RemovesTheTreeAndNothingBeside) {
