@@ -182,7 +182,7 @@ INSTANTIATE_TEST_SUITE_P(, RealHelper, testing::Values(0, 1),
 
 TEST_P(RealHelper, GivesWhatTheUserChose) {
     const Helper& helper = helpers[GetParam()];
-    const std::string missing = missingPrograms({"Xvfb", "xdotool", helper.name});
+    const std::string missing = missingPrograms(std::string{"Xvfb xdotool "} + helper.name);
     if (!missing.empty()) {
         GTEST_SKIP() << "not installed: " << missing;
     }
@@ -212,7 +212,7 @@ TEST_P(RealHelper, GivesWhatTheUserChose) {
 TEST_P(RealHelper, NotifiesTheDaemonOfTheSession) {
     const Helper& helper = helpers[GetParam()];
     const std::string missing =
-        missingPrograms({"Xvfb", "dbus-daemon", "dbus-send", "dunst", helper.name});
+        missingPrograms(std::string{"Xvfb dbus-daemon dbus-send dunst "} + helper.name);
     if (!missing.empty()) {
         GTEST_SKIP() << "not installed: " << missing;
     }

@@ -68,14 +68,9 @@ ScopedCurrentDirectory::~ScopedCurrentDirectory() {
     fs::current_path(_before, ignored);
 }
 
-std::string missingPrograms(const std::vector<std::string>& programs) {
-    std::string missing;
-    for (const std::string& program : programs) {
-        if (outputOf("command -v " + program).empty()) {
-            missing += (missing.empty() ? "" : " ") + program;
-        }
-    }
-    return missing;
+std::string missingPrograms(const std::string& programs) {
+    return outputOf("for program in " + programs +
+                    "; do command -v $program > /dev/null || printf '%s ' $program; done");
 }
 
 void writeScript(const std::string& path, const std::string& commands) {

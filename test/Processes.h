@@ -34,7 +34,7 @@ private:
 };
 
 /** @brief Those of @p programs that `PATH` does not lead to, with blanks in between. */
-std::string missingPrograms(const std::vector<std::string>& programs);
+std::string missingPrograms(const std::string& programs);
 
 /** @brief Makes @p path an executable shell script. */
 void writeScript(const std::string& path, const std::string& commands);
