@@ -34,21 +34,17 @@ TYPED_TEST(ArrayOf, ChangesAsAVectorDoes) {
         void (*change)(A, std::size_t);
         void (*changeAlike)(V, std::size_t);
     } rows[]{
+        // clang-format off
         {[](A a, auto n) { arrayAppend(a, T(n)); }, [](V v, auto n) { v.push_back(T(n)); }},
         {[](A a, auto n) { arrayAppend(a, a.exceptPrefix(n)); },
-         [](V v, auto n) {
-             const std::vector<T> copy = v;
-             v.insert(v.end(), copy.begin() + std::ptrdiff_t(n), copy.end());
-         }},
+         [](V v, auto n) { for (const auto end = v.size(); n != end; ++n) { v.push_back(T(v[n])); } }},
         {[](A a, auto n) { arrayResize(a, n + 3); }, [](V v, auto n) { v.resize(n + 3); }},
         {[](A a, auto n) { arrayRemoveSuffix(a, n / 2); },
          [](V v, auto n) { v.resize(v.size() - n / 2); }},
         {[](A a, auto n) { EXPECT_GE(arrayReserve(a, 2 * n), 2 * n); }, [](V, auto) {}},
         /* To memory that cannot grow. */
-        {[](A a, auto) {
-             a = Array<T>{InPlaceInit, {a.data(), a.size()}};
-         },
-         [](V, auto) {}},
+        {[](A a, auto) { a = Array<T>{InPlaceInit, {a.data(), a.size()}}; }, [](V, auto) {}},
+        // clang-format on
     };
     Array<T> array;
     std::vector<T> vector;

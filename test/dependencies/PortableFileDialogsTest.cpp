@@ -91,14 +91,14 @@ TEST(PortableFileDialogs, HandEveryTextOverToKdialog) {
         void (*show)();
         Texts options;
     } rows[]{
-        {[] {
-             pfd::open_file(odd, odd, {odd, "*.a *.b", "All", "*"}, pfd::opt::multiselect);
-         },
+        // clang-format off
+        {[] { pfd::open_file(odd, odd, {odd, "*.a *.b", "All", "*"}, pfd::opt::multiselect); },
          {"--getopenfilename", "--multiple", "--separate-output", "--title=" + odd, odd,
           odd + "(*.a *.b) | All(*)"}},
         {[] { pfd::select_folder("t", "p"); }, {"--getexistingdirectory", "--title=t", "p", ""}},
         {[] { pfd::notify(odd, odd, pfd::icon::warning); },
          {"--icon=warning", "--title=" + odd, "--passivepopup=" + odd, "5"}},
+        // clang-format on
     };
     for (const auto& row : rows) {
         const Stubs stubs{{"bin/kdialog"}, ""};
