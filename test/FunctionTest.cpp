@@ -37,7 +37,8 @@ TEST(FunctionTest, CallsWhatIsStoredWithoutCopies) {
     char bytes[64]{};
     bytes[63] = 7;
     EXPECT_EQ((Sum{DefaultInit, add}(2, 3)), 5);
-    EXPECT_EQ((Sum{DefaultInit, [bytes](int x, int y) { return bytes[63] + x + y; }}(1, 1)), 9);
+    Sum large{DefaultInit, [bytes](int x, int y) { return bytes[63] + x + y; }};
+    EXPECT_EQ(Sum{std::move(large)}(1, 1), 9);
     const Function<std::unique_ptr<int>(std::unique_ptr<int>, int&)> swap{
         DefaultInit, [](std::unique_ptr<int> value, int& other) {
             std::swap(*value, other);
@@ -50,7 +51,7 @@ TEST(FunctionTest, CallsWhatIsStoredWithoutCopies) {
 
 TEST(FunctionTest, MovesAndExchanges) {
     int firstEnded = 0, secondEnded = 0;
-    Sum empty;
+    Sum last{DefaultInit, add};
     {
         Sum source{DefaultInit, Counted{firstEnded}};
         Sum first{std::move(source)};
@@ -58,12 +59,12 @@ TEST(FunctionTest, MovesAndExchanges) {
         Sum second{DefaultInit, Counted{secondEnded}};
         first = std::move(second);
         EXPECT_EQ(firstEnded + secondEnded, 0);
-        empty = std::move(first);
-        EXPECT_FALSE(first); // NOLINT(bugprone-use-after-move)
+        last = std::move(first);
+        EXPECT_EQ(first(1, 2), 3); // NOLINT(bugprone-use-after-move)
     }
     EXPECT_EQ(firstEnded, 1);
     EXPECT_EQ(secondEnded, 0);
-    EXPECT_EQ(empty(2, 2), 4);
+    EXPECT_EQ(last(2, 2), 4);
 }
 
 } // namespace

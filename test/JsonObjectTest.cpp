@@ -99,6 +99,14 @@ TEST(JsonObjectTest, StringsAreViewsOfTheDocumentOrCopies) {
     EXPECT_FALSE(single->asString().flags());
 }
 
+TEST(JsonObjectTest, WhatAWriteMadeIsThereForTheNext) {
+    Json json{"{}"};
+    Containers::Pointer<JsonObject> member = json.scope.member("a/b");
+    member->pushBackString("x");
+    member->pushBackString("y");
+    EXPECT_EQ(compact(json.document), R"({"a":{"b":["x","y"]}})");
+}
+
 float floats[]{7.0f, 7.0f, 7.0f};
 int ints[]{7, 7, 7};
 unsigned int unsignedInts[]{7, 7, 7};
