@@ -40,6 +40,7 @@ auto noting(const TemporaryDirectory& root, Names& visited, bool (*const next)(c
     return Function<bool(Containers::StringView)>{
         Corrade::DefaultInit, [&root, &visited, next](const Containers::StringView path) {
             visited.push_back(text(path).substr(root.path().size() + 1));
+            EXPECT_EQ(path.data()[path.size()], '\0');
             return next(path.data());
         }};
 }
