@@ -24,8 +24,11 @@ TEST(CaseAndSearchTest, Case) {
         {"foo bar", "foo-bar", "FooBar"}, {"foo BAR", "foo-bar", "FooBAR"}, {"a--b", "a-b", "AB"},
         {"a  b", "a--b", "AB"}, {"a -b", "a--b", "AB"}, {" a", "-a", "A"}, {"-a", "-a", "A"},
         {"a ", "a-", "A"}, {"Foo_Bar", "foo_-bar", "FooBar"}, {"foo_bar", "foo_bar", "FooBar"},
-        {"3dModel", "3d-model", "DModel"}, {"my-3d", "my-3d", "My3d"}, {"1_2a", "1_2a", "A"},
+        {"3dModel", "3d-model", "DModel"}, {"1_2a", "1_2a", "A"},
         {"123", "123", ""}, {"a_1b", "a_1b", "A1b"}, {"aÄbC", "aÄb-c", "ABC"},
+        {"FooBar", "foo-bar", "FooBar"}, {"hello world", "hello-world", "HelloWorld"},
+        {"foo-bar_baz", "foo-bar_baz", "FooBarBaz"}, {"a1b", "a1b", "A1b"},
+        {"my-3d-model", "my-3d-model", "My3dModel"},
         // clang-format on
     };
     for (const auto& [name, kebap, bigCamel] : rows) {

@@ -3,6 +3,7 @@
 
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "Failure.h"
 #include "Files.h"
@@ -30,6 +31,7 @@ constexpr std::pair<const char*, const char*> files[]{
     {"syntax.tmpl", "text {{ name\n"},
     {"lines", "one\nTwo two\n\nno newline tWO"},
     {"line", "Two"},
+    {"[b]", "{\"depth\": 1.5}"},
 };
 
 /* A directory with these files that is the current one. */
@@ -40,6 +42,7 @@ protected:
             writeFile(directory / name, content);
         }
         writeFile(directory / "deep.json", std::string(1025, '[') + std::string(1025, ']'));
+        fs::create_symlink("loop", directory / "loop");
     }
 
     /* What a run with the arguments, between which blanks stand, prints to standard error. */
@@ -74,6 +77,8 @@ TEST_F(HostCommandTest, Prints) {
          "        1,\n        \"x\",\n        0.1\n    ],\n    {\n        \"b\": 7\n    }\n]\n"},
         {"render good.tmpl --data scene.json more.json", "Attic: 2.5000 (open)\n"},
         {"render good.tmpl --data more.json --data scene.json", "Cellar: 2.5000 (open)\n"},
+        {"render good.tmpl --data [b] scene.json", "Attic: 1.5000 (open)\n"},
+        {"json more.json --pointer /depth --output made", ""}, {"json made", "2.5\n"},
         {"tags scene.json --region [{ }] empty.json --region {\"n op line",
          "{\"nTwoopen\": true, \"scale\": 1.2399,\n \"parts\": [{}]}\n"},
         {"case kebab XMLParser fooBar", "xml-parser\nfoo-bar\n"},
@@ -111,19 +116,27 @@ TEST_F(HostCommandTest, SaysInOneLineWhatFailed) {
         {"tags good.tmpl --region name open line --region depth end line",
          "good.tmpl: overlapping tags: 'open' should appear before 'depth'"},
         {"tags good.tmpl --region a b none", "none: No such file or directory"},
+        {"tags line --region %% [/a] line", "line: missing tag '%%'"},
+        {"json more.json --output loop", "loop: Too many levels of symbolic links"},
         // clang-format on
     };
     for (const auto& [arguments, error] : rows) {
         EXPECT_EQ(errorOf(arguments, 1, ""), "vespermoor-utils: "s + error + "\n");
     }
     EXPECT_EQ(errorOf("search attics scene.json", 1, ""), "");
+    std::string deep;
+    for (int i = 0; i != 1024; ++i) {
+        deep += "/a";
+    }
+    EXPECT_EQ(errorOf("json more.json --set " + deep + "=[]", 1, ""),
+              "vespermoor-utils: --set: Nested deeper than 1024 levels\n");
 }
 
 TEST_F(HostCommandTest, WrongUsage) {
     const std::pair<const char*, const char*> rows[]{
         // clang-format off
         {"", ""}, {"nonsense", ""}, {"json", ""}, {"json a --decimals 0", ""}, {"render a", ""},
-        {"tags a", ""}, {"case x y", ""}, {"generate a --watch --check", ""},
+        {"tags a", ""}, {"case x y", ""}, {"watch . --for nan", ""}, {"generate a --watch --check", ""},
         {"json more.json --pointer parts", "--pointer: parts is no JSON Pointer\n"},
         {"json more.json --set /name", "--set: /name has no equals sign\n"},
         {"json more.json --set name=1", "--set: name is no JSON Pointer\n"},
@@ -206,6 +219,17 @@ TEST(HostFilesTest, ReplaceKeepsPermissionsAndFollowsLinks) {
     }
     EXPECT_THAT(tree(directory.path()),
                 ElementsAre("dangling -> fresh", "fresh", "link -> real", "real", longName));
+}
+
+TEST(HostFilesTest, WritesIntoAPipeByTheNameOfItsDescriptor) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    Host::replaceFile("/dev/fd/" + std::to_string(ends[1]), "new");
+    char bytes[4]{};
+    EXPECT_EQ(read(ends[0], bytes, sizeof(bytes)), 3);
+    EXPECT_STREQ(bytes, "new");
+    close(ends[0]);
+    close(ends[1]);
 }
 
 TEST(HostFilesTest, ReplaceThatFailsLeavesTheOldFile) {

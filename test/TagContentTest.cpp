@@ -29,6 +29,8 @@ TEST(TagContentTest, Replace) {
         {"[a][b][/a]", {a, b}, "missing tag '[/b]'", false},
         {"[a]", {{"[a]", "", "1"}}, "missing tag ''", false},
         {"[a][b][/b][/a]", {b, a}, "overlapping tags: '[/a]' should appear before '[b]'", false},
+        {"[a]x[/a]y[/b]", {a, {"[a]", "[/b]", "2"}},
+         "overlapping tags: '[/a]' should appear before '[a]'", false},
         {"|;", {{"|", ";", ""}, {";", "|", ""}},
          "overlapping tags: ';' should appear before ';'", false},
         // clang-format on
