@@ -5,6 +5,7 @@
 #include <utility>
 
 #include <Corrade/Containers/StringStl.h>
+#include <Corrade/Utility/Debug.h>
 
 #include "Failure.h"
 #include "Files.h"
@@ -20,6 +21,12 @@ constexpr std::chrono::milliseconds tick{40};
 /* A file that is written to without a pause is tried now and then all the same. */
 constexpr int patience = 25;
 
+/* What the library says of directories that it cannot watch: they are looked at all the same. */
+struct WatchSilence {
+    Utility::Warning warning{nullptr};
+    Utility::Error error{nullptr};
+};
+
 void report(const std::string& failure) {
     std::fprintf(stderr, "vespermoor-utils: %s\n", failure.data());
 }
@@ -30,7 +37,7 @@ GenerateWatch::GenerateWatch(const std::string& path) : manifest{path}, changed{
 
 void GenerateWatch::run(StopSignals& signals) {
     regenerate();
-    std::fprintf(stderr, "watching %zu directories\n", watch->directoryCount());
+    std::fprintf(stderr, "watching %zu directories\n", watch.directoryCount());
     int waited = 0;
     do {
         const bool more = takeChanges();
@@ -59,36 +66,31 @@ void GenerateWatch::loadManifest() {
     }
 }
 
-/* Looks once more after the watch stands, since a link may have led elsewhere by then. */
+/* All anew where one directory is another one: the watch of one that was deleted and made again
+   hears nothing. */
 void GenerateWatch::watchInputs() {
-    for (InputPlaces now{inputs()}; !(now == places); now = InputPlaces{inputs()}) {
-        if (now.differFrom(places)) {
-            changed = inputs();
-        }
-        places = std::move(now);
-        /* All anew: a record of a directory that was deleted and made again hears nothing. */
-        auto next = std::make_unique<FileWatch>();
-        for (const std::string& directory : places.directories()) {
-            next->watch(directory,
-                        FileWatch::Callback{Corrade::DefaultInit, [this](const auto path, auto) {
-                                                changed.merge(places.at(path));
-                                            }});
-        }
-        /* The one before tells what changed until the new one stood. */
-        std::swap(watch, next);
-        if (next) {
-            next->update();
-        }
+    if (!places.follow(inputs())) {
+        return;
+    }
+    const WatchSilence silence;
+    for (const int id : std::exchange(watchIds, {})) {
+        watch.remove(id);
+    }
+    for (const std::string& directory : places.directories()) {
+        watchIds.push_back(watch.watch(
+            directory, FileWatch::Callback{Corrade::DefaultInit, [this](const auto path, auto) {
+                                               heard.merge(places.at(path));
+                                           }}));
     }
 }
 
 bool GenerateWatch::takeChanges() {
-    bool heard = watch->update();
-    if (!places.stand()) {
-        watchInputs();
-        heard = true;
-    }
-    return heard && !changed.empty();
+    const WatchSilence silence;
+    watch.update();
+    heard.merge(places.takeChanged());
+    const bool more = !heard.empty();
+    changed.merge(std::exchange(heard, {}));
+    return more;
 }
 
 /* What changes from here on is for the next time. The watch comes before the reading, so that no
@@ -105,6 +107,7 @@ void GenerateWatch::regenerate() {
     }
     for (const std::string& input : taken) {
         generator->forget(input);
+        generator->lookAgain(input);
     }
     const Generator::Result result = generator->update(Generator::Mode::Write);
     for (const std::string& path : result.changed) {

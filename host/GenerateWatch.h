@@ -4,6 +4,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 #include <VespermoorEditor/Utils/FileWatch.h>
 
@@ -16,10 +17,12 @@ namespace VespermoorEngine::Host {
 /**
  * @brief Regenerates what depends on the files that change, until it is told to stop.
  *
- * Watches the directories of the manifest, the templates and the data files, so that a file can
- * also appear, vanish and be replaced. A directory that does not exist is looked for at each tick.
- * Changes are taken together until a tick passes without a new one. A failure is printed and leaves
- * the old output; the next change of an input tries again.
+ * A failure is printed and leaves the old output; the next change of an input tries again. Changes
+ * are taken together until a tick passes without a new one.
+ *
+ * At each tick every input is looked at, so a change is not missed where the kernel tells of none:
+ * of what does not exist yet, of saves through another name, in directories that cannot be read,
+ * and of more saves than it keeps. The watch adds the saves that leave an input looking the same.
  */
 class GenerateWatch {
 public:
@@ -33,15 +36,18 @@ private:
     std::set<std::string> inputs() const;
     void loadManifest();
     void watchInputs();
-    /* Whether inputs changed since the last tick. */
+    /* Returns whether inputs changed since the last tick. */
     bool takeChanges();
     void regenerate();
 
     std::string manifest;
     std::unique_ptr<Generator> generator;
     InputPlaces places;
+    FileWatch watch;
     /* Of the directories of the places. */
-    std::unique_ptr<FileWatch> watch;
+    std::vector<int> watchIds;
+    /* Inputs that the watch heard of in this tick. */
+    std::set<std::string> heard;
     std::set<std::string> changed;
 };
 

@@ -76,6 +76,11 @@ std::set<std::string> Generator::inputs() const {
     for (const auto& [path, indices] : dependents) {
         paths.insert(path);
     }
+    for (const OutputFile& file : files) {
+        if (!file.regions.empty()) {
+            paths.insert(file.path);
+        }
+    }
     return paths;
 }
 
@@ -86,6 +91,14 @@ void Generator::forget(const std::string& path) {
     const auto found = dependents.find(path);
     if (found != dependents.end()) {
         stale.insert(found->second.begin(), found->second.end());
+    }
+}
+
+void Generator::lookAgain(const std::string& path) {
+    for (std::size_t i = 0; i != files.size(); ++i) {
+        if (!files[i].regions.empty() && files[i].path == path) {
+            stale.insert(i);
+        }
     }
 }
 

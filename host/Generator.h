@@ -35,13 +35,18 @@ public:
     /** @brief Reads the manifest at @p path; throws @ref Failure. */
     explicit Generator(Containers::StringView path);
 
-    /** @brief Paths of everything that the generated files are made from. */
+    /** @brief Paths of everything that the generated files are made from, those with regions
+     * included.
+     */
     std::set<std::string> inputs() const;
 
     /**
      * @brief Drops what is kept of the input @p path, and makes the files that depend on it stale.
      */
     void forget(const std::string& path);
+
+    /** @brief Makes the generated file @p path stale, where it has regions: others may save it. */
+    void lookAgain(const std::string& path);
 
     /**
      * @brief Renders all files that are stale, as all of them are at first.

@@ -1,13 +1,10 @@
 #include "InputPlaces.h"
 
-#include <algorithm>
 #include <filesystem>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
-
-#include <Corrade/Containers/StringStl.h>
-#include <VespermoorEngine/Path.h>
 
 #include "Files.h"
 
@@ -15,63 +12,76 @@ namespace VespermoorEngine::Host {
 
 namespace fs = std::filesystem;
 
-InputPlaces::InputPlaces(const std::set<std::string>& files) {
-    std::error_code missing;
+bool InputPlaces::follow(const std::set<std::string>& files) {
+    const auto stampsBefore = std::exchange(stamps, {});
+    const auto identitiesBefore = std::exchange(identities, {});
+    places.clear();
     for (const std::string& file : files) {
-        for (const fs::path& path : linkChain(file)) {
-            const std::string parent = parentOf(path);
-            Directory& directory = visited[parent];
-            directory = {fs::canonical(parent, missing), identify(parent)};
-            if (!directory.path.empty()) {
-                places[directory.path / path.filename()].insert(file);
-            }
+        const auto known = stampsBefore.find(file);
+        stamps[file] = known != stampsBefore.end() ? known->second : stampOf(file);
+        std::error_code lost;
+        const fs::path place = fs::weakly_canonical(fs::absolute(file, lost), lost);
+        if (!lost) {
+            places[place].insert(file);
+            identities[parentOf(place)] = identityOf(parentOf(place));
         }
     }
+    return identities != identitiesBefore;
 }
 
-InputPlaces::Identity InputPlaces::identify(const std::string& directory) {
+/* The time of change and not that of the content, which says nothing of permissions and can be set
+   back. */
+InputPlaces::Stamp InputPlaces::stampOf(const std::string& file) {
+    struct statx status {};
+    if (statx(AT_FDCWD, file.data(), 0, STATX_INO | STATX_SIZE | STATX_CTIME, &status) != 0) {
+        return {};
+    }
+    return {status.stx_dev_major,
+            status.stx_dev_minor,
+            status.stx_ino,
+            status.stx_size,
+            std::uint64_t(status.stx_ctime.tv_sec),
+            status.stx_ctime.tv_nsec};
+}
+
+/* The inode alone would not do, since the next directory often gets that of the one deleted last.
+ */
+InputPlaces::Stamp InputPlaces::identityOf(const std::string& directory) {
     struct statx status {};
     if (statx(AT_FDCWD, directory.data(), 0, STATX_INO | STATX_BTIME, &status) != 0) {
         return {};
     }
-    return {status.stx_dev_major, status.stx_dev_minor, status.stx_ino, status.stx_btime.tv_sec,
-            status.stx_btime.tv_nsec};
+    return {status.stx_dev_major, status.stx_dev_minor, status.stx_ino,
+            std::uint64_t(status.stx_btime.tv_sec), status.stx_btime.tv_nsec};
 }
 
-bool InputPlaces::stand() const {
-    return std::all_of(visited.begin(), visited.end(), [](const auto& directory) {
-        return identify(directory.first) == directory.second.identity;
-    });
-}
-
-bool InputPlaces::differFrom(const InputPlaces& before) const {
-    return std::any_of(visited.begin(), visited.end(), [&](const auto& directory) {
-        const auto found = before.visited.find(directory.first);
-        return found != before.visited.end() && !(found->second == directory.second);
-    });
+std::set<std::string> InputPlaces::takeChanged() {
+    std::set<std::string> changed;
+    for (auto& [file, stamp] : stamps) {
+        const Stamp now = stampOf(file);
+        if (now != stamp) {
+            stamp = now;
+            changed.insert(file);
+        }
+    }
+    return changed;
 }
 
 std::set<std::string> InputPlaces::directories() const {
     std::set<std::string> paths;
-    for (const auto& [path, directory] : visited) {
-        if (!directory.path.empty()) {
-            paths.insert(directory.path);
+    for (const auto& [path, identity] : identities) {
+        if (identity != Stamp{}) {
+            paths.insert(path);
         }
     }
     return paths;
 }
 
-/* A directory that is renamed takes with it what lies below. */
 std::set<std::string> InputPlaces::at(const std::string& path) const {
-    std::error_code missing;
-    const std::string changed = fs::canonical(parentOf(path), missing) / fs::path{path}.filename();
-    std::set<std::string> files;
-    for (const auto& [place, filesThere] : places) {
-        if (place == changed || Path::isParentPath(changed, place)) {
-            files.insert(filesThere.begin(), filesThere.end());
-        }
-    }
-    return files;
+    std::error_code lost;
+    const fs::path place = fs::canonical(parentOf(path), lost) / fs::path{path}.filename();
+    const auto found = places.find(place);
+    return found != places.end() ? found->second : std::set<std::string>{};
 }
 
 } // namespace VespermoorEngine::Host

@@ -1,65 +1,54 @@
 #ifndef Vespermoor_Host_InputPlaces_h
 #define Vespermoor_Host_InputPlaces_h
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <set>
 #include <string>
-#include <tuple>
 
 namespace VespermoorEngine::Host {
 
 /**
- * @brief Where files lie when links are followed, and what has to be watched to hear of them.
+ * @brief Where files lie when links are followed, and whether they are as they were.
  *
- * A file that is a link has a place of its own, and one where the link leads. Neither the files nor
- * their directories need exist. An object keeps how things stood when it was made.
+ * Neither the files nor their directories need exist.
  */
 class InputPlaces {
 public:
-    InputPlaces() = default;
+    /**
+     * @brief Follows @p files from now on, and no others, to where they lie now.
+     *
+     * Returns whether @ref directories() are other ones than before, also under the same paths.
+     */
+    bool follow(const std::set<std::string>& files);
 
-    /** @brief Looks up where @p files lie. */
-    explicit InputPlaces(const std::set<std::string>& files);
+    /**
+     * @brief The files that are not as they were at the last call, or when they were first
+     * followed.
+     *
+     * Costs one call of the system for each that is followed. What is saved through another name,
+     * appears behind a link or becomes readable shows as well; a save that leaves device, inode,
+     * size and time of change as they are does not.
+     */
+    std::set<std::string> takeChanged();
 
-    /** @brief Whether every directory is the one that stood there. Costs one call for each. */
-    bool stand() const;
-
-    /** @brief Whether a directory that is part of both is another one than in @p before. */
-    bool differFrom(const InputPlaces& before) const;
-
-    /** @brief Those of the directories that exist, as absolute paths without links. */
+    /** @brief Those of the files' directories that exist, as absolute paths without links. */
     std::set<std::string> directories() const;
 
-    /** @brief The files with a place at @p path or below it, by whichever links that leads there.
-     */
+    /** @brief The files that lie at @p path, by whichever links that leads there. */
     std::set<std::string> at(const std::string& path) const;
 
-    bool operator==(const InputPlaces& other) const {
-        return visited == other.visited && places == other.places;
-    }
-
 private:
-    /* Device, inode and time of birth; all 0 where there is no directory. The number alone would
-       not do, since the next directory often gets that of the one deleted last. */
-    using Identity =
-        std::tuple<std::uint32_t, std::uint32_t, std::uint64_t, std::int64_t, std::uint32_t>;
+    /* Device, inode and what tells two of that number apart; all 0 where there is nothing. */
+    using Stamp = std::array<std::uint64_t, 6>;
 
-    struct Directory {
-        /* Without links. */
-        std::string path;
-        Identity identity;
+    static Stamp stampOf(const std::string& file);
+    static Stamp identityOf(const std::string& directory);
 
-        bool operator==(const Directory& other) const {
-            return path == other.path && identity == other.identity;
-        }
-    };
-
-    static Identity identify(const std::string& directory);
-
-    /* By the path that leads there. */
-    std::map<std::string, Directory> visited;
-    /* The files at each place. */
+    std::map<std::string, Stamp> stamps;
+    /* By their paths without links, as all below. */
+    std::map<std::string, Stamp> identities;
     std::map<std::string, std::set<std::string>> places;
 };
 

@@ -1,7 +1,10 @@
+#include <chrono>
 #include <csignal>
 #include <fstream>
 
 #include <fcntl.h>
+#include <linux/capability.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -170,6 +173,12 @@ void link(const std::string& target, const std::string& name) {
     fs::create_symlink(target, name);
 }
 
+/* Lets what is run from here on be refused what the modes say, also where it is run by root. */
+void dropPrivileges() {
+    prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
+    prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
+}
+
 const WatchRow changes[]{
     // clang-format off
     {"saves", [] {}, "watching 1 directories\n", {
@@ -184,6 +193,25 @@ const WatchRow changes[]{
       "region.txt", "1[a][/a]2[b]first here\n[/b]3"},
      {[] {}, "../program.output", "wrote in/whole.txt\nwrote in/list.txt\nwrote in/keys.txt\n"
       "wrote in/region.txt\nwrote in/list.txt\nwrote in/list.txt\nwrote in/region.txt\n"}}},
+    {"save by another name, of the same size and time", [] {
+      fs::create_directory("z"); fs::create_hard_link("in/first.json", "z/other"); },
+     "watching 1 directories\n", {
+     {[] { const auto time = fs::last_write_time("z/other"); writeFile("z/other", first("other"));
+      fs::last_write_time("z/other", time); }, "whole.txt", "other here\n"}}},
+    {"output with regions that is mended", [] { save("region.txt", "1[a][/a]2"); },
+     "vespermoor-utils: in/region.txt: missing tag '[b]'\nwatching 1 directories\n", {
+     {[] { save("region.txt", "[a][/a][b][/b]"); },
+      "region.txt", "[a](x)(y)[/a][b]first here\n[/b]"},
+     {[] { save("value.tmpl", "{{ @value }}"); }, "region.txt", "[a]xy[/a][b]first here\n[/b]"},
+     {[] {}, "../program.output", allButRegion + "wrote in/region.txt\nwrote in/region.txt\n"}}},
+    {"file and directory that may not be read", [] { dropPrivileges(); writeFile("closed/t", "1");
+      save("manifest.json", manifestOf(R"("template": "../closed/t")")); chmod("closed/t", 0);
+      chmod("closed", 0300); },
+     "watching 1 directories\n", {
+     {[] { chmod("closed/t", 0600); }, "whole.txt", "1"},
+     {[] { writeFile("closed/t", "22"); }, "whole.txt", "22"},
+     {[] { chmod("closed", 0700); }, "../program.error", "vespermoor-utils: in/../closed/t: "
+      "Permission denied\nwatching 1 directories\n"}}},
     {"file made from a generated one", [] { save("json.tmpl", "{\"name\": \"{{ name }}\"}");
       save("made.json", "{\"name\": \"old\"}"); save("manifest.json", R"({"outputs": [
       {"file": "last.txt", "data": ["made.json"], "template": "item.tmpl"},
@@ -244,6 +272,24 @@ TEST(Generate, AManifestSavedWhileItIsReadIsNotLost) {
         ASSERT_EQ(mkfifo("in/pipe", 0600), 0);
         fs::rename("in/pipe", "in/manifest.json");
     }
+}
+
+/* A test that is held up for longer than a tick makes two bursts of one, and tries again. */
+TEST(Generate, ABurstOfSavesIsOneGeneration) {
+    const Project project;
+    runProgram({"generate", "in/manifest.json"});
+    int saves = 0;
+    waitUntil([&] {
+        BackgroundProgram program{project.directory.path(), watching};
+        waitUntil([&] { return !program.error().empty(); });
+        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds{200};
+        for (int i = 0; i < 50 || std::chrono::steady_clock::now() < end; ++i) {
+            replace("item.tmpl", std::to_string(++saves) + ';');
+        }
+        const std::string last = std::to_string(saves) + ';';
+        waitUntil([&] { return content("list.txt") == last + last; });
+        return program.stop({SIGTERM}) == 0 && program.output() == "wrote in/list.txt\n";
+    });
 }
 
 /* Another process truncates and rewrites, replaces and deletes the data and replaces the manifest,
