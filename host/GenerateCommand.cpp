@@ -27,11 +27,12 @@ void generate(const Options& options) {
     Generator generator{options.manifest};
     const Generator::Result result =
         generator.update(options.check ? Generator::Mode::Check : Generator::Mode::Write);
-    for (const std::string& path : result.changed) {
-        print((options.check ? "out of date: " : "wrote ") + path + "\n");
-    }
+    /* First, since the printing may fail, too. */
     for (const std::string& failure : result.failures) {
         std::fprintf(stderr, "vespermoor-utils: %s\n", failure.data());
+    }
+    for (const std::string& path : result.changed) {
+        print((options.check ? "out of date: " : "wrote ") + path + "\n");
     }
     if (!result.failures.empty() || (options.check && !result.changed.empty())) {
         throw SilentFailure{};

@@ -2,6 +2,7 @@
 
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include <Corrade/Utility/Debug.h>
 #include <VespermoorEditor/Utils/JsonObject.h>
@@ -44,8 +45,18 @@ auto withFailures(const Containers::StringView path, const Action& action) {
 } // namespace
 
 NamedTemplate readTemplate(const Containers::StringView path) {
-    const Containers::String source = readFile(path);
-    return {path, withFailures(path, [&] { return Containers::pointer<Template>(source); })};
+    return compileTemplate(path, readFile(path));
+}
+
+/* The library ends a template at a zero byte without a word. */
+NamedTemplate compileTemplate(const Containers::StringView path,
+                              const Containers::StringView source) {
+    if (source.contains('\0')) {
+        throw Failure{path, "Contains a zero byte"};
+    }
+    Containers::Pointer<Template> compiled =
+        withFailures(path, [&] { return Containers::pointer<Template>(source); });
+    return {path, std::move(compiled)};
 }
 
 Containers::String

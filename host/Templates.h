@@ -17,6 +17,9 @@ struct NamedTemplate {
 /** @brief Compiles the file @p path; throws @ref Failure with the reason. */
 NamedTemplate readTemplate(Containers::StringView path);
 
+/** @brief Compiles @p source, the text of the file @p path; throws @ref Failure with the reason. */
+NamedTemplate compileTemplate(Containers::StringView path, Containers::StringView source);
+
 /** @brief Renders @p source; throws @ref Failure with the reason of the first failed directive. */
 Containers::String render(NamedTemplate& source,
                           Containers::ArrayView<const Containers::Reference<JsonObject>> scopes);
