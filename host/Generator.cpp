@@ -1,7 +1,7 @@
 #include "Generator.h"
 
+#include <algorithm>
 #include <deque>
-#include <utility>
 
 #include <Corrade/Containers/GrowableArray.h>
 #include <Corrade/Containers/StringStl.h>
@@ -50,10 +50,11 @@ private:
 /* A template that renders to nothing whatever the data is one that another program is just writing
    anew, and what it stood for is not to be lost. */
 NamedTemplate readGeneratorTemplate(const std::string& path) {
-    if (readFile(path).isEmpty()) {
+    const Containers::String source = readFile(path);
+    if (source.isEmpty()) {
         throw Failure{path, "The template is empty"};
     }
-    return readTemplate(path);
+    return compileTemplate(path, source);
 }
 
 std::string text(const Containers::StringView view) {
@@ -104,30 +105,39 @@ void Generator::lookAgain(const std::string& path) {
 
 Generator::Result Generator::update(const Mode mode) {
     Result result;
-    /* A file can be made from another generated one, which makes it stale again. Files that are
-       made from one another could go on like that forever. */
-    for (std::size_t pass = 0; pass <= files.size() && !stale.empty(); ++pass) {
-        for (const std::size_t i : std::exchange(stale, {})) {
-            try {
-                updateFile(files[i], mode, result);
-            } catch (const Failure& failure) {
-                result.failures.insert(failure.what());
+    /* What a file makes stale stands behind it. */
+    while (!stale.empty()) {
+        const std::size_t i = *stale.begin();
+        stale.erase(stale.begin());
+        try {
+            if (updateFile(files[i], mode)) {
+                result.changed.push_back(files[i].path);
             }
+        } catch (const Failure& failure) {
+            result.failures.insert(failure.what());
         }
     }
     return result;
 }
 
-void Generator::updateFile(const OutputFile& file, const Mode mode, Result& result) {
-    const std::string content = render(file);
-    if (holds(file.path, content)) {
-        return;
+bool Generator::updateFile(const OutputFile& file, const Mode mode) {
+    const auto isOutOfDate = [&](const std::string& path) { return outOfDate.count(path) != 0; };
+    if (std::none_of(file.data.begin(), file.data.end(), isOutOfDate)) {
+        const std::string content = render(file);
+        if (holds(file.path, content)) {
+            return false;
+        }
+        if (mode == Mode::Write) {
+            replaceFile(file.path, content);
+        }
     }
-    if (mode == Mode::Write) {
-        replaceFile(file.path, content);
-        forget(file.path);
+    for (const std::string& path : file.asInput) {
+        forget(path);
+        if (mode == Mode::Check) {
+            outOfDate.insert(path);
+        }
     }
-    result.changed.push_back(file.path);
+    return true;
 }
 
 /* What `read` makes of the file at `path`, made at the first use. */
@@ -163,8 +173,8 @@ std::string Generator::render(const OutputFile& file) {
 
 std::string Generator::render(const Rendering& rendering, const std::vector<std::string>& data) {
     NamedTemplate& source = compiled(rendering.templatePath);
-    if (!rendering.each.empty()) {
-        return renderEach(source, rendering.each, data);
+    if (rendering.each) {
+        return renderEach(source, *rendering.each, data);
     }
     Scopes scopes;
     for (const std::string& path : data) {
@@ -188,7 +198,8 @@ std::string Generator::renderEach(NamedTemplate& source, const std::string& poin
     }
     if (!list || !(list->IsArray() || list->IsObject())) {
         throw Failure{data.empty() ? source.path : Containers::String{data.front()},
-                      (list ? "Neither an array nor an object at " : "Nothing at ") + pointer};
+                      (list ? "Neither an array nor an object at " : "Nothing at ") +
+                          (pointer.empty() ? "the root" : pointer)};
     }
     std::string joined;
     const unsigned int count = list->IsArray() ? list->Size() : list->MemberCount();
@@ -221,6 +232,11 @@ std::string Generator::fillRegions(const OutputFile& file) {
         Utils::replaceTagContent(current, replacements);
     if (!result.second()) {
         throw Failure{file.path, result.first()};
+    }
+    /* The library looks for each tag by itself. What it makes of tags that are out of order, or
+       have others between them, it would make longer with every run. */
+    if (Utils::replaceTagContent(result.first(), replacements) != result) {
+        throw Failure{file.path, "Tags are out of order or stand in what is put between them"};
     }
     return text(result.first());
 }

@@ -57,7 +57,8 @@ public:
     Result update(Mode mode);
 
 private:
-    void updateFile(const OutputFile& file, Mode mode, Result& result);
+    /* Whether its text changed, or would. */
+    bool updateFile(const OutputFile& file, Mode mode);
 
     template <class T, class Read>
     T& keep(std::map<std::string, T>& kept, const std::string& path, Read read);
@@ -72,6 +73,8 @@ private:
 
     std::vector<OutputFile> files;
     std::set<std::size_t> stale;
+    /* Inputs that a check found to be so. */
+    std::set<std::string> outOfDate;
     /* The files that are made from each input, by their index. */
     std::map<std::string, std::set<std::size_t>> dependents;
 

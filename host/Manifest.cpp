@@ -2,15 +2,16 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <utility>
 
 #include <Corrade/Containers/String.h>
 #include <Corrade/Containers/StringStl.h>
 #include <Corrade/Utility/Path.h>
 #include <VespermoorEditor/Utils/RapidJsonUtils.h>
-#include <VespermoorEngine/Path.h>
 
 #include "Documents.h"
 #include "Failure.h"
+#include "OutputOrder.h"
 
 namespace VespermoorEngine::Host {
 
@@ -33,7 +34,8 @@ public:
     Entry member(const char* name) const;
     std::vector<Entry> elements() const;
     std::string string() const;
-    /* A string that is not empty, as a path relative to the manifest. */
+    std::string tag() const;
+    /* A string that can be the name of a file, as a path relative to the manifest. */
     std::string path() const;
 
 private:
@@ -50,6 +52,9 @@ void Entry::expectMembers(const std::initializer_list<const char*> known) const 
         const std::string name{member.name.GetString(), member.name.GetStringLength()};
         if (std::find(known.begin(), known.end(), name) == known.end()) {
             fail("Unknown member " + name);
+        }
+        if (&member.value != RapidJsonUtils::getMember(value, name)) {
+            fail("Member " + name + " twice");
         }
     }
 }
@@ -80,10 +85,21 @@ std::string Entry::string() const {
     return {value.GetString(), value.GetStringLength()};
 }
 
+std::string Entry::tag() const {
+    std::string name = string();
+    if (name.empty()) {
+        fail("Empty tag");
+    }
+    return name;
+}
+
 std::string Entry::path() const {
     const std::string relative = string();
     if (relative.empty()) {
         fail("Empty path");
+    }
+    if (std::any_of(relative.begin(), relative.end(), isControlByte)) {
+        fail("Control byte in a path");
     }
     return Corrade::Utility::Path::join(Corrade::Utility::Path::split(manifest).first(), relative);
 }
@@ -93,18 +109,20 @@ Rendering readRendering(const Entry& entry) {
     rendering.templatePath = entry.member("template").path();
     if (entry.has("each")) {
         const Entry each = entry.member("each");
-        rendering.each = each.string();
-        if (rendering.each.empty() ||
-            !rapidjson::Pointer{rendering.each.data(), rendering.each.size()}.IsValid()) {
+        const std::string pointer = each.string();
+        /* Without the form that begins with #, which is one for URIs. */
+        if ((!pointer.empty() && pointer.front() != '/') ||
+            !rapidjson::Pointer{pointer.data(), pointer.size()}.IsValid()) {
             each.fail("No JSON Pointer");
         }
+        rendering.each = pointer;
     }
     return rendering;
 }
 
 Region readRegion(const Entry& entry) {
     entry.expectMembers({"start", "end", "template", "each"});
-    return {entry.member("start").string(), entry.member("end").string(), readRendering(entry)};
+    return {entry.member("start").tag(), entry.member("end").tag(), readRendering(entry)};
 }
 
 OutputFile readOutput(const Entry& entry) {
@@ -135,8 +153,8 @@ OutputFile readOutput(const Entry& entry) {
 
 } // namespace
 
-std::set<std::string> OutputFile::inputs() const {
-    std::set<std::string> paths{data.begin(), data.end()};
+std::set<std::string> OutputFile::templates() const {
+    std::set<std::string> paths;
     if (regions.empty()) {
         paths.insert(whole.templatePath);
     }
@@ -146,20 +164,22 @@ std::set<std::string> OutputFile::inputs() const {
     return paths;
 }
 
+std::set<std::string> OutputFile::inputs() const {
+    std::set<std::string> paths = templates();
+    paths.insert(data.begin(), data.end());
+    return paths;
+}
+
 std::vector<OutputFile> readManifest(const Containers::StringView path) {
     const rapidjson::Document document = readDocument(path);
     const std::string name = path;
     const Entry root{name, document, ""};
     root.expectMembers({"outputs"});
     std::vector<OutputFile> outputs;
-    std::set<std::string> paths;
     for (const Entry& entry : root.member("outputs").elements()) {
         outputs.push_back(readOutput(entry));
-        if (!paths.insert(Path::absolute(outputs.back().path)).second) {
-            entry.fail("Another output is the same file");
-        }
     }
-    return outputs;
+    return inOrder(name, std::move(outputs));
 }
 
 } // namespace VespermoorEngine::Host

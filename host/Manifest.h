@@ -1,6 +1,7 @@
 #ifndef Vespermoor_Host_Manifest_h
 #define Vespermoor_Host_Manifest_h
 
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -18,10 +19,10 @@ struct Rendering {
     /**
      * @brief JSON Pointer to an array or object, in the first data file that has it.
      *
-     * The template is rendered for every element and the results are joined. Empty where it is
+     * The template is rendered for every element and the results are joined. Nothing where it is
      * rendered once.
      */
-    std::string each;
+    std::optional<std::string> each;
 };
 
 /** @brief A rendering between two tags. */
@@ -39,7 +40,11 @@ struct OutputFile {
     /** @brief Used where there are no regions. */
     Rendering whole;
     std::vector<Region> regions;
+    /** @brief Those of the paths of all data files that lead to this file. */
+    std::set<std::string> asInput;
 
+    /** @brief Paths of the templates. */
+    std::set<std::string> templates() const;
     /** @brief Paths of the data files and templates. */
     std::set<std::string> inputs() const;
 };
@@ -54,9 +59,10 @@ struct OutputFile {
  * -    `template` and optionally `each`, or `regions`: an array of objects with `start`, `end`,
  *      `template` and optionally `each`.
  *
- * Paths in it are relative to the manifest; those in the result begin as @p path does. Throws @ref
- * Failure with the file and the place in it where a member is missing, unknown or of the wrong
- * type, or where two outputs are the same file.
+ * Paths in it are relative to the manifest; those in the result begin as @p path does, and the
+ * outputs are in the order of @ref inOrder(). Throws @ref Failure with the file and the place in it
+ * where a member is missing, unknown, there twice or of the wrong type, and where @ref inOrder()
+ * does.
  */
 std::vector<OutputFile> readManifest(Containers::StringView path);
 

@@ -8,11 +8,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "Generator.h"
 #include "Program.h"
 #include "Support.h"
+#include "Unprivileged.h"
 
 namespace VespermoorEngine::Test {
 namespace {
+
+using namespace std::string_literals;
 
 constexpr const char* manifest = R"({"outputs": [
     {"file": "whole.txt", "data": ["first.json", "second.json"], "template": "whole.tmpl"},
@@ -52,6 +56,11 @@ std::string manifestOf(const std::string& members, const std::string& file = "wh
 
 const std::vector<std::string> watching{"generate", "--watch", "in/manifest.json"};
 
+void link(const std::string& target, const std::string& name) {
+    fs::remove(name);
+    fs::create_symlink(target, name);
+}
+
 /* A directory with a manifest that makes four files, one of them by its regions. */
 struct Project {
     Project() {
@@ -63,6 +72,7 @@ struct Project {
         save("key.tmpl", "{{ @key }}={{ id }};");
         save("value.tmpl", "({{ @value }})");
         save("region.txt", "1[a]old[/a]2[b]old[/b]3");
+        link("in", "link");
     }
 
     const TemporaryDirectory directory;
@@ -98,6 +108,70 @@ TEST(Generate, MakesAndChecksWhatIsOutOfDate) {
     EXPECT_EQ(fs::last_write_time("in/list.txt"), saved);
 }
 
+/* Makes a file from another one, which is listed later and reached through a link. */
+void saveChain() {
+    save("json.tmpl", R"({"name": "{{ name }}"})");
+    save("each.tmpl", "{{ @key }}={{ @value }};");
+    save("manifest.json", R"({"outputs": [
+        {"file": "last.txt", "data": ["../link/./made.json"], "template": "each.tmpl", "each": ""},
+        {"file": "made.json", "data": ["first.json"], "template": "json.tmpl"}]})");
+}
+
+TEST(Generate, MakesWhatAFileIsMadeFromFirst) {
+    const Project project;
+    saveChain();
+    for (const std::string name : {"first", "second"}) {
+        save("first.json", first(name));
+        const ProgramRun check = runProgram({"generate", "--check", "in/manifest.json"});
+        EXPECT_EQ(check.output + check.error,
+                  "out of date: in/made.json\nout of date: in/last.txt\n");
+        const ProgramRun run = runProgram({"generate", "in/manifest.json"});
+        EXPECT_EQ(run.output + run.error, "wrote in/made.json\nwrote in/last.txt\n");
+        EXPECT_EQ(content("last.txt"), "name=" + name + ";");
+    }
+}
+
+/* A pipe gives what it has to one reader only. Two files are made from each of these two. */
+TEST(Generate, ReadsAFileOnce) {
+    const Project project;
+    for (const std::string name : {"in/first.json", "in/whole.tmpl"}) {
+        fs::rename(name, name + "~");
+        ASSERT_EQ(mkfifo(name.data(), 0600), 0);
+    }
+    const BackgroundProgram program{project.directory.path(), {"generate", "in/manifest.json"}};
+    const ChildProcess writer{"cat in/first.json~ > in/first.json & "
+                              "cat in/whole.tmpl~ > in/whole.tmpl"};
+    waitUntil([] { return content("region.txt") == "1[a](x)(y)[/a]2[b]first here\n[/b]3"; });
+}
+
+TEST(Generate, WhatTheSystemRefusesIsOneLineAndLosesNothing) {
+    const Project project;
+    save("keys.txt", "old");
+    link("/dev/full", "in/list.txt");
+    fs::permissions("in", fs::perms{0555});
+    fs::permissions(project.directory.path(), fs::perms{0755});
+    const std::set<std::string> failures{
+        "in/keys.txt: Permission denied", "in/list.txt: No space left on device",
+        "in/region.txt: Permission denied", "in/whole.txt: Permission denied"};
+    EXPECT_EQ(unprivileged([&] {
+                  Host::Generator generator{"in/manifest.json"};
+                  return generator.update(Host::Generator::Mode::Write).failures == failures;
+              }),
+              true);
+    fs::permissions("in", fs::perms{0755});
+    EXPECT_EQ(content("keys.txt"), "old");
+    EXPECT_EQ(outputOf(VESPERMOOR_PROGRAM " generate in/manifest.json 2>&1 >/dev/full"),
+              "vespermoor-utils: in/list.txt: No space left on device\n"
+              "vespermoor-utils: standard output: No space left on device\n");
+}
+
+/* Manifest of a file with one region. */
+std::string regionBetween(const char* const start, const char* const end) {
+    return manifestOf(R"("regions": [{"template": "whole.tmpl", "start": ")"s + start +
+                          R"(", "end": ")" + end + R"("}])",
+                      "region.txt");
+}
+
 const std::string lists = "wrote in/list.txt\nwrote in/keys.txt\n";
 const std::string allButRegion = "wrote in/whole.txt\n" + lists;
 constexpr const char* json = "manifest.json";
@@ -115,6 +189,7 @@ TEST(Generate, SaysWhereAFailureIsAndLosesNothing) {
          ":1:14: Missing a closing quotation mark in string", lists},
         {"whole.tmpl", "{{ nothing }}", ": Undefined name nothing", lists},
         {"whole.tmpl", "", ": The template is empty", lists},
+        {"whole.tmpl", "a\0b"s, ": Contains a zero byte", lists},
         {"region.txt", "1[a][/a]2", ": missing tag '[b]'", allButRegion},
         {"region.txt", "[a][b][/a][/b]",
          ": overlapping tags: '[/a]' should appear before '[b]'", allButRegion},
@@ -123,19 +198,30 @@ TEST(Generate, SaysWhereAFailureIsAndLosesNothing) {
          ": Neither an array nor an object at /words", allButRegion},
         {json, "[]", ": Not an object", ""}, {json, "{}", ": Missing member outputs", ""},
         {json, R"({"outputs": [], "x": 1})", ": Unknown member x", ""},
+        {json, R"({"a\nb": 1})", ": Unknown member a\\x0ab", ""},
+        {json, R"({"outputs": [], "outputs": []})", ": Member outputs twice", ""},
         {json, R"({"outputs": [{"file": 1}]})", ": /outputs/0/file: Not a string", ""},
         {json, R"({"outputs": [{"file": ""}]})", ": /outputs/0/file: Empty path", ""},
+        {json, R"({"outputs": [{"file": "a\nb"}]})",
+         ": /outputs/0/file: Control byte in a path", ""},
         {json, R"({"outputs": [{"file": "a", "data": 1}]})", ": /outputs/0/data: Not an array", ""},
         {json, manifestOf(R"("template": "a", "regions": [])"),
          ": /outputs/0: Takes either template or regions", ""},
         {json, manifestOf(R"("regions": [])"), ": /outputs/0: Has no regions", ""},
         {json, manifestOf(R"("regions": [{"tag": 1}])"),
          ": /outputs/0/regions/0: Unknown member tag", ""},
-        {json, manifestOf(R"("template": "a", "each": "items")"),
+        {json, regionBetween("[a]", ""), ": /outputs/0/regions/0/end: Empty tag", ""},
+        {json, manifestOf(R"("template": "a", "each": "#/items")"),
          ": /outputs/0/each: No JSON Pointer", ""},
         {json, manifestOf(R"("template": "a"},
-         {"file": "./x/../whole.txt", "data": [], "template": "a")"),
+         {"file": "../link/x/../whole.txt", "data": [], "template": "a")"),
          ": /outputs/1: Another output is the same file", ""},
+        {json, manifestOf(R"("template": "a")", "x/../manifest.json"),
+         ": /outputs/0: Is the manifest itself", ""},
+        {json, manifestOf(R"("template": "../link/whole.txt")"), ": /outputs/0: Is a template", ""},
+        {json, manifestOf(R"("template": "a"},
+         {"file": "first.json", "data": ["../link/whole.txt", "second.json"], "template": "a")"),
+         ": /outputs/0: Made from itself: in/whole.txt from in/first.json from in/whole.txt", ""},
         // clang-format on
     };
     for (const auto& row : rows) {
@@ -154,6 +240,20 @@ TEST(Generate, SaysWhereAFailureIsAndLosesNothing) {
     }
 }
 
+TEST(Generate, ARegionFileThatWouldGrowWithEveryRunIsRefused) {
+    const Project project;
+    save("region.txt", "1[b]old here");
+    const std::pair<const char*, const char*> tags[]{
+        {"[b]", "[b]"}, {"old", "[b]"}, {"[b]", "here"}};
+    for (const auto& [start, end] : tags) {
+        save("manifest.json", regionBetween(start, end));
+        EXPECT_EQ(runProgram({"generate", "in/manifest.json"}).error,
+                  "vespermoor-utils: in/region.txt: Tags are out of order or stand in what is put "
+                  "between them\n");
+        EXPECT_EQ(content("region.txt"), "1[b]old here");
+    }
+}
+
 struct Step {
     void (*change)();
     /* What comes of it: a file that gets this content. */
@@ -167,11 +267,6 @@ struct WatchRow {
     std::string errors;
     std::vector<Step> steps;
 };
-
-void link(const std::string& target, const std::string& name) {
-    fs::remove(name);
-    fs::create_symlink(target, name);
-}
 
 /* Lets what is run from here on be refused what the modes say, also where it is run by root. */
 void dropPrivileges() {
@@ -212,12 +307,12 @@ const WatchRow changes[]{
      {[] { writeFile("closed/t", "22"); }, "whole.txt", "22"},
      {[] { chmod("closed", 0700); }, "../program.error", "vespermoor-utils: in/../closed/t: "
       "Permission denied\nwatching 1 directories\n"}}},
-    {"file made from a generated one", [] { save("json.tmpl", "{\"name\": \"{{ name }}\"}");
-      save("made.json", "{\"name\": \"old\"}"); save("manifest.json", R"({"outputs": [
-      {"file": "last.txt", "data": ["made.json"], "template": "item.tmpl"},
-      {"file": "made.json", "data": ["first.json"], "template": "json.tmpl"}]})"); },
-     "watching 1 directories\n", {{[] {}, "last.txt", "<first>"},
-     {[] { save("first.json", first("second")); }, "last.txt", "<second>"}}},
+    {"file made from a generated one", saveChain, "watching 1 directories\n", {
+     {[] { save("first.json", first("second")); }, "last.txt", "name=second;"},
+     {[] { save("each.tmpl", "{{ @value }}"); }, "last.txt", "second"},
+     {[] {}, "../program.error", "watching 1 directories\n"},
+     {[] {}, "../program.output", "wrote in/made.json\nwrote in/last.txt\n"
+      "wrote in/made.json\nwrote in/last.txt\nwrote in/last.txt\n"}}},
     {"directory that does not exist, and is not looked for in all that lies above it",
      [] { save("manifest.json", manifestOf(R"("template": "../none/late/t")"));
       writeFile("a/b/c", ""); }, "vespermoor-utils: in/../none/late/t: No such file or directory\n"
