@@ -110,11 +110,11 @@ void GenerateWatch::regenerate() {
         generator->lookAgain(input);
     }
     const Generator::Result result = generator->update(Generator::Mode::Write);
-    for (const std::string& path : result.changed) {
-        print("wrote " + path + "\n");
-    }
     for (const std::string& failure : result.failures) {
         report(failure);
+    }
+    for (const std::string& path : result.changed) {
+        print("wrote " + path + "\n");
     }
 }
 
