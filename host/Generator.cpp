@@ -13,6 +13,7 @@
 #include "ElementScope.h"
 #include "Failure.h"
 #include "Files.h"
+#include "TagRegions.h"
 
 namespace VespermoorEngine::Host {
 
@@ -221,24 +222,13 @@ std::string Generator::fillRegions(const OutputFile& file) {
         contents.push_back(render(region.content, file.data));
         arrayAppend(replacements, Utils::TagReplacement{region.start, region.end, contents.back()});
     }
-    const Containers::String current = readFile(file.path);
-    for (const Region& region : file.regions) {
-        /* The library leaves out a region of which neither tag is there; here it is an error. */
-        if (!current.contains(region.start) && !current.contains(region.end)) {
-            throw Failure{file.path, "missing tag '" + region.start + "'"};
-        }
-    }
-    const Containers::Pair<Containers::String, bool> result =
-        Utils::replaceTagContent(current, replacements);
-    if (!result.second()) {
-        throw Failure{file.path, result.first()};
-    }
+    const Containers::String result = replaceRegions(file.path, readFile(file.path), replacements);
     /* The library looks for each tag by itself. What it makes of tags that are out of order, or
        have others between them, it would make longer with every run. */
-    if (Utils::replaceTagContent(result.first(), replacements) != result) {
+    if (Utils::replaceTagContent(result, replacements).first() != result) {
         throw Failure{file.path, "Tags are out of order or stand in what is put between them"};
     }
-    return text(result.first());
+    return text(result);
 }
 
 } // namespace VespermoorEngine::Host

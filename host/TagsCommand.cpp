@@ -7,10 +7,9 @@
 #include <CLI/CLI.hpp>
 #include <Corrade/Containers/GrowableArray.h>
 #include <Corrade/Containers/StringStl.h>
-#include <VespermoorEditor/Utils/String.h>
 
-#include "Failure.h"
 #include "Files.h"
+#include "TagRegions.h"
 
 namespace VespermoorEngine::Host {
 
@@ -24,29 +23,15 @@ struct Options {
 };
 
 void run(const Options& options) {
-    const Containers::String text = readFile(options.path);
     std::vector<Containers::String> contents;
     contents.reserve(options.regions.size() / 3);
     Containers::Array<Utils::TagReplacement> replacements;
     for (std::size_t i = 0; i != options.regions.size(); i += 3) {
-        const Containers::StringView start = options.regions[i];
-        const Containers::StringView end = options.regions[i + 1];
-        /* The library leaves out a region of which neither tag is there. */
-        const auto isThere = [&text](const Containers::StringView tag) {
-            return !tag.isEmpty() && text.contains(tag);
-        };
-        if (!isThere(start) && !isThere(end)) {
-            throw Failure{options.path, "missing tag '" + start + "'"};
-        }
         contents.push_back(readFile(options.regions[i + 2]));
-        arrayAppend(replacements, Utils::TagReplacement{start, end, contents.back()});
+        arrayAppend(replacements, Utils::TagReplacement{options.regions[i], options.regions[i + 1],
+                                                        contents.back()});
     }
-    const Containers::Pair<Containers::String, bool> result =
-        Utils::replaceTagContent(text, replacements);
-    if (!result.second()) {
-        throw Failure{options.path, result.first()};
-    }
-    output(options.output, result.first());
+    output(options.output, replaceRegions(options.path, readFile(options.path), replacements));
 }
 
 } // namespace
