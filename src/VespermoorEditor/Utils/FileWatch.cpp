@@ -243,6 +243,7 @@ private:
     DirectoryData& record;
     /* Null where nothing is reported. */
     Containers::Array<Change>* batch = nullptr;
+    /* Where what this walk reports begins: an entry of before may have gone and come again. */
     std::size_t batchBegin = 0;
     Utility::Path::ListFlags listFlags;
     VisitFlags visitFlags;
