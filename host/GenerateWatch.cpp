@@ -18,8 +18,11 @@ namespace {
  */
 constexpr std::chrono::milliseconds tick{40};
 
-/* A file that is written to without a pause is tried now and then all the same. */
+/* Ticks after which a file that is written to without a pause is tried all the same. */
 constexpr int patience = 25;
+
+/* Ticks between two looks at all inputs, of which there can be thousands. */
+constexpr int ticksPerLook = 25;
 
 /* What the library says of directories that it cannot watch: they are looked at all the same. */
 struct WatchSilence {
@@ -87,7 +90,11 @@ void GenerateWatch::watchInputs() {
 bool GenerateWatch::takeChanges() {
     const WatchSilence silence;
     watch.update();
-    heard.merge(places.takeChanged());
+    /* What was heard is looked at as well, or it would be found changed by the next look. */
+    if (!heard.empty() || ++ticksSinceLook == ticksPerLook) {
+        heard.merge(places.takeChanged());
+        ticksSinceLook = 0;
+    }
     const bool more = !heard.empty();
     changed.merge(std::exchange(heard, {}));
     return more;

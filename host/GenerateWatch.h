@@ -20,9 +20,9 @@ namespace VespermoorEngine::Host {
  * A failure is printed and leaves the old output; the next change of an input tries again. Changes
  * are taken together until a tick passes without a new one.
  *
- * At each tick every input is looked at, so a change is not missed where the kernel tells of none:
- * of what does not exist yet, of saves through another name, in directories that cannot be read,
- * and of more saves than it keeps. The watch adds the saves that leave an input looking the same.
+ * The watch hears of saves at once. Besides, every input is looked at once a second, so a change is
+ * not missed where the kernel tells of none: of what does not exist yet, of saves through another
+ * name, in directories that cannot be read, and of more saves than it keeps.
  */
 class GenerateWatch {
 public:
@@ -49,6 +49,7 @@ private:
     /* Inputs that the watch heard of in this tick. */
     std::set<std::string> heard;
     std::set<std::string> changed;
+    int ticksSinceLook = 0;
 };
 
 } // namespace VespermoorEngine::Host
