@@ -49,9 +49,8 @@ NamedTemplate readTemplate(const Containers::StringView path) {
 }
 
 /* The library ends a template at a zero byte without a word. */
-NamedTemplate compileTemplate(const Containers::StringView path,
-                              const Containers::StringView source) {
-    if (source.contains('\0')) {
+NamedTemplate compileTemplate(const Containers::StringView path, const Containers::String& source) {
+    if (Containers::StringView{source}.contains('\0')) {
         throw Failure{path, "Contains a zero byte"};
     }
     Containers::Pointer<Template> compiled =

@@ -17,8 +17,13 @@ struct NamedTemplate {
 /** @brief Compiles the file @p path; throws @ref Failure with the reason. */
 NamedTemplate readTemplate(Containers::StringView path);
 
-/** @brief Compiles @p source, the text of the file @p path; throws @ref Failure with the reason. */
-NamedTemplate compileTemplate(Containers::StringView path, Containers::StringView source);
+/**
+ * @brief Compiles @p source, the text of the file @p path; throws @ref Failure with the reason.
+ *
+ * Takes a string, since the library wants to be told that its view is terminated, and Corrade's
+ * view of a temporary string does not tell.
+ */
+NamedTemplate compileTemplate(Containers::StringView path, const Containers::String& source);
 
 /** @brief Renders @p source; throws @ref Failure with the reason of the first failed directive. */
 Containers::String render(NamedTemplate& source,
