@@ -261,21 +261,6 @@ TEST_F(FileWatchTest, ClearKeepsTheWatchesAndDropsWhatWaits) {
     EXPECT_THAT(records(), ElementsAre(", 0 watches, -1", "a, 1 watches, 4, a/b 5"));
 }
 
-/* The link listed below the root has the root's descriptor. */
-TEST_F(FileWatchTest, LinkToTheRootComesAndGoes) {
-    makeTree(root.path(), {"w/n/up -> ..", "o/"});
-    fs::rename(root / "w/n", root / "o/n");
-    add(root / "w");
-    fs::rename(root / "o/n", root / "w/n");
-    watch.update();
-    fs::rename(root / "w/n", root / "o/n");
-    watch.update();
-    heard.take();
-    touch(root / "w/f");
-    EXPECT_TRUE(watch.update());
-    EXPECT_THAT(heard.take(), ElementsAre("Modify w/f"));
-}
-
 TEST_F(FileWatchTest, DanglingLinkBelowIsRefusedOnce) {
     makeTree(root.path(), {"r/a/none -> gone", "r/a/b/"});
     EXPECT_EQ(add(root / "r"), 1);
