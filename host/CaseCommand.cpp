@@ -1,4 +1,4 @@
-#include "CaseCommand.h"
+#include "Commands.h"
 
 #include <memory>
 #include <string>

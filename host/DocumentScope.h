@@ -7,8 +7,6 @@
 
 namespace VespermoorEngine::Host {
 
-namespace Containers = Corrade::Containers;
-
 /**
  * @brief A place in a JSON document, which need not exist yet.
  *

@@ -5,9 +5,9 @@
 #include <Corrade/Containers/StringView.h>
 #include <VespermoorEditor/Utils/RapidJson.h>
 
-namespace VespermoorEngine::Host {
+#include "Failure.h"
 
-namespace Containers = Corrade::Containers;
+namespace VespermoorEngine::Host {
 
 /**
  * @brief The JSON document in the file @p path.

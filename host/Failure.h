@@ -5,33 +5,30 @@
 #include <string>
 
 #include <Corrade/Containers/StringStl.h>
+#include <Corrade/Containers/StringView.h>
 
 namespace VespermoorEngine::Host {
 
-/** @brief Whether @p c is one that ends a line, moves the cursor or otherwise does not show. */
-inline bool isControlByte(const char c) {
-    return static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
-}
+/* The one alias of the program: everything in it includes this header. */
+namespace Containers = Corrade::Containers;
 
-/** @brief @p text with each control byte as `\\x` and its two digits. */
-inline std::string inOneLine(const std::string& text) {
-    constexpr const char* digits = "0123456789abcdef";
-    std::string line;
-    for (const char c : text) {
-        line += isControlByte(c) ? std::string{"\\x"} + digits[c >> 4] + digits[c & 15]
-                                 : std::string(1, c);
-    }
-    return line;
-}
+/**
+ * @brief @p text for a message, safe to print to a terminal and always one line.
+ *
+ * The bytes of control characters, U+0080 to U+009F included, of line and paragraph separators and
+ * of marks that change the direction of text are written as `\x` and two hexadecimal digits. All
+ * other bytes stay, also those that are not UTF-8.
+ */
+std::string escaped(Containers::StringView text);
+
+/** @brief Prints @p message to standard error as the program's own line, escaped. */
+void printError(Containers::StringView message);
 
 /** @brief Bad input or a refusal of the system: one line for the user, and the end of a command. */
 class Failure : public std::runtime_error {
 public:
     /** @brief Failure that names the file or option it is @p about and the @p reason. */
-    Failure(const Corrade::Containers::StringView about,
-            const Corrade::Containers::StringView reason)
-        : std::runtime_error{inOneLine(std::string{about.data(), about.size()} + ": " +
-                                       std::string{reason.data(), reason.size()})} {}
+    Failure(Containers::StringView about, Containers::StringView reason);
 
     using std::runtime_error::runtime_error;
 };

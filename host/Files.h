@@ -9,9 +9,9 @@
 #include <Corrade/Containers/String.h>
 #include <Corrade/Containers/StringView.h>
 
-namespace VespermoorEngine::Host {
+#include "Failure.h"
 
-namespace Containers = Corrade::Containers;
+namespace VespermoorEngine::Host {
 
 /**
  * @brief @p path, and where it is a link behind it what that leads to, and so on.

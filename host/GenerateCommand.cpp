@@ -1,6 +1,5 @@
-#include "GenerateCommand.h"
+#include "Commands.h"
 
-#include <cstdio>
 #include <memory>
 #include <string>
 
@@ -29,10 +28,10 @@ void generate(const Options& options) {
         generator.update(options.check ? Generator::Mode::Check : Generator::Mode::Write);
     /* First, since the printing may fail, too. */
     for (const std::string& failure : result.failures) {
-        std::fprintf(stderr, "vespermoor-utils: %s\n", failure.data());
+        printError(failure);
     }
     for (const std::string& path : result.changed) {
-        print((options.check ? "out of date: " : "wrote ") + path + "\n");
+        print((options.check ? "out of date: " : "wrote ") + escaped(path) + "\n");
     }
     if (!result.failures.empty() || (options.check && !result.changed.empty())) {
         throw SilentFailure{};

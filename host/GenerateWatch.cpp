@@ -30,10 +30,6 @@ struct WatchSilence {
     Utility::Error error{nullptr};
 };
 
-void report(const std::string& failure) {
-    std::fprintf(stderr, "vespermoor-utils: %s\n", failure.data());
-}
-
 } // namespace
 
 GenerateWatch::GenerateWatch(const std::string& path) : manifest{path}, changed{path} {}
@@ -65,7 +61,7 @@ void GenerateWatch::loadManifest() {
     try {
         generator = std::make_unique<Generator>(manifest);
     } catch (const Failure& failure) {
-        report(failure.what());
+        printError(failure.what());
     }
 }
 
@@ -118,10 +114,10 @@ void GenerateWatch::regenerate() {
     }
     const Generator::Result result = generator->update(Generator::Mode::Write);
     for (const std::string& failure : result.failures) {
-        report(failure);
+        printError(failure);
     }
     for (const std::string& path : result.changed) {
-        print("wrote " + path + "\n");
+        print("wrote " + escaped(path) + "\n");
     }
 }
 

@@ -1,4 +1,4 @@
-#include "JsonCommand.h"
+#include "Commands.h"
 
 #include <algorithm>
 #include <memory>

@@ -1,6 +1,7 @@
 #include "Manifest.h"
 
 #include <algorithm>
+#include <cctype>
 #include <initializer_list>
 #include <utility>
 
@@ -98,7 +99,8 @@ std::string Entry::path() const {
     if (relative.empty()) {
         fail("Empty path");
     }
-    if (std::any_of(relative.begin(), relative.end(), isControlByte)) {
+    if (std::any_of(relative.begin(), relative.end(),
+                    [](const unsigned char c) { return std::iscntrl(c); })) {
         fail("Control byte in a path");
     }
     return Corrade::Utility::Path::join(Corrade::Utility::Path::split(manifest).first(), relative);

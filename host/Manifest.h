@@ -8,9 +8,9 @@
 
 #include <Corrade/Containers/StringView.h>
 
-namespace VespermoorEngine::Host {
+#include "Failure.h"
 
-namespace Containers = Corrade::Containers;
+namespace VespermoorEngine::Host {
 
 /** @brief A template, and what it is rendered for. */
 struct Rendering {

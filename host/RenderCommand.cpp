@@ -1,4 +1,4 @@
-#include "RenderCommand.h"
+#include "Commands.h"
 
 #include <memory>
 #include <string>

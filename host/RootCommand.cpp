@@ -1,4 +1,4 @@
-#include "RootCommand.h"
+#include "Commands.h"
 
 #include <memory>
 #include <optional>

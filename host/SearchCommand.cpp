@@ -1,4 +1,4 @@
-#include "SearchCommand.h"
+#include "Commands.h"
 
 #include <algorithm>
 #include <memory>
@@ -23,11 +23,10 @@ struct Options {
     std::vector<std::string> paths;
 };
 
-constexpr std::uint64_t noMatch = ~std::uint64_t{};
-
 /* Prints the matches in one file and returns whether there were any. */
 bool search(const std::string& path, const Options& options) {
     const Containers::String content = readFile(path);
+    const std::string name = escaped(path);
     const Containers::StringView text = content;
     std::size_t line = 1;
     std::size_t counted = 0;
@@ -36,7 +35,7 @@ bool search(const std::string& path, const Options& options) {
     while (from < text.size()) {
         const std::uint64_t match =
             Utils::caseInsensitiveSearch(text.exceptPrefix(from), options.wanted);
-        if (match == noMatch) {
+        if (match == Utils::noMatch) {
             break;
         }
         found = true;
@@ -46,7 +45,7 @@ bool search(const std::string& path, const Options& options) {
         const Containers::StringView newline = text.prefix(begin).findLast('\n');
         const char* const lineBegin = newline.data() ? newline.end() : text.begin();
         const char* const lineEnd = std::find(begin, text.end(), '\n');
-        print(Corrade::Utility::format("{}:{}:{}: {}\n", Containers::StringView{path}, counted,
+        print(Corrade::Utility::format("{}:{}:{}: {}\n", Containers::StringView{name}, counted,
                                        line, text.slice(lineBegin, lineEnd)));
         if (!options.all) {
             break;

@@ -1,4 +1,4 @@
-#include "TagsCommand.h"
+#include "Commands.h"
 
 #include <memory>
 #include <string>

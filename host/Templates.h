@@ -6,8 +6,6 @@
 
 namespace VespermoorEngine::Host {
 
-namespace Containers = Corrade::Containers;
-
 /** @brief A compiled template and the file that it came from, for the messages about it. */
 struct NamedTemplate {
     Containers::String path;

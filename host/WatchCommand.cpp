@@ -1,8 +1,10 @@
-#include "WatchCommand.h"
+#include "Commands.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <string>
@@ -55,7 +57,7 @@ public:
 private:
     void add(const Containers::StringView path, const FileWatch::Event event) {
         lines += event == FileWatch::Event::Remove ? "Remove " : "Modify ";
-        lines.append(path.data(), path.size());
+        lines += escaped(path);
         lines += '\n';
     }
 
@@ -67,7 +69,7 @@ private:
 
 void add(FileWatch& watch, const Containers::StringView path, FileWatch::Callback listener) {
     if (!Utility::Path::exists(path)) {
-        throw Failure{path, "there is no such file or directory"};
+        throw Failure{path, std::strerror(ENOENT)};
     }
     if (watch.watch(path, std::move(listener)) == 0) {
         throw Failure{path, "cannot be watched"};

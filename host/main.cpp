@@ -1,17 +1,12 @@
-#include <cstdio>
 #include <exception>
+#include <string>
 
 #include <CLI/CLI.hpp>
 
-#include "CaseCommand.h"
+#include "Commands.h"
 #include "Failure.h"
-#include "GenerateCommand.h"
-#include "JsonCommand.h"
-#include "RenderCommand.h"
-#include "RootCommand.h"
-#include "SearchCommand.h"
-#include "TagsCommand.h"
-#include "WatchCommand.h"
+
+namespace Host = VespermoorEngine::Host;
 
 namespace {
 
@@ -21,14 +16,17 @@ constexpr int wrongUsage = 2;
 int run(const int argc, const char* const* const argv) {
     CLI::App program{"Services of the Vespermoor editor for the command line", "vespermoor-utils"};
     program.require_subcommand(1);
-    VespermoorEngine::Host::addJsonCommand(program);
-    VespermoorEngine::Host::addRenderCommand(program);
-    VespermoorEngine::Host::addGenerateCommand(program);
-    VespermoorEngine::Host::addTagsCommand(program);
-    VespermoorEngine::Host::addCaseCommand(program);
-    VespermoorEngine::Host::addSearchCommand(program);
-    VespermoorEngine::Host::addRootCommand(program);
-    VespermoorEngine::Host::addWatchCommand(program);
+    program.failure_message([](const CLI::App*, const CLI::Error& error) {
+        return Host::escaped(error.what()) + "\nRun with --help for more information.\n";
+    });
+    Host::addJsonCommand(program);
+    Host::addRenderCommand(program);
+    Host::addGenerateCommand(program);
+    Host::addTagsCommand(program);
+    Host::addCaseCommand(program);
+    Host::addSearchCommand(program);
+    Host::addRootCommand(program);
+    Host::addWatchCommand(program);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -42,10 +40,10 @@ int run(const int argc, const char* const* const argv) {
 int main(const int argc, const char* const* const argv) {
     try {
         return run(argc, argv);
-    } catch (const VespermoorEngine::Host::SilentFailure&) {
+    } catch (const Host::SilentFailure&) {
         return failed;
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "vespermoor-utils: %s\n", error.what());
+        Host::printError(error.what());
         return failed;
     }
 }

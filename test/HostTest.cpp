@@ -96,6 +96,9 @@ TEST_F(HostCommandTest, Prints) {
 TEST_F(HostCommandTest, SaysInOneLineWhatFailed) {
     const std::pair<const char*, const char*> rows[]{
         // clang-format off
+        {"json no\33\x9bne\u009b\u202e.json",
+         "no\\x1b\\x9bne\\xc2\\x9b\\xe2\\x80\\xae.json: No such file or directory"},
+        {"json n\xe4me.json", "n\xe4me.json: No such file or directory"},
         {"json none.json", "none.json: No such file or directory"},
         {"json /", "/: Is a directory"},
         {"json broken.json", "broken.json:3:7: Missing a colon after a name of object member"},

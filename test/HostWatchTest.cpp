@@ -104,8 +104,7 @@ TEST_F(HostWatch, EndsByItselfBeforeATickIsOver) {
 TEST_F(HostWatch, RefusesAPathThatDoesNotExist) {
     const ProgramRun run = runProgram({"watch", "w", "none"});
     EXPECT_EQ(run.exitCode, 1);
-    EXPECT_EQ(run.output + run.error,
-              "vespermoor-utils: none: there is no such file or directory\n");
+    EXPECT_EQ(run.output + run.error, "vespermoor-utils: none: No such file or directory\n");
 }
 
 } // namespace

@@ -189,8 +189,6 @@ namespace {
 
 using Facet = std::ctype<char>;
 
-constexpr std::uint64_t noMatch = ~std::uint64_t{0};
-
 /* What a facet makes of each byte value, asked once. It is asked for one byte at a time, as the
    comparator does: a facet of the user's may answer differently for a range. */
 class UpperCase {

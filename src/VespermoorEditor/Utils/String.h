@@ -77,12 +77,15 @@ struct CaseInsensitiveStringEqual {
     }
 };
 
+/** @brief Result of @ref caseInsensitiveSearch() if nothing matches. */
+constexpr std::uint64_t noMatch = ~std::uint64_t{0};
+
 /**
  * @brief Offset in bytes of the first match of @p substring in @p text, whatever the case.
  *
  * Bytes match by @ref CaseInsensitiveStringEqual with @p locale. An empty @p substring matches at
- * offset 0 of any text, and one with null data is empty, whatever its size. All bits of the result
- * are set where nothing matches.
+ * offset 0 of any text, and one with null data is empty, whatever its size. Returns @ref noMatch
+ * if nothing matches.
  *
  * For a long text the facet of @p locale is asked about all 256 byte values, those that occur
  * nowhere included. What it throws goes to the caller.
