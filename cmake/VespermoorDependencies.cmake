@@ -1,13 +1,14 @@
-# Finds the dependencies and decides between the installed Corrade and Magnum and the stand-ins.
-# Sets VESPERMOOR_USE_STANDINS, and VESPERMOOR_CORRADE and VESPERMOOR_MAGNUM to the targets to link.
+# Finds the dependencies and chooses between Corrade and Magnum, installed or fetched, and the
+# stand-ins. Sets VESPERMOOR_USE_STANDINS, VESPERMOOR_CORRADE and VESPERMOOR_MAGNUM to the targets to
+# link, and PORTABLE_FILE_DIALOGS_INCLUDE_DIR.
 
-if(NOT VESPERMOOR_DEPENDENCIES MATCHES "^(auto|installed|standins)$")
+if(NOT VESPERMOOR_DEPENDENCIES MATCHES "^(auto|installed|standins|fetch)$")
     message(FATAL_ERROR "VESPERMOOR_DEPENDENCIES is '${VESPERMOOR_DEPENDENCIES}'; "
-        "it takes auto, installed or standins")
+        "it takes auto, installed, standins or fetch")
 endif()
 
-# Sets `result` where Corrade and Magnum are installed and new enough: Utility/Path.h came after
-# 2020.06, and no version number tells the two apart.
+# Sets `result` if Corrade and Magnum are installed and new enough. They have to be newer than
+# 2020.06, which has no Utility/Path.h; their version numbers do not tell the two apart.
 function(vespermoor_find_installed result)
     set(${result} OFF PARENT_SCOPE)
     find_package(Corrade QUIET COMPONENTS Utility)
@@ -22,47 +23,58 @@ function(vespermoor_find_installed result)
     endif()
 endfunction()
 
-set(VESPERMOOR_USE_STANDINS ON)
-if(NOT VESPERMOOR_DEPENDENCIES STREQUAL standins)
+set(VESPERMOOR_USE_STANDINS OFF)
+if(VESPERMOOR_DEPENDENCIES STREQUAL standins)
+    set(VESPERMOOR_USE_STANDINS ON)
+elseif(NOT VESPERMOOR_DEPENDENCIES STREQUAL fetch)
     vespermoor_find_installed(_vespermoor_installed)
     if(_vespermoor_installed)
-        set(VESPERMOOR_USE_STANDINS OFF)
+        # Found again, because the variables of the first search ended with the function.
+        find_package(Corrade REQUIRED COMPONENTS Utility)
+        find_package(Magnum REQUIRED)
+        message(STATUS "Corrade and Magnum: installed, ${CORRADE_INCLUDE_DIR}")
     elseif(VESPERMOOR_DEPENDENCIES STREQUAL installed)
         message(FATAL_ERROR "VESPERMOOR_DEPENDENCIES is 'installed', but Corrade and Magnum newer "
             "than 2020.06 were not found; add their prefix to CMAKE_PREFIX_PATH")
+    else()
+        set(VESPERMOOR_USE_STANDINS ON)
     endif()
+endif()
+
+# portable-file-dialogs is a single header without a package or a version of its own.
+if(VESPERMOOR_DEPENDENCIES STREQUAL fetch)
+    include(VespermoorFetch)
+elseif(NOT VESPERMOOR_DEPENDENCIES STREQUAL standins)
+    find_path(PORTABLE_FILE_DIALOGS_INCLUDE_DIR portable-file-dialogs.h)
+endif()
+if(PORTABLE_FILE_DIALOGS_INCLUDE_DIR AND NOT VESPERMOOR_DEPENDENCIES STREQUAL standins)
+    message(STATUS "portable-file-dialogs: ${PORTABLE_FILE_DIALOGS_INCLUDE_DIR}")
+elseif(VESPERMOOR_DEPENDENCIES STREQUAL installed)
+    message(FATAL_ERROR "VESPERMOOR_DEPENDENCIES is 'installed', but portable-file-dialogs.h was "
+        "not found; set PORTABLE_FILE_DIALOGS_INCLUDE_DIR to its directory")
+else()
+    # Copied into a directory of its own, because its own folder holds the stand-ins' Corrade too,
+    # which must stay hidden if Corrade is installed.
+    set(PORTABLE_FILE_DIALOGS_INCLUDE_DIR ${PROJECT_BINARY_DIR}/portable-file-dialogs)
+    configure_file(${PROJECT_SOURCE_DIR}/standins/portable-file-dialogs.h
+        ${PORTABLE_FILE_DIALOGS_INCLUDE_DIR}/portable-file-dialogs.h COPYONLY)
+    message(STATUS "portable-file-dialogs: the stand-in")
 endif()
 
 if(VESPERMOOR_USE_STANDINS)
     set(VESPERMOOR_CORRADE Vespermoor::Standins)
     set(VESPERMOOR_MAGNUM Vespermoor::Standins)
     message(STATUS "Corrade and Magnum: the stand-ins")
+elseif(VESPERMOOR_DEPENDENCIES STREQUAL fetch)
+    # A package cannot export links to targets that other projects in the same build define. The
+    # installed targets link these names instead, which our package defines.
+    set(VESPERMOOR_CORRADE
+        $<BUILD_INTERFACE:Corrade::Utility> $<INSTALL_INTERFACE:Vespermoor::Corrade>)
+    set(VESPERMOOR_MAGNUM
+        $<BUILD_INTERFACE:Magnum::Magnum> $<INSTALL_INTERFACE:Vespermoor::Magnum>)
 else()
-    # Called again, since the targets that a function's find_package makes end with its directory
-    # scope but the variables of the config files end with the function.
-    find_package(Corrade REQUIRED COMPONENTS Utility)
-    find_package(Magnum REQUIRED)
     set(VESPERMOOR_CORRADE Corrade::Utility)
     set(VESPERMOOR_MAGNUM Magnum::Magnum)
-    message(STATUS "Corrade and Magnum: installed, ${CORRADE_INCLUDE_DIR}")
-endif()
-
-# portable-file-dialogs is a single header without a package or a version of its own.
-if(NOT VESPERMOOR_DEPENDENCIES STREQUAL standins)
-    find_path(PORTABLE_FILE_DIALOGS_INCLUDE_DIR portable-file-dialogs.h)
-endif()
-if(PORTABLE_FILE_DIALOGS_INCLUDE_DIR AND NOT VESPERMOOR_DEPENDENCIES STREQUAL standins)
-    message(STATUS "portable-file-dialogs: installed, ${PORTABLE_FILE_DIALOGS_INCLUDE_DIR}")
-elseif(VESPERMOOR_DEPENDENCIES STREQUAL installed)
-    message(FATAL_ERROR "VESPERMOOR_DEPENDENCIES is 'installed', but portable-file-dialogs.h was "
-        "not found; set PORTABLE_FILE_DIALOGS_INCLUDE_DIR to its directory")
-else()
-    # Copied into a directory of its own: beside an installed Corrade, the folder of the stand-ins
-    # would offer its Corrade as well.
-    set(PORTABLE_FILE_DIALOGS_INCLUDE_DIR ${PROJECT_BINARY_DIR}/portable-file-dialogs)
-    configure_file(${PROJECT_SOURCE_DIR}/standins/portable-file-dialogs.h
-        ${PORTABLE_FILE_DIALOGS_INCLUDE_DIR}/portable-file-dialogs.h COPYONLY)
-    message(STATUS "portable-file-dialogs: the stand-in")
 endif()
 
 find_path(RAPIDJSON_INCLUDE_DIR rapidjson/document.h REQUIRED)

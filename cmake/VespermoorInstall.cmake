@@ -1,16 +1,16 @@
-# What `cmake --install` makes: a tree that can be moved anywhere. Components: library, development
-# and program.
+# The installed tree, which can be moved anywhere. Components: library, development and program.
 
 include(CMakePackageConfigHelpers)
 
 set(vespermoor_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/VespermoorEditorUtils)
 set(vespermoor_doc_dir ${CMAKE_INSTALL_DATADIR}/doc/VespermoorEditorUtils)
 
-# Installs the shared library `target` and exports it to projects that use CMake.
+# Installs the library `target` and exports it to projects that use CMake.
 function(vespermoor_install_library target)
     install(TARGETS ${target} EXPORT VespermoorEditorUtils
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library
-        NAMELINK_COMPONENT development)
+        NAMELINK_COMPONENT development
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
 endfunction()
 
 # The CMake package.
@@ -58,21 +58,30 @@ if(VESPERMOOR_USE_STANDINS)
     vespermoor_install_pkgconfig(VespermoorStandins
         "Stand-ins for what VespermoorEditorUtils uses of Corrade and Magnum"
         INCLUDE "/VespermoorStandins")
-    vespermoor_install_pkgconfig(VespermoorEngine "Packed string lists and paths as text"
-        REQUIRES "VespermoorStandins = ${PROJECT_VERSION}")
-    vespermoor_install_pkgconfig(VespermoorEditorUtils ${PROJECT_DESCRIPTION}
-        REQUIRES "VespermoorEngine = ${PROJECT_VERSION}" CFLAGS ${rapidjson_flags})
+    set(engine_flags REQUIRES "VespermoorStandins = ${PROJECT_VERSION}")
+elseif(VESPERMOOR_DEPENDENCIES STREQUAL fetch)
+    # Installed in the same folders as our libraries. The names of their debug libraries end in -d.
+    if(CMAKE_BUILD_TYPE STREQUAL Debug)
+        set(suffix -d)
+    endif()
+    set(engine_flags LIBS "-lCorradeUtility${suffix}" CFLAGS -fno-strict-aliasing)
+    set(magnum_libraries "-lMagnum${suffix}")
 else()
     vespermoor_include_flag(corrade_flags ${CORRADE_INCLUDE_DIR})
     vespermoor_include_flag(magnum_flags ${MAGNUM_INCLUDE_DIR})
     vespermoor_link_flags(corrade_libraries Corrade::Utility)
     vespermoor_link_flags(magnum_libraries Magnum::Magnum)
-    vespermoor_install_pkgconfig(VespermoorEngine "Packed string lists and paths as text"
-        CFLAGS ${corrade_flags} LIBS ${corrade_libraries})
-    vespermoor_install_pkgconfig(VespermoorEditorUtils ${PROJECT_DESCRIPTION}
-        REQUIRES "VespermoorEngine = ${PROJECT_VERSION}"
-        CFLAGS "${magnum_flags} ${rapidjson_flags}" LIBS ${magnum_libraries})
+    set(engine_flags CFLAGS ${corrade_flags} LIBS ${corrade_libraries})
 endif()
+vespermoor_install_pkgconfig(VespermoorEngine "Packed string lists and paths as text"
+    ${engine_flags})
+vespermoor_install_pkgconfig(VespermoorEditorUtils ${PROJECT_DESCRIPTION}
+    REQUIRES "VespermoorEngine = ${PROJECT_VERSION}"
+    CFLAGS "${magnum_flags} ${rapidjson_flags}" LIBS ${magnum_libraries})
+vespermoor_install_pkgconfig(VespermoorEditorUtilsStatic
+    "${PROJECT_DESCRIPTION}, with its hidden desktop services"
+    REQUIRES "VespermoorEngine = ${PROJECT_VERSION}, uuid"
+    CFLAGS "${magnum_flags} ${rapidjson_flags}" LIBS ${magnum_libraries})
 
 install(FILES LICENSE DESTINATION ${vespermoor_doc_dir} COMPONENT library)
 install(FILES CHANGELOG.md DESTINATION ${vespermoor_doc_dir} COMPONENT development)
