@@ -3,7 +3,8 @@
 
 #include <Corrade/Containers/StringView.h>
 
-/* What the pages of the documentation quote. Paths lead to files that the functions may change. */
+/* The code that the pages of the documentation quote. The functions may change the files whose
+   paths they are given. */
 
 void readJson(Corrade::Containers::StringView scenePath);
 void renderTemplate(Corrade::Containers::StringView scenePath);
@@ -14,7 +15,18 @@ void replaceRegion();
 void convertNames();
 void findData(Corrade::Containers::StringView programs);
 
-/* Renders the examples of the template language; returns whether all give what they promise. */
+void addFog(Corrade::Containers::StringView scenePath);
+void readTexture(Corrade::Containers::StringView name);
+void followScene(Corrade::Containers::StringView scenePath);
+void replaceLines(Corrade::Containers::StringView text);
+
+void backUp(Corrade::Containers::StringView project, Corrade::Containers::StringView backup);
+void discard(Corrade::Containers::StringView asset);
+void openScene(Corrade::Containers::StringView folder);
+void countScenes(Corrade::Containers::StringView project);
+
+/* Renders the examples of the template language; returns whether each gives the output next to it.
+ */
 bool renderExamples();
 
 #endif

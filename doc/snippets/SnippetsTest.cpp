@@ -1,6 +1,7 @@
 #include "Snippets.h"
 
 #include <cstdio>
+#include <cstdlib>
 
 #include <Corrade/Containers/StringStl.h>
 
@@ -63,6 +64,48 @@ const Row rows[]{
          findData(d / "editor/bin");
      },
      "data in editor\n"},
+    {"addFog", [](const TemporaryDirectory& d) { addFog(d / "scene.json"); },
+     "0\nstill missing\n0.25\n"},
+    {"readTexture", [](const TemporaryDirectory&) { readTexture("walls/~old"); }, "old.png\n"},
+    {"followScene", [](const TemporaryDirectory& d) { followScene(d / "scene.json"); },
+     "Harbour\nLighthouse\n"},
+    {"replaceLines", [](const TemporaryDirectory&) { replaceLines("// [a]\n// [/a]\n"); },
+     "// [a]\nint made;\n// [/a]\n\n"},
+    {"replaceLinesOfWindows",
+     [](const TemporaryDirectory&) { replaceLines("// [a]\r\nold\r\n// [/a]\r\n"); },
+     "// [a]\r\nint made;\r\n// [/a]\r\n\n"},
+    {"backUp",
+     [](const TemporaryDirectory& d) {
+         writeFile(d / "project/maps/a.json", "{}");
+         backUp(d / "project", d / "backup");
+         EXPECT_EQ(readFile(d / "backup/maps/a.json"), "{}");
+     },
+     ""},
+    {"discardWithoutTrash",
+     [](const TemporaryDirectory& d) {
+         setenv("XDG_DATA_HOME", d.path().data(), 1);
+         discard(d / "scene.json");
+         EXPECT_EQ(readFile(d / "scene.json"), scene);
+     },
+     "This cannot be undone\n"},
+    {"discard",
+     [](const TemporaryDirectory& d) {
+         setenv("XDG_DATA_HOME", d.path().data(), 1);
+         fs::create_directories(d / "Trash/files");
+         discard(d / "scene.json");
+         EXPECT_EQ(readFile(d / "Trash/files/scene.json"), scene);
+     },
+     ""},
+    {"openScene",
+     [](const TemporaryDirectory& d) {
+         writeFile(d / "bin/zenity", "#!/bin/sh\necho /maps/harbour.json\n");
+         fs::permissions(d / "bin/zenity", fs::perms::owner_all);
+         setenv("PATH", (d / "bin:" + std::getenv("PATH")).data(), 1);
+         setenv("XDG_SESSION_DESKTOP", "gnome", 1);
+         openScene(d.path());
+     },
+     "opening harbour.json\n"},
+    {"countScenes", [](const TemporaryDirectory& d) { countScenes(d.path()); }, "scenes: 1\n"},
     {"renderExamples", [](const TemporaryDirectory&) { EXPECT_TRUE(renderExamples()); }, ""},
 };
 
