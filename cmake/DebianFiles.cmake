@@ -1,4 +1,4 @@
-# Run by CPack on the staged trees of the components: makes of each what Debian expects in a package.
+# Run by CPack on the staged trees of the components: adds the files that Debian expects in a package.
 
 set(packages_library ${CPACK_DEBIAN_LIBRARY_PACKAGE_NAME})
 set(packages_development ${CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME})
@@ -20,13 +20,16 @@ foreach(component library development program)
     set(root ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/${component}/usr)
     set(doc ${root}/share/doc/${packages_${component}})
 
-    # The licence has a name of its own in a package.
-    file(REMOVE_RECURSE ${root}/share/doc/VespermoorEditorUtils)
+    # In a package the folder has the name of the package, and the licence is called copyright.
+    if(EXISTS ${root}/share/doc/VespermoorEditorUtils)
+        file(RENAME ${root}/share/doc/VespermoorEditorUtils ${doc})
+    endif()
+    file(REMOVE ${doc}/LICENSE)
     file(MAKE_DIRECTORY ${doc})
     file(COPY_FILE ${CPACK_VESPERMOOR_SOURCE_DIR}/LICENSE ${doc}/copyright)
     file(WRITE ${doc}/changelog "${changelog}")
 
-    file(GLOB compressed ${root}/share/man/*/*.1 ${doc}/changelog)
+    file(GLOB compressed ${root}/share/man/*/* ${doc}/changelog)
     foreach(file ${compressed})
         run(gzip -9n ${file})
     endforeach()

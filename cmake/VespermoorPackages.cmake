@@ -1,7 +1,7 @@
-# Debian packages, made with `cpack --config <build folder>/CPackConfig.cmake`: the libraries, what
-# is needed to develop on them, and the program.
+# Debian packages, made with `cpack --config <build folder>/CPackConfig.cmake`: the libraries, the
+# files for developing on them, and the program.
 
-# There is no package of Corrade and Magnum that these could depend on.
+# Debian has no packages of Corrade and Magnum that ours could depend on.
 if(NOT VESPERMOOR_USE_STANDINS)
     return()
 endif()
@@ -11,7 +11,7 @@ set(VESPERMOOR_PACKAGE_MAINTAINER "Vespermoor developers <developers@vespermoor.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME vespermoor)
-# Otherwise it stands in front of the description of every component.
+# Otherwise CPack puts it before the description of every component.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_PACKAGE_CONTACT ${VESPERMOOR_PACKAGE_MAINTAINER})
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
@@ -38,7 +38,7 @@ Reads and writes JSON documents, renders text templates against them, watches
 directory trees, rewrites tagged regions of generated text, and ties an editor
 to the desktop.")
 
-# What the package does for the loader, and for packages that are linked to its libraries.
+# Updates the loader's cache, and tells dpkg-shlibdeps which package has the libraries.
 set(vespermoor_control_dir ${PROJECT_BINARY_DIR}/debian)
 file(WRITE ${vespermoor_control_dir}/triggers "activate-noawait ldconfig\n")
 file(WRITE ${vespermoor_control_dir}/shlibs "")
@@ -53,11 +53,12 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libvespermooreditorutils-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${vespermoor_library_dependency}, rapidjson-dev")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+    "${vespermoor_library_dependency}, rapidjson-dev, uuid-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "services for a 3D engine's editor - development files
-The headers, the CMake package and the pkg-config files of
-libVespermoorEditorUtils, which gives the desktop editor of a 3D engine
-documents, templates, watched directories and generated text.")
+The headers, the static archive, the CMake package, the pkg-config files and
+the documentation of libVespermoorEditorUtils, which gives the desktop editor
+of a 3D engine documents, templates, watched directories and generated text.")
 
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME vespermoor-utils)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION utils)
@@ -65,6 +66,6 @@ set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS ${vespermoor_library_dependency})
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/lib)
 set(CPACK_DEBIAN_PROGRAM_DESCRIPTION "JSON, templates and generated files on the command line
 Prints and edits JSON documents, renders templates against them, keeps sets of
-generated files current, and tells what changes in directory trees.")
+generated files up to date, and prints the changes in directory trees.")
 
 include(CPack)
