@@ -1,5 +1,5 @@
-/* A host that uses the services of the desktop: copies a folder, counts the files of the copy with a
-   shell command, and moves the copy to the trash.
+/* A host that uses the services of the desktop: copies a folder, counts the files of the copy with
+   a shell command, and moves the copy to the trash.
 
    Usage: desktop-host FOLDER COPY */
 
