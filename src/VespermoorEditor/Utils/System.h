@@ -15,7 +15,7 @@ namespace VespermoorEngine {
 namespace Containers = Corrade::Containers;
 namespace Utility = Corrade::Utility;
 
-/** @brief What a walk of @ref visitPath() expands and visits. */
+/** @brief What a walk of @ref VespermoorEngine::visitPath() expands and visits. */
 enum class VisitFlag : std::uint8_t {
     /** The visitor is called for the start path too, last of all. */
     IncludeRoot = 1,
@@ -119,7 +119,7 @@ Containers::String appDirectory();
 /**
  * @brief Runs @p command in a login shell and captures what it prints.
  * @param[in] command           Stands between the single quotes of
- *      `/bin/sh -lc '<command>' 2>&1`. Nothing is escaped, so it must not contain a single quote.
+ *      ``/bin/sh -lc '<command>' 2>&1``. Nothing is escaped, so it must not contain a single quote.
  * @param[out] output           Replaced by all that the command wrote to its standard output and
  *      standard error, byte for byte and in order. What the login shell prints while it reads its
  *      profile is part of it, and so is what `cd` prints: the directory where it was found
