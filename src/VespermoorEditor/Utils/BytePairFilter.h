@@ -1,9 +1,27 @@
 #ifndef VespermoorEditor_Utils_BytePairFilter_h
 #define VespermoorEditor_Utils_BytePairFilter_h
 
+#include <algorithm>
 #include <cstddef>
 
 #include <Corrade/Containers/StringView.h>
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+/** @file
+ * Search for a pattern in a text, where each byte of the pattern may match several byte values.
+ *
+ * The idea: only places where the first byte and the last byte of the pattern both match are worth
+ * a full comparison, and the processor tests 16 places for that at once. Each of the two bytes is a
+ * set of at most four values, which is compared value by value. The text is read in blocks of 16
+ * places; the last block overlaps the one before it, so only texts with less than 16 places are
+ * compared place by place.
+ *
+ * Cost: linear in the text, with about two instructions a block for each value, plus the full
+ * comparisons. Worst case, for texts in which every place passes the filter: text size times
+ * pattern size, as for `std::search()`.
+ */
 
 namespace VespermoorEngine {
 
@@ -11,60 +29,121 @@ namespace Containers = Corrade::Containers;
 
 namespace Utils {
 
-/** @brief Up to four byte values, in a form to compare 16 bytes with at once. */
+/** @brief Set of one to four byte values. */
 class ByteSet {
 public:
-    /** @brief Values that fit. */
+    /** @brief Most values that a set holds. */
     static constexpr std::size_t capacity = 4;
 
-    /** @brief Adds @p value, and returns whether it is in the set now. */
-    bool add(char value);
+    /** @brief Adds @p value, which is not in the set yet; returns false if the set is full. */
+    bool add(const char value) {
+        if (count == capacity) {
+            return false;
+        }
+        /* Also fills the rest, so that comparing with more values than there are is harmless. */
+        std::fill(values + count++, values + capacity, value);
+        return true;
+    }
 
     /** @brief Number of values. */
     std::size_t size() const { return count; }
 
-    /** @brief Value @p i repeated 16 times; behind the last one the last one again. */
-    const char* repeated(const std::size_t i) const { return blocks[i]; }
+    /** @brief Value @p i; the last value again if there are fewer. */
+    char operator[](const std::size_t i) const { return values[i]; }
 
 private:
     std::size_t count = 0;
-    alignas(16) char blocks[capacity][16] = {};
+    char values[capacity] = {};
 };
 
-/**
- * @brief Finds the places of a text at which a search is worth its while.
- *
- * Those are the places where a byte of one set stands, and a byte of another set at a fixed
- * distance behind it. The text is not owned.
- */
+/** @brief Finds the places of a text with a byte of one set there and of another set further on. */
 class BytePairFilter {
 public:
-    /** @brief Filter for @p text by two sets, each of which has a value at least. */
-    explicit BytePairFilter(Containers::StringView text, const ByteSet& first,
-                            const ByteSet& second, std::size_t distance);
-
-    /** @brief Number of places in the text that have another one at the distance behind them. */
-    std::size_t places() const { return placeCount; }
+    /**
+     * @brief Filter for a byte of @p first and, @p distance bytes after it, a byte of @p second.
+     *
+     * Neither set is empty.
+     */
+    explicit BytePairFilter(const ByteSet& first, const ByteSet& second, const std::size_t distance)
+        : first{first}, second{second}, distance{distance} {}
 
     /**
-     * @brief First place from @p i on that may be one; @ref places() where none is left.
+     * @brief First place that passes the filter and that @p matches accepts, or @p placeCount.
      *
-     * Bytes are compared 16 at a time. Where fewer are left, and where the processor cannot do
-     * that, it is the next place whatever stands there, so every place is still to be compared in
-     * full.
+     * The places are the first @p placeCount bytes of @p text, which holds @ref distance bytes
+     * more. @p matches gets a pointer to the place. It has to compare in full: places that do not
+     * pass the filter may be offered too.
      */
-    std::size_t next(std::size_t i) const;
+    template <class Matches>
+    std::size_t find(const char* const text, const std::size_t placeCount,
+                     const Matches& matches) const {
+        const std::size_t values = std::max(first.size(), second.size());
+        return values <= 1   ? findAnyOf<1>(text, placeCount, matches)
+               : values <= 2 ? findAnyOf<2>(text, placeCount, matches)
+                             : findAnyOf<ByteSet::capacity>(text, placeCount, matches);
+    }
 
 private:
-    template <std::size_t values>
-    std::size_t nextOf(std::size_t i) const;
+    template <std::size_t values, class Matches>
+    std::size_t findAnyOf(const char* text, std::size_t placeCount, const Matches& matches) const;
 
-    const char* text;
-    std::size_t distance;
-    std::size_t placeCount;
     ByteSet first;
     ByteSet second;
+    std::size_t distance;
 };
+
+#ifdef __SSE2__
+/** @brief The values of a set, each repeated for 16 bytes. */
+template <std::size_t values>
+class RepeatedBytes {
+public:
+    explicit RepeatedBytes(const ByteSet& set) {
+        for (std::size_t i = 0; i != values; ++i) {
+            repeated[i] = _mm_set1_epi8(set[i]);
+        }
+    }
+
+    /** @brief All bits set in the place of each of 16 @p bytes that is in the set. */
+    __m128i find(const char* const bytes) const {
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+        __m128i found = _mm_cmpeq_epi8(block, repeated[0]);
+        for (std::size_t i = 1; i != values; ++i) {
+            found = _mm_or_si128(found, _mm_cmpeq_epi8(block, repeated[i]));
+        }
+        return found;
+    }
+
+private:
+    __m128i repeated[values];
+};
+#endif
+
+template <std::size_t values, class Matches>
+std::size_t BytePairFilter::findAnyOf(const char* const text, const std::size_t placeCount,
+                                      const Matches& matches) const {
+    std::size_t i = 0;
+#ifdef __SSE2__
+    constexpr std::size_t blockSize = sizeof(__m128i);
+    const RepeatedBytes<values> firstBytes{first};
+    const RepeatedBytes<values> secondBytes{second};
+    while (placeCount >= blockSize && i != placeCount) {
+        const std::size_t block = std::min(i, placeCount - blockSize);
+        int found = _mm_movemask_epi8(_mm_and_si128(firstBytes.find(text + block),
+                                                    secondBytes.find(text + block + distance)));
+        for (; found != 0; found &= found - 1) {
+            const std::size_t place = block + __builtin_ctz(found);
+            if (matches(text + place)) {
+                return place;
+            }
+        }
+        i = block + blockSize;
+    }
+#endif
+    while (i != placeCount && !matches(text + i)) {
+        ++i;
+    }
+    return i;
+}
 
 } // namespace Utils
 } // namespace VespermoorEngine

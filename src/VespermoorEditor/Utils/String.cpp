@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cctype>
+#include <functional>
+#include <iterator>
 #include <numeric>
+#include <typeinfo>
 
 #include <Corrade/Containers/Array.h>
 #include <Corrade/Containers/GrowableArray.h>
@@ -187,38 +190,24 @@ Containers::String toBigCamelCase(const Containers::StringView name) {
 
 namespace {
 
+/* Searching without case. A facet that a caller derived may answer anything and throw, so it is
+   asked exactly what the comparator asks. The upper case of the classic locale is known, and the
+   facets of the standard library give that of many bytes in one call: a short text is folded whole,
+   and for a long one the upper case of all byte values goes into a table. These texts are then
+   searched with a filter. */
+
 using Facet = std::ctype<char>;
 
-/* What a facet makes of each byte value, asked once. It is asked for one byte at a time, as the
-   comparator does: a facet of the user's may answer differently for a range. */
-class UpperCase {
-public:
-    explicit UpperCase(const Facet& facet) {
-        for (unsigned value = 0; value != 256; ++value) {
-            table[value] = facet.toupper(static_cast<char>(value));
-        }
-    }
+/* Size of a text in bytes from which on a table of all upper cases costs less than folding it. */
+constexpr std::size_t longText = 512;
 
-    char operator()(const char c) const { return table[static_cast<unsigned char>(c)]; }
-
-private:
-    char table[256];
-};
-
-/* The byte values with the same upper case as a letter, unless these are too many. The C library's
-   locales have two, or three as for the Greek sigma, but a facet of the user's may have more. */
-Containers::Optional<ByteSet> sameLetters(const UpperCase& upperCase, const char letter) {
-    ByteSet set;
-    for (unsigned value = 0; value != 256; ++value) {
-        const char c = static_cast<char>(value);
-        if (upperCase(c) == upperCase(letter) && !set.add(c)) {
-            return {};
-        }
-    }
-    return set;
+/* The standard library derives nothing else from its facet, and what it has throws nothing. */
+bool isStandard(const Facet& facet) {
+    return typeid(facet) == typeid(Facet) || typeid(facet) == typeid(std::ctype_byname<char>);
 }
 
-/* The facet is looked up once and not at every comparison, which costs ten times the comparison. */
+/* The facet is looked up once and not for every comparison, which costs ten times the comparison.
+ */
 std::uint64_t searchEveryPlace(const Containers::StringView text,
                                const Containers::StringView substring, const Facet& facet) {
     const char* const match = std::search(
@@ -227,33 +216,96 @@ std::uint64_t searchEveryPlace(const Containers::StringView text,
     return match == text.end() ? noMatch : match - text.begin();
 }
 
-std::uint64_t searchLongText(const Containers::StringView text,
-                             const Containers::StringView substring, const std::locale& locale) {
-    const Facet& facet = std::use_facet<Facet>(locale);
-    const UpperCase upperCase{facet};
-    const Containers::Optional<ByteSet> first = sameLetters(upperCase, substring.front());
-    const Containers::Optional<ByteSet> last = sameLetters(upperCase, substring.back());
+/* Searches with a filter by the bytes that match the first and the last byte of `substring`. */
+template <class Equal>
+std::uint64_t searchFiltered(const Containers::StringView text,
+                             const Containers::StringView substring, const ByteSet& first,
+                             const ByteSet& last, const Equal& equal) {
+    const BytePairFilter filter{first, last, substring.size() - 1};
+    const std::size_t placeCount = text.size() - substring.size() + 1;
+    const std::size_t place =
+        filter.find(text.data(), placeCount, [substring, &equal](const char* const candidate) {
+            return std::equal(substring.begin(), substring.end(), candidate, equal);
+        });
+    return place == placeCount ? noMatch : place;
+}
+
+char classicUpperCase(const char c) {
+    return c >= 'a' && c <= 'z' ? char(c - 'a' + 'A') : c;
+}
+
+ByteSet classicSameLetters(const char letter) {
+    ByteSet set;
+    set.add(letter);
+    if (isLetter(letter)) {
+        set.add(char(letter ^ ('a' - 'A')));
+    }
+    return set;
+}
+
+std::uint64_t searchClassic(const Containers::StringView text,
+                            const Containers::StringView substring) {
+    return searchFiltered(text, substring, classicSameLetters(substring.front()),
+                          classicSameLetters(substring.back()), [](const char a, const char b) {
+                              return classicUpperCase(a) == classicUpperCase(b);
+                          });
+}
+
+ByteSet onlyByte(const char value) {
+    ByteSet set;
+    set.add(value);
+    return set;
+}
+
+/* Searches a text below `longText` for a part that is no longer. */
+std::uint64_t searchFolded(const Containers::StringView text,
+                           const Containers::StringView substring, const Facet& facet) {
+    char folded[2 * longText];
+    char* const textEnd = std::copy(text.begin(), text.end(), folded);
+    char* const end = std::copy(substring.begin(), substring.end(), textEnd);
+    facet.toupper(folded, end);
+    return searchFiltered({folded, text.size()}, {textEnd, substring.size()}, onlyByte(*textEnd),
+                          onlyByte(end[-1]), std::equal_to<char>{});
+}
+
+/* The upper case of each byte value. */
+class UpperCaseTable {
+public:
+    explicit UpperCaseTable(const Facet& facet) {
+        std::iota(std::begin(upperCase), std::end(upperCase), '\0');
+        facet.toupper(std::begin(upperCase), std::end(upperCase));
+    }
+
+    char operator[](const char c) const { return upperCase[static_cast<unsigned char>(c)]; }
+
+    /* The byte values with the same upper case as `letter`, unless these are too many. The C
+       library's locales have two, or three for the Greek sigma. */
+    Containers::Optional<ByteSet> sameLetters(const char letter) const {
+        ByteSet set;
+        for (unsigned value = 0; value != 256; ++value) {
+            if (upperCase[value] == (*this)[letter] && !set.add(char(value))) {
+                return {};
+            }
+        }
+        return set;
+    }
+
+private:
+    char upperCase[256];
+};
+
+std::uint64_t searchByTable(const Containers::StringView text,
+                            const Containers::StringView substring, const Facet& facet) {
+    const UpperCaseTable upperCase{facet};
+    const Containers::Optional<ByteSet> first = upperCase.sameLetters(substring.front());
+    const Containers::Optional<ByteSet> last = upperCase.sameLetters(substring.back());
     if (!first || !last) {
         return searchEveryPlace(text, substring, facet);
     }
-    const auto matches = [&](const char* const candidate) {
-        return std::equal(
-                   substring.begin(), substring.end(), candidate,
-                   [&](const char a, const char b) { return upperCase(a) == upperCase(b); }) &&
-               std::equal(substring.begin(), substring.end(), candidate,
-                          CaseInsensitiveStringEqual{locale});
-    };
-    const BytePairFilter filter{text, *first, *last, substring.size() - 1};
-    for (std::size_t i = filter.next(0); i != filter.places(); i = filter.next(i + 1)) {
-        if (matches(text.data() + i)) {
-            return i;
-        }
-    }
-    return noMatch;
+    return searchFiltered(text, substring, *first, *last, [&upperCase](const char a, const char b) {
+        return upperCase[a] == upperCase[b];
+    });
 }
-
-/* Bytes of text from which on the table of all upper cases costs less than it saves. */
-constexpr std::size_t longText = 384;
 
 } // namespace
 
@@ -266,8 +318,15 @@ std::uint64_t caseInsensitiveSearch(const Containers::StringView text,
     if (!text.data() || text.size() < substring.size()) {
         return noMatch;
     }
-    return text.size() < longText ? searchEveryPlace(text, substring, std::use_facet<Facet>(locale))
-                                  : searchLongText(text, substring, locale);
+    if (locale == std::locale::classic()) {
+        return searchClassic(text, substring);
+    }
+    const auto& facet = std::use_facet<Facet>(locale);
+    if (!isStandard(facet)) {
+        return searchEveryPlace(text, substring, facet);
+    }
+    return text.size() < longText ? searchFolded(text, substring, facet)
+                                  : searchByTable(text, substring, facet);
 }
 
 std::uint64_t caseInsensitiveSearch(const Containers::StringView text,

@@ -87,8 +87,8 @@ constexpr std::uint64_t noMatch = ~std::uint64_t{0};
  * offset 0 of any text, and one with null data is empty, whatever its size. Returns @ref noMatch
  * if nothing matches.
  *
- * For a long text the facet of @p locale is asked about all 256 byte values, those that occur
- * nowhere included. What it throws goes to the caller.
+ * A `std::ctype<char>` that the caller derived is asked about one byte at a time, and about no byte
+ * that `std::search()` would not ask about. What it throws goes to the caller.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT std::uint64_t caseInsensitiveSearch(Containers::StringView text,
                                                                    Containers::StringView substring,
