@@ -34,7 +34,10 @@ public:
 };
 
 /** @brief The end of a command that failed and has said why, or has nothing to say. */
-class SilentFailure {};
+struct SilentFailure {
+    /** @brief The exit code of the program. */
+    int exitCode = 1;
+};
 
 } // namespace VespermoorEngine::Host
 

@@ -1,20 +1,21 @@
 #include "Files.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <new>
+#include <optional>
+#include <random>
 #include <string>
 #include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <Corrade/Utility/Path.h>
-
-#include "Failure.h"
 
 namespace VespermoorEngine::Host {
 
@@ -29,7 +30,7 @@ constexpr int maxLinks = 40;
     throw Failure{path, std::strerror(error)};
 }
 
-/* Holds signals up that end the process, so that it does not leave its temporary file. */
+/* Holds signals back that end the process, so that it does not leave its temporary file. */
 class SignalsHeld {
 public:
     SignalsHeld() {
@@ -50,40 +51,8 @@ private:
     sigset_t before;
 };
 
-/* A new file whose name is removed again unless it took the place of another one. */
-class TemporaryFile {
-public:
-    explicit TemporaryFile(const std::string& directory)
-        : name{directory + "/.vespermoor-XXXXXX"},
-          descriptor{mkostemp(name.data(), O_CLOEXEC)},
-          reason{descriptor < 0 ? errno : 0} {}
-
-    ~TemporaryFile() {
-        if (descriptor >= 0) {
-            close(descriptor);
-        }
-        if (!name.empty()) {
-            unlink(name.data());
-        }
-    }
-
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    /* Takes the name `path`, and owner and permissions where they are given and may be set. Returns
-       0 or the system's error. */
-    int replace(const std::string& path, Containers::StringView content,
-                const struct stat* replaced);
-
-private:
-    SignalsHeld held;
-    std::string name;
-    int descriptor;
-    int reason;
-};
-
-/* Returns 0 or the system's error. Ends also where nobody takes the content, once the process was
-   told to end: whoever takes nothing between two interruptions is not waited for. */
+/* Returns 0 or the system's error. Gives up after two interruptions without progress, so a stalled
+   reader cannot keep a process that was told to end. */
 int writeAll(const int descriptor, Containers::StringView content) {
     bool interrupted = false;
     while (!content.isEmpty()) {
@@ -105,50 +74,229 @@ mode_t defaultMode() {
     return 0666 & ~mask;
 }
 
-int TemporaryFile::replace(const std::string& path, const Containers::StringView content,
-                           const struct stat* const replaced) {
-    if (descriptor < 0) {
-        return reason;
+class Descriptor {
+public:
+    explicit Descriptor(const int number) : number{number} {}
+    ~Descriptor() { close(); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    operator int() const { return number; }
+
+    /* Returns 0 or the system's error. */
+    int close() { return number < 0 || ::close(std::exchange(number, -1)) == 0 ? 0 : errno; }
+
+private:
+    int number;
+};
+
+/* Replaces the file `path` in two steps: the content goes to a file without a name, or with a
+   temporary one if the file system has no other, and that then becomes `path`. */
+class Replacement {
+public:
+    /* `replaced` is the file that exists there, if any. */
+    Replacement(const std::string& path, const struct stat* const replaced)
+        : path{path}, directory{parentOf(path)}, replaced{replaced} {}
+
+    ~Replacement() {
+        if (!temporary.empty()) {
+            unlink(temporary.data());
+        }
     }
-    if (const int error = writeAll(descriptor, content)) {
+
+    Replacement(const Replacement&) = delete;
+    Replacement& operator=(const Replacement&) = delete;
+
+    /* Returns 0 or the system's error. */
+    int write(Containers::StringView content);
+
+private:
+    int writeNamed(Containers::StringView content);
+    int fill(int file, Containers::StringView content) const;
+    int link(int file);
+    int rename();
+
+    SignalsHeld held;
+    std::string path;
+    std::string directory;
+    const struct stat* replaced;
+    std::string temporary;
+};
+
+int Replacement::write(const Containers::StringView content) {
+    if (replaced && faccessat(AT_FDCWD, path.data(), W_OK, AT_EACCESS) != 0) {
+        return errno;
+    }
+    const Descriptor file{open(directory.data(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600)};
+    if (file < 0) {
+        return writeNamed(content);
+    }
+    if (const int error = fill(file, content)) {
+        return error;
+    }
+    /* Fails without /proc, through which the file gets its name. */
+    return link(file) == 0 ? 0 : writeNamed(content);
+}
+
+int Replacement::writeNamed(const Containers::StringView content) {
+    std::string name = directory + "/.vespermoor-XXXXXX";
+    const Descriptor file{mkostemp(name.data(), O_CLOEXEC)};
+    if (file < 0) {
+        return errno;
+    }
+    temporary = name;
+    const int error = fill(file, content);
+    return error ? error : rename();
+}
+
+int Replacement::fill(const int file, const Containers::StringView content) const {
+    if (const int error = writeAll(file, content)) {
         return error;
     }
     /* Only root may give files away, and others lose nothing that they could keep. */
     [[maybe_unused]] const int refused =
-        replaced ? fchown(descriptor, replaced->st_uid, replaced->st_gid) : 0;
-    const mode_t mode = replaced ? replaced->st_mode & 07777 : defaultMode();
-    /* Some file systems tell only at the close that they had no room. */
-    if (fchmod(descriptor, mode) != 0 || close(std::exchange(descriptor, -1)) != 0 ||
-        rename(name.data(), path.data()) != 0) {
+        replaced ? fchown(file, replaced->st_uid, replaced->st_gid) : 0;
+    if (fchmod(file, replaced ? replaced->st_mode & 07777 : defaultMode()) != 0) {
         return errno;
     }
-    name.clear();
+    /* Some file systems tell only when a descriptor is closed that they had no room. This one is
+       needed open, so a copy is closed. */
+    return Descriptor{dup(file)}.close();
+}
+
+/* A name that exists cannot be linked to, so an old file is replaced by way of a temporary name. */
+int Replacement::link(const int file) {
+    const std::string own = "/proc/self/fd/" + std::to_string(file);
+    const auto linkTo = [&](const std::string& name) {
+        return linkat(AT_FDCWD, own.data(), AT_FDCWD, name.data(), AT_SYMLINK_FOLLOW) == 0 ? 0
+                                                                                           : errno;
+    };
+    if (!replaced) {
+        const int error = linkTo(path);
+        if (error != EEXIST) {
+            return error;
+        }
+    }
+    std::string name;
+    int error = EEXIST;
+    while (error == EEXIST) {
+        name = directory + "/.vespermoor-" + std::to_string(std::random_device{}());
+        error = linkTo(name);
+    }
+    if (error) {
+        return error;
+    }
+    temporary = name;
+    return rename();
+}
+
+int Replacement::rename() {
+    if (::rename(temporary.data(), path.data()) != 0) {
+        return errno;
+    }
+    temporary.clear();
     return 0;
 }
 
 /* Returns 0 or the system's error. */
 int writeInto(const std::string& path, const Containers::StringView content) {
-    const int descriptor = open(path.data(), O_WRONLY | O_CLOEXEC);
-    if (descriptor < 0) {
+    Descriptor file{open(path.data(), O_WRONLY | O_CLOEXEC)};
+    if (file < 0) {
         return errno;
     }
-    const int writeError = writeAll(descriptor, content);
-    const int closeError = close(descriptor) == 0 ? 0 : errno;
+    const int writeError = writeAll(file, content);
+    const int closeError = file.close();
     return writeError ? writeError : closeError;
 }
 
-/* Why the file cannot be read, asked of the system anew. */
-const char* whyUnreadable(const std::string& path) {
+/* The descriptor of this process that `path` leads to, as /dev/stdout does. What opens its link in
+   /proc gets another place in the file, and what replaces the target of the link loses the file. */
+std::optional<int> descriptorAt(const std::string& path) {
+    std::error_code error;
+    if (!fs::is_symlink(path, error)) {
+        return {};
+    }
+    const std::string own = "/proc/" + std::to_string(getpid()) + "/";
+    for (const fs::path& step : linkChain(path)) {
+        const fs::path directory = fs::canonical(parentOf(step), error);
+        const std::string name = step.filename();
+        int number = 0;
+        if (directory.filename() == "fd" && directory.string().compare(0, own.size(), own) == 0 &&
+            std::from_chars(name.data(), name.data() + name.size(), number).ec == std::errc{}) {
+            return number;
+        }
+    }
+    return {};
+}
+
+/* What is read in memory that grows by doubling and can be refused. */
+class GrowingText {
+public:
+    GrowingText() = default;
+    ~GrowingText() { std::free(data); }
+    GrowingText(const GrowingText&) = delete;
+    GrowingText& operator=(const GrowingText&) = delete;
+
+    /* Makes room for a NUL at the end, too. */
+    void reserve(const std::size_t capacity) {
+        void* const memory = std::realloc(data, capacity + 1);
+        if (!memory) {
+            throw std::bad_alloc{};
+        }
+        data = static_cast<char*>(memory);
+        this->capacity = capacity;
+    }
+
+    /* Reads until the end or until `limit` is passed. Returns 0 or the system's error. */
+    int read(const int descriptor, const std::size_t limit) {
+        while (size <= limit) {
+            if (size == capacity) {
+                reserve(std::max<std::size_t>(2 * capacity, 1 << 16));
+            }
+            const ssize_t count =
+                ::read(descriptor, data + size, std::min(capacity, limit + 1) - size);
+            if (count == 0) {
+                return 0;
+            }
+            if (count > 0) {
+                size += std::size_t(count);
+            } else if (errno != EINTR) {
+                return errno;
+            }
+        }
+        return EFBIG;
+    }
+
+    Containers::String take() && {
+        data[size] = '\0';
+        return Containers::String{std::exchange(data, nullptr), size,
+                                  [](char* const memory, std::size_t) { std::free(memory); }};
+    }
+
+private:
+    char* data = nullptr;
+    std::size_t size = 0;
+    std::size_t capacity = 0;
+};
+
+Containers::String readAll(const Containers::StringView name, const int descriptor) {
+    constexpr std::size_t limit = std::size_t{1} << 31;
     struct stat status {};
-    if (stat(path.data(), &status) == 0 && S_ISDIR(status.st_mode)) {
-        return std::strerror(EISDIR);
+    if (fstat(descriptor, &status) != 0) {
+        fail(name, errno);
     }
-    const int descriptor = open(path.data(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0) {
-        return std::strerror(errno);
+    const std::size_t expected = S_ISREG(status.st_mode) ? std::size_t(status.st_size) : 0;
+    GrowingText text;
+    /* One more, or the end would show only after the memory has grown. */
+    text.reserve(expected + 1);
+    const int error = text.read(descriptor, std::max(expected, limit));
+    if (error == EFBIG) {
+        throw Failure{name, "goes on after 2 GiB"};
     }
-    close(descriptor);
-    return "cannot be read";
+    if (error) {
+        fail(name, error);
+    }
+    return std::move(text).take();
 }
 
 } // namespace
@@ -167,13 +315,18 @@ std::string parentOf(const fs::path& path) {
 }
 
 Containers::String readFile(const Containers::StringView path) {
-    /* The one line for the user is made here, so the library's own is not wanted. */
-    Corrade::Utility::Error silent{nullptr};
-    Containers::Optional<Containers::String> content = Corrade::Utility::Path::readString(path);
-    if (!content) {
-        throw Failure{path, whyUnreadable(path)};
+    const Descriptor file{open(std::string{path}.data(), O_RDONLY | O_CLOEXEC)};
+    if (file < 0) {
+        fail(path, errno);
     }
-    return *std::move(content);
+    return readAll(path, file);
+}
+
+Input readInput(const Containers::StringView path) {
+    if (path != standardStream) {
+        return {path, readFile(path)};
+    }
+    return {"standard input", readAll("standard input", STDIN_FILENO)};
 }
 
 void replaceFile(const Containers::StringView path, const Containers::StringView content) {
@@ -186,11 +339,14 @@ void replaceFile(const Containers::StringView path, const Containers::StringView
     if (exists && S_ISDIR(status.st_mode)) {
         fail(path, EISDIR);
     }
-    const fs::path target = linkChain(name).back();
-    const int error =
-        exists && !S_ISREG(status.st_mode)
-            ? writeInto(name, content)
-            : TemporaryFile{parentOf(target)}.replace(target, content, exists ? &status : nullptr);
+    int error = 0;
+    if (const std::optional<int> descriptor = descriptorAt(name)) {
+        error = writeAll(*descriptor, content);
+    } else if (exists && !S_ISREG(status.st_mode)) {
+        error = writeInto(name, content);
+    } else {
+        error = Replacement{linkChain(name).back(), exists ? &status : nullptr}.write(content);
+    }
     if (error) {
         fail(path, error);
     }
@@ -200,12 +356,14 @@ bool holds(const Containers::StringView path, const Containers::StringView conte
     struct stat status {};
     const std::string name{path};
     if (stat(name.data(), &status) != 0 || !S_ISREG(status.st_mode) ||
-        std::size_t(status.st_size) != content.size()) {
+        std::size_t(status.st_size) != content.size() || descriptorAt(name)) {
         return false;
     }
-    Corrade::Utility::Error silent{nullptr};
-    const auto present = Corrade::Utility::Path::readString(path);
-    return present && *present == content;
+    try {
+        return readFile(path) == content;
+    } catch (const Failure&) {
+        return false;
+    }
 }
 
 void print(const Containers::StringView content) {
@@ -215,11 +373,22 @@ void print(const Containers::StringView content) {
 }
 
 void output(const Containers::StringView path, const Containers::StringView content) {
-    if (path.isEmpty()) {
+    if (path.isEmpty() || path == standardStream) {
         print(content);
     } else {
         replaceFile(path, content);
     }
+}
+
+bool printsColours() {
+    const char* const terminal = std::getenv("TERM");
+    const char* const refused = std::getenv("NO_COLOR");
+    return isatty(STDOUT_FILENO) && !(refused && *refused) && terminal &&
+           Containers::StringView{terminal} != "dumb";
+}
+
+std::string coloured(const Colour colour, const std::string& text) {
+    return printsColours() ? "\x1b[" + std::to_string(int(colour)) + "m" + text + "\x1b[m" : text;
 }
 
 } // namespace VespermoorEngine::Host

@@ -13,37 +13,72 @@
 
 namespace VespermoorEngine::Host {
 
+/** @brief The name for standard input or standard output where a command takes a file. */
+constexpr const char* standardStream = "-";
+
 /**
- * @brief @p path, and where it is a link behind it what that leads to, and so on.
+ * @brief @p path, the target if it is a link, the target of that, and so on.
  *
- * The last one is where a read or a write ends, also where nothing exists there yet.
+ * A read or a write of @p path ends at the last one, even if nothing exists there yet.
  */
 std::vector<std::filesystem::path> linkChain(const std::filesystem::path& path);
 
 /** @brief The directory that holds the entry @p path. */
 std::string parentOf(const std::filesystem::path& path);
 
-/** @brief Content of the file @p path; throws @ref Failure with the system's reason. */
+/**
+ * @brief Content of the file @p path; throws @ref Failure with the system's reason.
+ *
+ * What is not a regular file may never end, so it is an error if it goes on after 2 GiB.
+ */
 Containers::String readFile(Containers::StringView path);
+
+/** @brief A text and the name for it in messages. */
+struct Input {
+    std::string name;
+    Containers::String content;
+};
+
+/** @brief @ref readFile() if @p path is the name of a file, standard input if it is `-`. */
+Input readInput(Containers::StringView path);
 
 /**
  * @brief Makes @p path hold exactly @p content, as a whole or not at all.
  *
- * The content is written to a new file beside it, which then takes its name, its permissions and,
- * for root, its owner, so a reader sees the old file or the new one, also when the process is
- * killed in between. A link is followed first. A device or a pipe has nothing to lose and is
- * written to directly. Throws @ref Failure with the system's reason; the old file stands then.
+ * The content is written to a new file, which then takes the place of the old one with its
+ * permissions and, for root, its owner. So a reader sees the old file or the new one, even if the
+ * process is killed in between. Links are followed first. A file that the user may not write is
+ * refused. A device or a pipe has nothing to lose and is written to directly, and a descriptor of
+ * this process (`/dev/stdout`, `/dev/fd/3`) is written to as it is, never opened again. Throws
+ * @ref Failure with the system's reason and leaves the old file.
  */
 void replaceFile(Containers::StringView path, Containers::StringView content);
 
-/** @brief Whether @p path is a regular file that can be read and holds exactly @p content. */
+/**
+ * @brief Whether @p path is a regular file that can be read and holds exactly @p content.
+ *
+ * False for a descriptor of this process: what is in its file says nothing of what was written.
+ */
 bool holds(Containers::StringView path, Containers::StringView content);
 
-/** @brief Writes @p content to standard output at once; throws @ref Failure where that fails. */
+/** @brief Writes @p content to standard output at once; throws @ref Failure if that fails. */
 void print(Containers::StringView content);
 
-/** @brief @ref replaceFile() where @p path names a file, @ref print() where it is empty. */
+/** @brief @ref replaceFile() if @p path names a file, @ref print() if it is empty or `-`. */
 void output(Containers::StringView path, Containers::StringView content);
+
+/** @brief Colours of text, by their codes for a terminal. */
+enum class Colour { Red = 31, Green = 32, Magenta = 35, Cyan = 36 };
+
+/**
+ * @brief Whether standard output is a terminal that shows colours.
+ *
+ * Not if `NO_COLOR` is set to anything or `TERM` is `dumb`.
+ */
+bool printsColours();
+
+/** @brief @p text in @p colour if @ref printsColours(), else @p text. */
+std::string coloured(Colour colour, const std::string& text);
 
 } // namespace VespermoorEngine::Host
 

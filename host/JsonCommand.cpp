@@ -10,6 +10,7 @@
 #include <Corrade/Containers/StringStl.h>
 #include <VespermoorEditor/Utils/RapidJsonUtils.h>
 
+#include "CommandLine.h"
 #include "DocumentScope.h"
 #include "Documents.h"
 #include "Failure.h"
@@ -162,8 +163,7 @@ void addJsonCommand(CLI::App& program) {
         ->add_option("--decimals", options->decimals,
                      "Cut numbers off after so many fractional digits")
         ->check(CLI::Range(1, RapidJsonUtils::defaultMaxDecimalPlaces));
-    command->add_option("--output", options->output,
-                        "File to replace with the result, in place of printing it");
+    addOutputOption(*command, options->output);
     command->footer("Example, in the root of the sources:\n"
                     "  vespermoor-utils json examples/greeting/user.json --pointer /user/name");
     command->callback([options] { run(*options); });

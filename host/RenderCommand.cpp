@@ -8,6 +8,7 @@
 #include <Corrade/Containers/GrowableArray.h>
 #include <Corrade/Containers/StringStl.h>
 
+#include "CommandLine.h"
 #include "DocumentScope.h"
 #include "Documents.h"
 #include "Failure.h"
@@ -53,8 +54,7 @@ void addRenderCommand(CLI::App& program) {
         ->expected(1, 1 << 20)
         ->allow_extra_args(false)
         ->required();
-    command->add_option("--output", options->output,
-                        "File to replace with the result, in place of printing it");
+    addOutputOption(*command, options->output);
     command->footer("Example, in the root of the sources:\n"
                     "  vespermoor-utils render examples/greeting/greeting.tmpl "
                     "--data examples/greeting/user.json");

@@ -8,6 +8,7 @@
 #include <Corrade/Containers/GrowableArray.h>
 #include <Corrade/Containers/StringStl.h>
 
+#include "CommandLine.h"
 #include "Files.h"
 #include "TagRegions.h"
 
@@ -49,8 +50,7 @@ void addTagsCommand(CLI::App& program) {
         /* Otherwise a tag in brackets is taken as a list. */
         ->allow_extra_args(false)
         ->required();
-    command->add_option("--output", options->output,
-                        "File to replace with the result, in place of printing it");
+    addOutputOption(*command, options->output);
     command->footer("Example, in the root of the sources:\n"
                     "  vespermoor-utils tags examples/components/include/ComponentRegistration.h "
                     "--region [components] [/components] examples/greeting/greeting.tmpl");

@@ -1,4 +1,7 @@
+#include <cerrno>
+#include <cstring>
 #include <exception>
+#include <new>
 #include <string>
 
 #include <CLI/CLI.hpp>
@@ -40,7 +43,10 @@ int run(const int argc, const char* const* const argv) {
 int main(const int argc, const char* const* const argv) {
     try {
         return run(argc, argv);
-    } catch (const Host::SilentFailure&) {
+    } catch (const Host::SilentFailure& failure) {
+        return failure.exitCode;
+    } catch (const std::bad_alloc&) {
+        Host::printError(std::strerror(ENOMEM));
         return failed;
     } catch (const std::exception& error) {
         Host::printError(error.what());
