@@ -20,8 +20,8 @@
 
 namespace {
 
-/* Called with each path in the moment before a kernel watch is placed on it. */
-std::function<void(const std::string&)> beforeKernelWatch;
+/* Called with each path right before and after a kernel watch is placed on it. */
+std::function<void(const std::string&)> aroundKernelWatch;
 
 } // namespace
 
@@ -29,10 +29,15 @@ std::function<void(const std::string&)> beforeKernelWatch;
    the very window that other processes only hit by chance. */
 extern "C" __attribute__((visibility("default"))) int
 inotify_add_watch(const int fd, const char* const path, const std::uint32_t mask) noexcept {
-    if (beforeKernelWatch) {
-        beforeKernelWatch(path);
+    if (!aroundKernelWatch) {
+        return syscall(SYS_inotify_add_watch, fd, path, mask);
     }
-    return syscall(SYS_inotify_add_watch, fd, path, mask);
+    aroundKernelWatch(path);
+    const int descriptor = syscall(SYS_inotify_add_watch, fd, path, mask);
+    const int error = errno;
+    aroundKernelWatch(path);
+    errno = error;
+    return descriptor;
 }
 
 namespace VespermoorEngine::Test {
@@ -52,12 +57,16 @@ public:
     /* How many links may lead to directories below the watched one. */
     std::size_t links = 0;
 
-    /* Every other time the change is about `near` or its directory, where one is given. */
+    /* Every other time the change is about `near`, if given, or a directory above it. */
     void step(const fs::path& near = {}) {
         const bool close = !near.empty() && near != watched && pick(2);
-        const fs::path directory = close ? near.parent_path() : any(directoriesBelow(watched));
-        const fs::path entry = close ? near : below(watched);
-        switch (std::error_code ignored; pick(10)) {
+        fs::path changed = near;
+        while (close && changed.parent_path() != watched && pick(2)) {
+            changed = changed.parent_path();
+        }
+        const fs::path directory = close ? changed.parent_path() : any(directoriesBelow(watched));
+        const fs::path entry = close ? changed : below(watched);
+        switch (std::error_code ignored; pick(12)) {
         case 0:
         case 1:
             fs::create_directories(directory / name() / name(), ignored);
@@ -76,10 +85,12 @@ public:
             fs::rename(below(outside), directory / name(), ignored);
             break;
         case 7:
+        case 8:
+        case 9:
             renameat2(AT_FDCWD, entry.c_str(), AT_FDCWD, any(directoriesBelow(watched)).c_str(),
                       RENAME_EXCHANGE);
             break;
-        case 8:
+        case 10:
             if (links != 0) {
                 --links;
                 fs::create_directory_symlink(any(directoriesBelow(watched)), directory / name(),
@@ -131,7 +142,7 @@ std::set<std::string> filesBelow(const std::string& root) {
 
 /* Notes all that is heard, and checks what has to hold when the tree is quiet again. */
 struct FileWatchRaceTest : testing::Test {
-    ~FileWatchRaceTest() override { beforeKernelWatch = nullptr; }
+    ~FileWatchRaceTest() override { aroundKernelWatch = nullptr; }
 
     int start(const std::string& path) {
         return watch.watch(path.data(),
@@ -142,9 +153,9 @@ struct FileWatchRaceTest : testing::Test {
     /* Updates with `change` called in every window. */
     template <class Change>
     void updateWith(Change&& change) {
-        beforeKernelWatch = change;
+        aroundKernelWatch = change;
         watch.update();
-        beforeKernelWatch = nullptr;
+        aroundKernelWatch = nullptr;
     }
 
     /* Every directory is watched and none that is gone, and a change in each is heard. */
@@ -204,7 +215,7 @@ TEST_F(FileWatchRaceTest, RandomChangesInEveryWindowLoseNothing) {
     for (unsigned seed = 0; seed != 200 && !HasFailure(); ++seed) {
         SCOPED_TRACE(seed);
         Changer changer{root / std::to_string(seed), seed};
-        for (int i = 0; i != 30; ++i) {
+        for (int i = 0; i != 60; ++i) {
             changer.step();
         }
         int left = 0;
@@ -214,9 +225,9 @@ TEST_F(FileWatchRaceTest, RandomChangesInEveryWindowLoseNothing) {
             }
         };
         left = 10;
-        beforeKernelWatch = act;
+        aroundKernelWatch = act;
         const int id = start(changer.watched);
-        beforeKernelWatch = nullptr;
+        aroundKernelWatch = nullptr;
         expectNothingLost(changer.watched);
         const std::set<std::string> before = filesBelow(changer.watched);
         for (int i = 0; i != 10; ++i) {

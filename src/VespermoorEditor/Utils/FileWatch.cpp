@@ -1,17 +1,26 @@
 #include "VespermoorEditor/Utils/FileWatch.h"
 
+/* The registry of watches, and the pump from the kernel's records to callbacks.
+
+   Data layout. `watches` is dense: a watch is known by its slot, and a removal moves the last watch
+   into the freed slot. `watchIndices` maps ids, which are never reused, to slots. A watch refers to
+   the record of its tree by position, and records are only appended. WatchedDirectories.h describes
+   what a record lists, DirectoryWalk.h how trees get their kernel watches.
+
+   Pump. One update() reads everything that the kernel holds into a batch of changed paths, in the
+   kernel's order. It watches directories that arrive and notes those that go on the way, then
+   queues a delivery for each watch that a change concerns, and at last calls the callbacks.
+
+   Cost. A quiet tick is one read(). A record costs a scan for its descriptor, unless the record
+   before it had the same, one allocation for the path, and a scan of `watches`. */
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <ctime>
 #include <exception>
 #include <utility>
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
 
 #include <sys/inotify.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <Corrade/Containers/ArrayView.h>
@@ -20,7 +29,8 @@
 #include <Corrade/Utility/Debug.h>
 #include <Corrade/Utility/Path.h>
 
-#include "VespermoorEditor/Utils/System.h"
+#include "VespermoorEditor/Utils/DirectoryWalk.h"
+#include "VespermoorEditor/Utils/WatchedDirectories.h"
 #include "VespermoorEngine/Contract.h"
 #include "VespermoorEngine/Path.h"
 
@@ -28,10 +38,9 @@ namespace VespermoorEngine {
 
 namespace {
 
-using ListFlag = Utility::Path::ListFlag;
-
-constexpr std::uint32_t watchMask = IN_MODIFY | IN_MOVED_FROM | IN_MOVED_TO | IN_CREATE | IN_DELETE;
-static_assert(watchMask == 0x3C2);
+using Implementation::GoneDirectories;
+using Implementation::Place;
+using Implementation::WatchedDirectories;
 
 /* Ten records of the largest size: header, longest name, terminator. */
 constexpr std::size_t readSize = 10 * (sizeof(inotify_event) + 255 + 1);
@@ -39,19 +48,15 @@ static_assert(readSize == 2720);
 
 constexpr std::uint64_t removedWatch = ~std::uint64_t{};
 
-int addKernelWatch(const int inotifyFd, const Containers::StringView path) {
-    return inotify_add_watch(inotifyFd, Containers::String::nullTerminatedView(path).data(),
-                             watchMask);
+/* Whether the last component of `path` is `name`. */
+bool hasName(const Containers::StringView path, const Containers::StringView name) {
+    return path.size() > name.size() && path.hasSuffix(name) &&
+           path[path.size() - name.size() - 1] == '/';
 }
 
-bool isInTree(const Containers::StringView path, const Containers::StringView root) {
-    return path == root || Path::isParentPath(root, path);
-}
-
-bool concerns(const FileWatch::WatchData& watch, const Containers::StringView path,
-              const Containers::StringView name) {
+bool concerns(const FileWatch::WatchData& watch, const Containers::StringView path) {
     return Path::isParentPath(watch.directory, path) &&
-           (watch.file.isEmpty() || watch.file == name);
+           (watch.file.isEmpty() || hasName(path, watch.file));
 }
 
 Containers::Optional<FileWatch::Event> eventOf(const std::uint32_t mask) {
@@ -70,88 +75,16 @@ Containers::Optional<FileWatch::Event> eventOf(const std::uint32_t mask) {
     return {};
 }
 
-/* Position of the first `value` in `values`, or their count. Compared in blocks, since every record
-   of the kernel that names another directory than the one before goes through here. */
-std::size_t findFirst(const Containers::ArrayView<const std::int32_t> values,
-                      const std::int32_t value) {
-    std::size_t i = 0;
-#ifdef __SSE2__
-    const __m128i wanted = _mm_set1_epi32(value);
-    const auto equal = [&](const std::size_t at) {
-        const void* const block = values.data() + at;
-        return _mm_cmpeq_epi32(_mm_loadu_si128(static_cast<const __m128i*>(block)), wanted);
-    };
-    for (; i + 16 <= values.size(); i += 16) {
-        const __m128i any = _mm_or_si128(_mm_or_si128(equal(i), equal(i + 4)),
-                                         _mm_or_si128(equal(i + 8), equal(i + 12)));
-        if (_mm_movemask_epi8(any)) {
-            break;
-        }
+/* What `Utility::Path::join()` gives, with one allocation. */
+Containers::String entryPath(Containers::StringView directory, const Containers::StringView name) {
+    if (directory.hasSuffix('/')) {
+        directory = directory.exceptSuffix(1);
     }
-#endif
-    while (i != values.size() && values[i] != value) {
-        ++i;
-    }
-    return i;
-}
-
-/* First component of `path` below `directory`, which has no trailing slash; empty where it does not
-   lie there. */
-Containers::StringView nameBelow(const Containers::StringView directory,
-                                 const Containers::StringView path) {
-    /* Most paths are told apart by one byte, without a look at the rest. */
-    if (path.size() <= directory.size() || path[directory.size()] != '/' ||
-        !path.hasPrefix(directory)) {
-        return {};
-    }
-    const Containers::StringView rest = path.exceptPrefix(directory.size() + 1);
-    return rest.prefix(rest.findOr('/', rest.end()).begin());
-}
-
-/* Position of `name` in the sorted `names`, or their count. */
-std::size_t positionOf(const Containers::ArrayView<const Containers::String> names,
-                       const Containers::StringView name) {
-    if (name.isEmpty()) {
-        return names.size();
-    }
-    const Containers::String* const found = std::lower_bound(
-        names.begin(), names.end(), name,
-        [](const Containers::StringView a, const Containers::StringView b) { return a < b; });
-    return found != names.end() && *found == name ? found - names.begin() : names.size();
-}
-
-/* Time in the unit and with the granularity that file systems use for their stamps. */
-timespec fileTime() {
-    timespec now;
-    clock_gettime(CLOCK_REALTIME_COARSE, &now);
-    return now;
-}
-
-std::int64_t nanoseconds(const timespec& time) {
-    return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
-}
-
-/* Whether a change that left `stamp` may have happened at `since` or later. Stamps are cut to the
-   file system's granularity: two seconds at worst where they have no fraction, some clock ticks
-   otherwise. */
-bool mayFollow(const timespec& stamp, const timespec& since) {
-    const std::int64_t granularity = stamp.tv_nsec == 0 ? 2'000'000'000 : 10'000'000;
-    return nanoseconds(stamp) + granularity >= nanoseconds(since);
-}
-
-/* Whether entries may have come or gone in the directory at `path` at `since` or later. Asks for
-   the change of its status, which unlike that of its content nobody can set back. */
-bool mayHaveChanged(const Containers::StringView path, const timespec& since) {
-    struct stat status;
-    return stat(Containers::String::nullTerminatedView(path).data(), &status) == 0 &&
-           mayFollow(status.st_ctim, since);
-}
-
-/* Whether `path` is a link that may have come to its place at `since` or later. */
-bool mayBeNewLink(const Containers::StringView path, const timespec& since) {
-    struct stat status;
-    return lstat(Containers::String::nullTerminatedView(path).data(), &status) == 0 &&
-           S_ISLNK(status.st_mode) && mayFollow(status.st_ctim, since);
+    Containers::String path{Corrade::NoInit, directory.size() + 1 + name.size()};
+    char* const separator = std::copy(directory.begin(), directory.end(), path.begin());
+    *separator = '/';
+    std::copy(name.begin(), name.end(), separator + 1);
+    return path;
 }
 
 } // namespace
@@ -173,208 +106,21 @@ FileWatch::DirectoryData::DirectoryData(const int watchDescriptor,
                                         const Containers::StringView path)
     : watchDescriptor{watchDescriptor}, path{path}, refCount{1} {}
 
-/* Where a kernel descriptor leads. */
-struct FileWatch::Origin {
-    /* Never one of the kernel's until found. */
+/* The state of one drain of the kernel's queue. */
+struct FileWatch::Drain {
+    Drain(Containers::Array<DirectoryData>& records, const int inotifyFd)
+        : directories{records, inotifyFd} {}
+
+    WatchedDirectories directories;
+    Containers::Array<Change> batch;
+    GoneDirectories gone;
+    /* The descriptor that was looked up last, 0 for none, and the first entry that has it. The path
+       aliases that entry, until the lists change. */
     std::int32_t descriptor = 0;
-    std::size_t directory = 0;
-    /* Aliases the record that holds it. */
+    bool hasSeveralNames = false;
+    std::size_t record = 0;
     Containers::StringView path;
 };
-
-/* One of the names that a directory is listed by. */
-struct FileWatch::Place {
-    std::size_t directory;
-    Containers::String path;
-};
-
-/* One walk over a tree that puts kernel watches on its directories and appends them to a record.
-
-   The kernel watch of a directory comes after its listing, and what appears in between is reported
-   by nobody. A directory that may have changed by the time its watch stands is therefore listed
-   once more, now under the watch's eyes, and what the walk did not see is walked too. */
-class FileWatch::Walk {
-public:
-    /* Of a new tree, where nothing is reported. */
-    Walk(FileWatch& watch, DirectoryData& directory)
-        : owner{watch},
-          record{directory},
-          listFlags{ListFlag::SkipDotAndDotDot | ListFlag::SkipFiles | ListFlag::SkipSpecial},
-          visitFlags{VisitFlag::Recursive},
-          refusal{"FileWatch::getDirectory(): inotify_add_watch failed for sub path:"} {}
-
-    /* Of a directory that came into a watched tree, whose files are reported to `batch`. */
-    Walk(FileWatch& watch, DirectoryData& directory, Containers::Array<Change>& changes)
-        : owner{watch},
-          record{directory},
-          batch{&changes},
-          batchBegin{changes.size()},
-          listFlags{ListFlag::SkipDotAndDotDot},
-          visitFlags{VisitFlag::IncludeRoot | VisitFlag::Recursive | VisitFlag::FollowSymlinks},
-          refusal{"FileWatch::updateLinux(): inotify_add_watch failed for sub folder:"} {}
-
-    void run(Containers::StringView start);
-
-private:
-    Function<bool(Containers::StringView)> visitor() {
-        return {Corrade::DefaultInit, [this](const Containers::StringView path) {
-                    visit(path);
-                    return true;
-                }};
-    }
-
-    /* What is known of one name in a directory when it is listed once more. */
-    struct Sighting {
-        /* -1 where the name is not watched. */
-        std::int32_t descriptor = -1;
-        /* Whether something below the name is watched. */
-        bool passed = false;
-        bool reported = false;
-        bool refused = false;
-    };
-
-    void visit(Containers::StringView path);
-    void settle(Containers::StringView start, Containers::StringView directory);
-    Containers::Array<Sighting> takeStock(Containers::StringView directory,
-                                          Containers::ArrayView<const Containers::String> names);
-    bool isSettled(Containers::StringView path, const Sighting& sighting);
-
-    FileWatch& owner;
-    DirectoryData& record;
-    /* Null where nothing is reported. */
-    Containers::Array<Change>* batch = nullptr;
-    /* Where what this walk reports begins: an entry of before may have gone and come again. */
-    std::size_t batchBegin = 0;
-    Utility::Path::ListFlags listFlags;
-    VisitFlags visitFlags;
-    const char* refusal;
-    timespec begin = fileTime();
-    /* Watched, but listed before that and perhaps not as they are now. */
-    Containers::Array<Containers::String> unsettled;
-    Containers::Array<Containers::String> refused;
-};
-
-void FileWatch::Walk::run(const Containers::StringView start) {
-    visitPath(start, visitor(), listFlags, visitFlags);
-    while (!unsettled.isEmpty()) {
-        const Containers::Array<Containers::String> round = std::move(unsettled);
-        for (const Containers::String& directory : round) {
-            settle(start, directory);
-        }
-    }
-}
-
-void FileWatch::Walk::visit(const Containers::StringView path) {
-    if (batch && !Utility::Path::isDirectory(path)) {
-        arrayAppend(*batch, Change{path, Event::Modify});
-        return;
-    }
-    const int descriptor = addKernelWatch(owner.inotifyFd, path);
-    if (descriptor < 0) {
-        const char* const reason = std::strerror(errno);
-        Utility::Warning{} << refusal << reason;
-        arrayAppend(refused, Containers::String{path});
-        return;
-    }
-    /* What went and came back before its records were read is listed still. */
-    if (!batch || !owner.isListed(record, descriptor, path)) {
-        arrayAppend(record.subWatchDescriptors, descriptor);
-        arrayAppend(record.subPaths, Containers::String{path});
-    }
-    if (mayHaveChanged(path, begin)) {
-        arrayAppend(unsettled, Containers::String{path});
-    }
-}
-
-void FileWatch::Walk::settle(const Containers::StringView start,
-                             const Containers::StringView directory) {
-    /* It may be gone, and some that are watched are leaves of the walk: links. */
-    if (!Utility::Path::isDirectory(directory) ||
-        !isExpanded(start.size(), directory, visitFlags)) {
-        return;
-    }
-    const Containers::Optional<Containers::Array<Containers::String>> names =
-        Utility::Path::list(directory, listFlags | ListFlag::SortAscending);
-    if (!names) {
-        return;
-    }
-    const Containers::Array<Sighting> sightings = takeStock(directory, *names);
-    for (std::size_t i = names->size(); i != 0; --i) {
-        const Containers::String path = Utility::Path::join(directory, (*names)[i - 1]);
-        const Sighting& sighting = sightings[i - 1];
-        if (isSettled(path, sighting)) {
-            /* What a link led to when the walk went through it may have been something else. */
-            if (mayBeNewLink(path, begin)) {
-                arrayAppend(unsettled, path);
-            }
-            continue;
-        }
-        if (sighting.descriptor != -1 || sighting.passed) {
-            owner.prune(record, path);
-        }
-        /* A link that leads nowhere does not exist for the walk, and is visited all the same. */
-        if (!visitPathBelow(start, path, visitor(), listFlags,
-                            visitFlags | VisitFlag::IncludeRoot)) {
-            visit(path);
-        }
-    }
-}
-
-/* What the walk knows of the sorted `names` in `directory`. Watched directories that are not among
-   them went before a record could tell, and are pruned. */
-Containers::Array<FileWatch::Walk::Sighting>
-FileWatch::Walk::takeStock(const Containers::StringView directory,
-                           const Containers::ArrayView<const Containers::String> names) {
-    Containers::Array<Sighting> sightings{Corrade::ValueInit, names.size()};
-    const auto sightingOf = [&](const Containers::StringView name) -> Sighting* {
-        const std::size_t position = positionOf(names, name);
-        return position != names.size() ? &sightings[position] : nullptr;
-    };
-    const auto sightingAt = [&](const Containers::StringView path) -> Sighting* {
-        const Containers::StringView name = nameBelow(directory, path);
-        return name.end() == path.end() ? sightingOf(name) : nullptr;
-    };
-    for (const Containers::String& path : refused) {
-        if (Sighting* const sighting = sightingAt(path)) {
-            sighting->refused = true;
-        }
-    }
-    for (std::size_t i = batchBegin; batch && i != batch->size(); ++i) {
-        if (Sighting* const sighting = sightingAt((*batch)[i].first())) {
-            sighting->reported = true;
-        }
-    }
-    Containers::Array<Containers::String> gone;
-    for (std::size_t i = 0; i != record.subPaths.size(); ++i) {
-        const Containers::StringView path = record.subPaths[i];
-        const Containers::StringView name = nameBelow(directory, path);
-        if (name.isEmpty()) {
-            continue;
-        }
-        Sighting* const sighting = sightingOf(name);
-        if (!sighting) {
-            arrayAppend(gone, Utility::Path::join(directory, name));
-        } else if (name.end() == path.end()) {
-            sighting->descriptor = record.subWatchDescriptors[i];
-        } else {
-            sighting->passed = true;
-        }
-    }
-    for (const Containers::String& path : gone) {
-        owner.prune(record, path);
-    }
-    return sightings;
-}
-
-/* Whether what stands at `path` now is what the walk has dealt with: watched and the same
-   directory, or refused and refused again. */
-bool FileWatch::Walk::isSettled(const Containers::StringView path, const Sighting& sighting) {
-    const bool watched = sighting.descriptor != -1;
-    if (batch && !Utility::Path::isDirectory(path)) {
-        return !watched && !sighting.passed && sighting.reported;
-    }
-    return (watched || sighting.refused) && owner.presentDescriptor(path) == sighting.descriptor;
-}
 
 FileWatch::FileWatch() : nextId{1}, inotifyFd{-1} {
     arrayAppend(watchIndices, std::uint64_t{0});
@@ -462,7 +208,7 @@ int FileWatch::getDirectory(const Containers::StringView path) {
         if (candidate.path.isEmpty()) {
             continue;
         }
-        if (isInTree(path, candidate.path)) {
+        if (path == candidate.path || Path::isParentPath(candidate.path, path)) {
             ++candidate.refCount;
             return int(i);
         }
@@ -472,7 +218,7 @@ int FileWatch::getDirectory(const Containers::StringView path) {
             directory = &candidate;
         }
     }
-    const int descriptor = addKernelWatch(inotifyFd, path);
+    const int descriptor = Implementation::addKernelWatch(inotifyFd, path);
     if (descriptor < 0) {
         const char* const reason = std::strerror(errno);
         Utility::Warning{} << "FileWatch::getDirectory(): inotify_add_watch failed:" << reason;
@@ -484,7 +230,7 @@ int FileWatch::getDirectory(const Containers::StringView path) {
     } else {
         directory = &arrayAppend(directories, DirectoryData{descriptor, path});
     }
-    Walk{*this, *directory}.run(path);
+    Implementation::watchTree(inotifyFd, *directory);
     return int(directory - directories.data());
 }
 
@@ -521,25 +267,21 @@ void FileWatch::deliver(const CallbackInfo& delivery, const std::int32_t firstNe
         return;
     }
     const WatchData& watch = watches[delivery.watchIndex];
-    if (watch.id >= firstNewId ||
-        !concerns(watch, delivery.path, Utility::Path::split(delivery.path).second()) ||
-        !watch.callback) {
+    if (watch.id >= firstNewId || !concerns(watch, delivery.path) || !watch.callback) {
         return;
     }
     try {
         watch.callback(delivery.path, delivery.event);
     } catch (const std::exception&) {
-        /* A listener's failure is not the watcher's: the others still hear. */
+        /* The failure of one listener does not concern the others. */
     }
 }
 
 void FileWatch::onChangeCallback(const Containers::ArrayView<Change> changes) {
     for (const Change& change : changes) {
-        const Containers::StringView path = change.first();
-        const Containers::StringView name = Utility::Path::split(path).second();
         for (std::size_t slot = 0; slot != watches.size(); ++slot) {
-            if (concerns(watches[slot], path, name)) {
-                arrayAppend(pendingCallbacks, CallbackInfo{slot, path, change.second()});
+            if (concerns(watches[slot], change.first())) {
+                arrayAppend(pendingCallbacks, CallbackInfo{slot, change.first(), change.second()});
             }
         }
     }
@@ -549,175 +291,108 @@ void FileWatch::updateLinux() {
     if (directories.isEmpty()) {
         return;
     }
-    Containers::Array<Change> batch;
-    Origin origin;
+    Drain drain{directories, inotifyFd};
     ssize_t size;
     while ((size = read(inotifyFd, readBuffer.data(), readBuffer.size())) > 0) {
         for (ssize_t offset = 0; offset < size;) {
             const auto& record =
                 *reinterpret_cast<const inotify_event*>(readBuffer.data() + offset);
-            takeRecord(record, origin, batch);
+            takeRecord(record, drain);
             offset += ssize_t(sizeof(inotify_event) + record.len);
         }
     }
-    if (!batch.isEmpty()) {
-        onChangeCallback(batch);
+    takeOutGone(drain);
+    if (!drain.batch.isEmpty()) {
+        onChangeCallback(drain.batch);
     }
 }
 
-/* Neighbouring records mostly name the same descriptor, so `origin` keeps the last answer until a
-   list changes. */
-void FileWatch::takeRecord(const inotify_event& record, Origin& origin,
-                           Containers::Array<Change>& batch) {
+void FileWatch::takeRecord(const inotify_event& record, Drain& drain) {
     const Containers::Optional<Event> event = eventOf(record.mask);
-    if (!event || !findOrigin(record.wd, origin)) {
+    if (!event || !find(record.wd, drain)) {
         return;
     }
     /* Without a length there is no name, not even an empty one. */
     const Containers::StringView name = record.len ? record.name : nullptr;
-    Containers::String path = Utility::Path::join(origin.path, name);
+    Containers::String path = entryPath(drain.path, name);
     if (record.mask & IN_ISDIR) {
-        const Containers::Array<Place> places = placesOf(record.wd);
-        origin = {};
         if (*event == Event::Remove) {
-            for (const Place& place : places) {
-                prune(directories[place.directory], Utility::Path::join(place.path, name));
-            }
+            noteGone(name, drain);
         } else {
-            followAt(places, name, batch);
+            track(name, drain);
         }
     }
-    arrayAppend(batch, Change{std::move(path), *event});
+    arrayAppend(drain.batch, Change{std::move(path), *event});
 }
 
-/* Finds the first record and path that stand for `descriptor`; keeps an `origin` that has them. */
-bool FileWatch::findOrigin(const std::int32_t descriptor, Origin& origin) {
-    if (descriptor == origin.descriptor) {
+/* Finds the first record and path that have `descriptor`. Neighbouring records mostly have the same
+   one, so the answer stays valid until a list changes. */
+bool FileWatch::find(const std::int32_t descriptor, Drain& drain) {
+    if (descriptor == drain.descriptor) {
         return true;
     }
-    const auto find = [&] {
-        bool severalNames = false;
-        origin = {};
-        forEachPlace(descriptor, [&](const std::size_t i, const Containers::StringView path) {
-            if (origin.descriptor != descriptor) {
-                origin = {descriptor, i, path};
-            }
-            severalNames = severalNames || path != origin.path;
-        });
-        return severalNames;
-    };
-    if (find()) {
-        /* Among several names are links, which may be gone. */
-        for (const Place& place : placesOf(descriptor)) {
-            if (presentDescriptor(place.path) != descriptor) {
-                prune(directories[place.directory], place.path);
+    lookUp(descriptor, drain);
+    if (drain.hasSeveralNames) {
+        /* Some of them are links, which may be gone. */
+        for (Place& place : drain.directories.placesOf(descriptor)) {
+            if (drain.directories.presentDescriptor(place.path) != descriptor) {
+                drain.gone.add(place.record, std::move(place.path));
             }
         }
-        find();
     }
-    return origin.descriptor == descriptor;
+    if (drain.descriptor == descriptor && drain.gone.contain(drain.record, drain.path)) {
+        takeOutGone(drain);
+        lookUp(descriptor, drain);
+    }
+    return drain.descriptor == descriptor;
 }
 
-/* Calls `visit` with the position of the record and the path for each place where `descriptor` is
-   listed, in their order. */
-template <class Visit>
-void FileWatch::forEachPlace(const std::int32_t descriptor, const Visit& visit) const {
-    for (std::size_t i = 0; i != directories.size(); ++i) {
-        const DirectoryData& directory = directories[i];
-        if (directory.watchDescriptor == descriptor) {
-            visit(i, directory.path);
-        }
-        const Containers::ArrayView<const std::int32_t> listed = directory.subWatchDescriptors;
-        for (std::size_t at = findFirst(listed, descriptor); at != listed.size(); ++at) {
-            visit(i, directory.subPaths[at]);
-            at += findFirst(listed.exceptPrefix(at + 1), descriptor);
-        }
-    }
-}
-
-/* The names that the directory of `descriptor` is listed by, each once, the first one first. */
-Containers::Array<FileWatch::Place> FileWatch::placesOf(const std::int32_t descriptor) const {
-    Containers::Array<Place> places;
-    forEachPlace(descriptor, [&](const std::size_t i, const Containers::StringView path) {
-        for (const Place& known : places) {
-            if (known.path == path) {
+void FileWatch::lookUp(const std::int32_t descriptor, Drain& drain) const {
+    drain.descriptor = 0;
+    drain.hasSeveralNames = false;
+    drain.directories.forEach(
+        descriptor, [&](const std::size_t record, const Containers::StringView path) {
+            if (drain.descriptor == descriptor) {
+                drain.hasSeveralNames = drain.hasSeveralNames || path != drain.path;
                 return;
             }
-        }
-        arrayAppend(places, Place{i, path});
-    });
-    return places;
+            drain.descriptor = descriptor;
+            drain.record = record;
+            drain.path = path;
+        });
 }
 
-bool FileWatch::isListed(const DirectoryData& directory, const std::int32_t descriptor,
-                         const Containers::StringView path) const {
-    bool listed = false;
-    forEachPlace(descriptor, [&](const std::size_t i, const Containers::StringView known) {
-        listed = listed || (&directories[i] == &directory && known == path);
-    });
-    return listed;
-}
-
-/* Descriptor of the directory at `path`, -1 where none can be watched. Placing the kernel watch
-   once more tells; one that nothing lists is ended again. */
-std::int32_t FileWatch::presentDescriptor(const Containers::StringView path) {
-    if (!Utility::Path::isDirectory(path)) {
-        return -1;
+/* Notes that the directory `name` left the one that was looked up, under each of its names. */
+void FileWatch::noteGone(const Containers::StringView name, Drain& drain) {
+    if (!drain.hasSeveralNames) {
+        drain.gone.add(drain.record, entryPath(drain.path, name));
+        return;
     }
-    const std::int32_t descriptor = addKernelWatch(inotifyFd, path);
-    if (descriptor >= 0 && placesOf(descriptor).isEmpty()) {
-        inotify_rm_watch(inotifyFd, descriptor);
+    for (const Place& place : drain.directories.placesOf(drain.descriptor)) {
+        drain.gone.add(place.record, entryPath(place.path, name));
     }
-    return descriptor;
 }
 
-/* Watches the directory `name` that came into the one listed at `places`, under each of its names,
+/* Watches the directory `name` that came into the one that was looked up, under each of its names,
    and reports what it holds under the first. */
-void FileWatch::followAt(const Containers::ArrayView<const Place> places,
-                         const Containers::StringView name, Containers::Array<Change>& batch) {
-    Containers::Array<Change> unheard;
-    for (const Place& place : places) {
-        Containers::Array<Change>& changes = &place == places.begin() ? batch : unheard;
-        Walk{*this, directories[place.directory], changes}.run(
-            Utility::Path::join(place.path, name));
+void FileWatch::track(const Containers::StringView name, Drain& drain) {
+    const std::int32_t descriptor = drain.descriptor;
+    takeOutGone(drain);
+    Containers::Array<Change> unreported;
+    Containers::Array<Change>* changes = &drain.batch;
+    for (const Place& place : drain.directories.placesOf(descriptor)) {
+        Implementation::watchArrival(inotifyFd, directories[place.record],
+                                     entryPath(place.path, name), *changes);
+        changes = &unreported;
     }
+    drain.descriptor = 0;
 }
 
-/* Forgets the directory at `path`, which went away, and all below it. What is there again, or was
-   put there before the record of its going came up, stays. */
-void FileWatch::prune(DirectoryData& directory, const Containers::StringView path) {
-    Containers::Array<std::int32_t> gone;
-    std::size_t kept = 0;
-    for (std::size_t i = 0; i != directory.subPaths.size(); ++i) {
-        const std::int32_t descriptor = directory.subWatchDescriptors[i];
-        if (isInTree(directory.subPaths[i], path) &&
-            presentDescriptor(directory.subPaths[i]) != descriptor) {
-            arrayAppend(gone, descriptor);
-            continue;
-        }
-        if (kept != i) {
-            directory.subPaths[kept] = std::move(directory.subPaths[i]);
-            directory.subWatchDescriptors[kept] = descriptor;
-        }
-        ++kept;
+void FileWatch::takeOutGone(Drain& drain) const {
+    if (!drain.gone.isEmpty()) {
+        drain.gone.takeOut(drain.directories);
+        drain.descriptor = 0;
     }
-    arrayRemoveSuffix(directory.subPaths, gone.size());
-    arrayRemoveSuffix(directory.subWatchDescriptors, gone.size());
-    for (const std::int32_t descriptor : gone) {
-        releaseDescriptor(descriptor);
-    }
-}
-
-/* Ends a kernel watch unless a directory is listed that it still serves. That is one which moved
-   within the watched trees, was found in its new place by a walk, and whose record of leaving the
-   old one came up only now: ending the watch would leave it unwatched. */
-void FileWatch::releaseDescriptor(const std::int32_t descriptor) {
-    for (const Place& place : placesOf(descriptor)) {
-        if (presentDescriptor(place.path) == descriptor) {
-            return;
-        }
-    }
-    inotify_rm_watch(inotifyFd, descriptor);
 }
 
 Utility::Debug& operator<<(Utility::Debug& debug, const FileWatch::Event event) {

@@ -28,10 +28,8 @@ namespace Utility = Corrade::Utility;
  * Between two ticks the kernel keeps the changes, as many as `fs.inotify.max_queued_events` allows;
  * what goes beyond is lost.
  *
- * Directories that appear in a watched tree are watched with all they hold, also while other
- * processes go on filling, moving and deleting them. An entry can be reported more than once on the
- * way. Such a race is noticed by the time stamps of directories and of the links in them, so the
- * clock of the file system must not lag behind that of the system.
+ * Directories that appear in a watched tree are watched with all they hold, even while other
+ * processes fill, move, swap and delete them. An entry can be reported more than once on the way.
  *
  * An object belongs to one thread at a time. It takes one inotify instance, and one kernel watch
  * for every directory.
@@ -203,22 +201,14 @@ public:
 private:
     friend struct FileWatchTestAccess;
 
-    struct Origin;
-    struct Place;
-    class Walk;
+    struct Drain;
 
-    void takeRecord(const inotify_event& record, Origin& origin, Containers::Array<Change>& batch);
-    bool findOrigin(std::int32_t descriptor, Origin& origin);
-    template <class Visit>
-    void forEachPlace(std::int32_t descriptor, const Visit& visit) const;
-    Containers::Array<Place> placesOf(std::int32_t descriptor) const;
-    bool isListed(const DirectoryData& directory, std::int32_t descriptor,
-                  Containers::StringView path) const;
-    std::int32_t presentDescriptor(Containers::StringView path);
-    void followAt(Containers::ArrayView<const Place> places, Containers::StringView name,
-                  Containers::Array<Change>& batch);
-    void prune(DirectoryData& directory, Containers::StringView path);
-    void releaseDescriptor(std::int32_t descriptor);
+    void takeRecord(const inotify_event& record, Drain& drain);
+    bool find(std::int32_t descriptor, Drain& drain);
+    void lookUp(std::int32_t descriptor, Drain& drain) const;
+    void noteGone(Containers::StringView name, Drain& drain);
+    void track(Containers::StringView name, Drain& drain);
+    void takeOutGone(Drain& drain) const;
     void deliver(const CallbackInfo& delivery, std::int32_t firstNewId);
 
     Containers::Array<WatchData> watches;

@@ -29,6 +29,7 @@ namespace {
 
 using ListFlag = Utility::Path::ListFlag;
 using Visitor = Function<bool(Containers::StringView)>;
+using Enter = Function<void(Containers::StringView, bool)>;
 
 /* What stands at a path, links looked through. Nothing is the same as no other. */
 struct Entry {
@@ -84,19 +85,24 @@ void appendNames(Containers::Array<Containers::String>& paths, const Containers:
     }
 }
 
-/* Everything that a walk finds, in breadth-first order: each path behind its directory's. The way
-   to a link begins with the first `startSize` bytes of its path. */
-Containers::Array<Containers::String> collect(const std::size_t startSize,
-                                              const Containers::StringView path,
+/* Everything that a walk from `path` finds, in breadth-first order: each path comes after its
+   directory's. Calls `enter` for what will be visited, each directory before it is listed. */
+Containers::Array<Containers::String> collect(const Containers::StringView path, const Enter& enter,
                                               const Utility::Path::ListFlags listFlags,
                                               const VisitFlags visitFlags) {
     Containers::Array<Containers::String> paths;
     arrayAppend(paths, Containers::String{path});
     for (std::size_t i = 0; i != paths.size(); ++i) {
-        if (isExpanded(startSize, paths[i], visitFlags)) {
+        const bool link = isSymlink(paths[i]);
+        const bool directory = Utility::Path::isDirectory(paths[i]);
+        if (enter && (i != 0 || visitFlags >= VisitFlag::IncludeRoot)) {
+            enter(paths[i], directory);
+        }
+        if (directory && (!link || (visitFlags >= VisitFlag::FollowSymlinks &&
+                                    !leadsBack(paths[i], path.size())))) {
             /* A copy, since appending may move the list's strings. */
-            const Containers::String directory = paths[i];
-            appendNames(paths, directory, Utility::Path::list(directory, listFlags));
+            const Containers::String parent = paths[i];
+            appendNames(paths, parent, Utility::Path::list(parent, listFlags));
         }
         if (!(visitFlags >= VisitFlag::Recursive)) {
             break;
@@ -140,28 +146,18 @@ bool isSymlink(const Containers::StringView path) {
     return S_ISLNK(status.st_mode);
 }
 
-bool isExpanded(const std::size_t startSize, const Containers::StringView path,
-                const VisitFlags visitFlags) {
-    const bool link = isSymlink(path);
-    if (!Utility::Path::isDirectory(path)) {
-        return false;
-    }
-    return !link || (visitFlags >= VisitFlag::FollowSymlinks && !leadsBack(path, startSize));
-}
-
 bool visitPath(const Containers::StringView path, Visitor visitor,
                const Utility::Path::ListFlags listFlags, const VisitFlags visitFlags) {
-    return visitPathBelow(path, path, std::move(visitor), listFlags, visitFlags);
+    return visitPath(path, Enter{}, std::move(visitor), listFlags, visitFlags);
 }
 
-bool visitPathBelow(const Containers::StringView start, const Containers::StringView path,
-                    const Visitor visitor, const Utility::Path::ListFlags listFlags,
-                    const VisitFlags visitFlags) {
+bool visitPath(const Containers::StringView path, const Enter enter, const Visitor visitor,
+               const Utility::Path::ListFlags listFlags, const VisitFlags visitFlags) {
     if (!Utility::Path::exists(path)) {
         return false;
     }
     const Containers::Array<Containers::String> paths =
-        collect(start.size(), path, listFlags | ListFlag::SortAscending, visitFlags);
+        collect(path, enter, listFlags | ListFlag::SortAscending, visitFlags);
     const std::size_t first = visitFlags >= VisitFlag::IncludeRoot ? 0 : 1;
     for (std::size_t i = paths.size(); i != first; --i) {
         if (!visitor(paths[i - 1])) {

@@ -59,23 +59,15 @@ bool visitPath(Containers::StringView path, Function<bool(Containers::StringView
                Utility::Path::ListFlags listFlags, VisitFlags visitFlags);
 
 /**
- * @brief Whether a walk as that of @ref visitPath() goes on below @p path.
+ * @brief Walks as the other overload does, and calls @p enter on the way down.
  *
- * So it does where @p path is a directory, and links are followed where it is a link, except for
- * one that closes a cycle: the first @p startSize bytes of @p path are where the walk started.
- * Prints what @ref isSymlink() prints where nothing is there.
+ * In a recursive walk @p enter is called for every path that will be visited, in the opposite
+ * order: a directory is entered right before it is listed, and so before everything that it holds.
+ * The second argument is whether the path is a directory, links looked through.
  */
-bool isExpanded(std::size_t startSize, Containers::StringView path, VisitFlags visitFlags);
-
-/**
- * @brief Walks from @p path as @ref visitPath() does when it comes to it on a walk from @p start.
- *
- * @p path has to be one that a walk from @p start gives to its visitor. The difference to a walk of
- * its own is in the links that lead to a directory between the two, which are a cycle.
- */
-bool visitPathBelow(Containers::StringView start, Containers::StringView path,
-                    Function<bool(Containers::StringView)> visitor,
-                    Utility::Path::ListFlags listFlags, VisitFlags visitFlags);
+bool visitPath(Containers::StringView path, Function<void(Containers::StringView, bool)> enter,
+               Function<bool(Containers::StringView)> visitor, Utility::Path::ListFlags listFlags,
+               VisitFlags visitFlags);
 
 /**
  * @brief Copies the directory @p source with all it holds to @p destination.

@@ -1,0 +1,263 @@
+#include "VespermoorEditor/Utils/WatchedDirectories.h"
+
+#include <functional>
+#include <string_view>
+#include <unordered_set>
+#include <utility>
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+#include <sys/inotify.h>
+
+#include <Corrade/Containers/ArrayView.h>
+#include <Corrade/Containers/GrowableArray.h>
+#include <Corrade/Utility/Path.h>
+
+namespace VespermoorEngine::Implementation {
+
+namespace {
+
+constexpr std::uint32_t watchMask = IN_MODIFY | IN_MOVED_FROM | IN_MOVED_TO | IN_CREATE | IN_DELETE;
+static_assert(watchMask == 0x3C2);
+
+std::size_t hash(const Containers::StringView path) {
+    return std::hash<std::string_view>{}({path.data(), path.size()});
+}
+
+/* Whether `path` is `root`, which has no trailing slash, or lies below it. */
+bool isInTree(const Containers::StringView path, const Containers::StringView root) {
+    return path.size() >= root.size() && (path.size() == root.size() || path[root.size()] == '/') &&
+           path.hasPrefix(root);
+}
+
+/* Positions of the entries of a record that have to go, in ascending order. */
+Containers::Array<std::size_t> goneEntries(const DirectoryData& record, PathTrees& trees,
+                                           const WatchedDirectories& directories) {
+    Containers::Array<std::size_t> gone;
+    for (std::size_t i = 0; i != record.subPaths.size(); ++i) {
+        const Containers::StringView path = record.subPaths[i];
+        PathTrees::Tree* const tree = trees.find(path);
+        if (!tree) {
+            continue;
+        }
+        if (tree->state == PathTrees::Tree::Unknown) {
+            tree->state = Utility::Path::isDirectory(tree->root) ? PathTrees::Tree::Present
+                                                                 : PathTrees::Tree::Absent;
+        }
+        if (tree->state == PathTrees::Tree::Absent ||
+            directories.presentDescriptor(path) != record.subWatchDescriptors[i]) {
+            arrayAppend(gone, i);
+        }
+    }
+    return gone;
+}
+
+/* Removes the entries at the ascending `positions`, and appends their descriptors to `dropped`. */
+void removeEntries(DirectoryData& record, const Containers::ArrayView<const std::size_t> positions,
+                   Containers::Array<std::int32_t>& dropped) {
+    if (positions.isEmpty()) {
+        return;
+    }
+    std::size_t kept = positions.front();
+    for (std::size_t i = 0; i != positions.size(); ++i) {
+        const std::size_t next =
+            i + 1 == positions.size() ? record.subPaths.size() : positions[i + 1];
+        arrayAppend(dropped, record.subWatchDescriptors[positions[i]]);
+        for (std::size_t from = positions[i] + 1; from != next; ++from, ++kept) {
+            record.subPaths[kept] = std::move(record.subPaths[from]);
+            record.subWatchDescriptors[kept] = record.subWatchDescriptors[from];
+        }
+    }
+    arrayRemoveSuffix(record.subPaths, positions.size());
+    arrayRemoveSuffix(record.subWatchDescriptors, positions.size());
+}
+
+/* Whether a directory is listed that the kernel watch still serves: one that moved within the
+   watched trees and was found in its new place before its removal from the old one was read. */
+bool isServing(const WatchedDirectories& directories, const std::int32_t descriptor) {
+    for (const Place& place : directories.placesOf(descriptor)) {
+        if (directories.presentDescriptor(place.path) == descriptor) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/* Of `dropped`, those that an entry still has. One pass for all of them. */
+std::unordered_set<std::int32_t>
+stillListed(const WatchedDirectories& directories,
+            const Containers::ArrayView<const std::int32_t> dropped) {
+    const std::unordered_set<std::int32_t> wanted{dropped.begin(), dropped.end()};
+    std::unordered_set<std::int32_t> listed;
+    const auto note = [&](const std::int32_t descriptor) {
+        if (wanted.count(descriptor)) {
+            listed.insert(descriptor);
+        }
+    };
+    for (const DirectoryData& record : directories.records) {
+        note(record.watchDescriptor);
+        for (const std::int32_t descriptor : record.subWatchDescriptors) {
+            note(descriptor);
+        }
+    }
+    return listed;
+}
+
+void endKernelWatches(const WatchedDirectories& directories,
+                      const Containers::ArrayView<const std::int32_t> dropped) {
+    const std::unordered_set<std::int32_t> listed = stillListed(directories, dropped);
+    for (const std::int32_t descriptor : dropped) {
+        if (!listed.count(descriptor) || !isServing(directories, descriptor)) {
+            inotify_rm_watch(directories.inotifyFd, descriptor);
+        }
+    }
+}
+
+} // namespace
+
+std::size_t findFirst(const Containers::ArrayView<const std::int32_t> values,
+                      const std::int32_t value) {
+    std::size_t i = 0;
+#ifdef __SSE2__
+    const __m128i wanted = _mm_set1_epi32(value);
+    const auto equal = [&](const std::size_t at) {
+        const void* const block = values.data() + at;
+        return _mm_cmpeq_epi32(_mm_loadu_si128(static_cast<const __m128i*>(block)), wanted);
+    };
+    for (; i + 16 <= values.size(); i += 16) {
+        const __m128i any = _mm_or_si128(_mm_or_si128(equal(i), equal(i + 4)),
+                                         _mm_or_si128(equal(i + 8), equal(i + 12)));
+        if (_mm_movemask_epi8(any)) {
+            break;
+        }
+    }
+#endif
+    while (i != values.size() && values[i] != value) {
+        ++i;
+    }
+    return i;
+}
+
+int addKernelWatch(const int inotifyFd, const Containers::StringView path) {
+    return inotify_add_watch(inotifyFd, Containers::String::nullTerminatedView(path).data(),
+                             watchMask);
+}
+
+Containers::Array<Place> WatchedDirectories::placesOf(const std::int32_t descriptor) const {
+    Containers::Array<Place> places;
+    forEach(descriptor, [&](const std::size_t record, const Containers::StringView path) {
+        for (const Place& known : places) {
+            if (known.path == path) {
+                return;
+            }
+        }
+        arrayAppend(places, Place{record, path});
+    });
+    return places;
+}
+
+bool WatchedDirectories::isListed(const std::int32_t descriptor) const {
+    for (const DirectoryData& record : records) {
+        if (record.watchDescriptor == descriptor ||
+            findFirst(record.subWatchDescriptors, descriptor) !=
+                record.subWatchDescriptors.size()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::int32_t WatchedDirectories::presentDescriptor(const Containers::StringView path) const {
+    if (!Utility::Path::isDirectory(path)) {
+        return -1;
+    }
+    const std::int32_t descriptor = addKernelWatch(inotifyFd, path);
+    if (descriptor >= 0 && !isListed(descriptor)) {
+        inotify_rm_watch(inotifyFd, descriptor);
+    }
+    return descriptor;
+}
+
+void PathTrees::add(Containers::String&& root) {
+    shortest = std::min(shortest, root.size());
+    arrayAppend(trees, Tree{std::move(root)});
+    if (trees.size() == hashedFrom) {
+        for (std::size_t i = 0; i != trees.size(); ++i) {
+            addHash(i);
+        }
+    } else if (trees.size() > hashedFrom) {
+        addHash(trees.size() - 1);
+    }
+}
+
+void PathTrees::addHash(const std::size_t position) {
+    const Containers::StringView root = trees[position].root;
+    positions.emplace(hash(root), position);
+    sizes.set(root.size() % sizes.size());
+}
+
+PathTrees::Tree* PathTrees::find(const Containers::StringView path) {
+    if (path.size() < shortest) {
+        return nullptr;
+    }
+    if (trees.size() >= hashedFrom) {
+        return findHashed(path);
+    }
+    for (Tree& tree : trees) {
+        if (isInTree(path, tree.root)) {
+            return &tree;
+        }
+    }
+    return nullptr;
+}
+
+PathTrees::Tree* PathTrees::findHashed(const Containers::StringView path) {
+    for (std::size_t size = shortest; size <= path.size(); ++size) {
+        if (!sizes[size % sizes.size()] || (size != path.size() && path[size] != '/')) {
+            continue;
+        }
+        const Containers::StringView root = path.prefix(size);
+        const auto [begin, end] = positions.equal_range(hash(root));
+        for (auto found = begin; found != end; ++found) {
+            if (trees[found->second].root == root) {
+                return &trees[found->second];
+            }
+        }
+    }
+    return nullptr;
+}
+
+PathTrees* GoneDirectories::treesOf(const std::size_t record) {
+    for (RecordTrees& candidate : trees) {
+        if (candidate.record == record) {
+            return &candidate.trees;
+        }
+    }
+    return nullptr;
+}
+
+void GoneDirectories::add(const std::size_t record, Containers::String&& path) {
+    PathTrees* known = treesOf(record);
+    if (!known) {
+        known = &arrayAppend(trees, RecordTrees{record, {}}).trees;
+    }
+    known->add(std::move(path));
+}
+
+bool GoneDirectories::contain(const std::size_t record, const Containers::StringView path) {
+    PathTrees* const known = treesOf(record);
+    return known && known->find(path);
+}
+
+void GoneDirectories::takeOut(const WatchedDirectories& directories) {
+    Containers::Array<std::int32_t> dropped;
+    for (RecordTrees& gone : trees) {
+        DirectoryData& record = directories.records[gone.record];
+        removeEntries(record, goneEntries(record, gone.trees, directories), dropped);
+    }
+    trees = {};
+    endKernelWatches(directories, dropped);
+}
+
+} // namespace VespermoorEngine::Implementation

@@ -1,0 +1,143 @@
+#ifndef VespermoorEditor_Utils_WatchedDirectories_h
+#define VespermoorEditor_Utils_WatchedDirectories_h
+
+/* The directories that a FileWatch has kernel watches on: find, append, take out.
+
+   Data layout. Each watched tree has a record, FileWatch::DirectoryData. It holds the watch
+   descriptor and the path of the root, and for the directories below it two parallel arrays:
+   descriptors of four bytes and paths, in the order in which walks appended them. The kernel knows
+   a directory by its descriptor only. A directory that links give several names is listed once
+   under each name, with one descriptor; so is one that several records hold.
+
+   Find. Lookup by descriptor is a linear scan over all records. The descriptors of a tree are
+   contiguous and compared 16 at a time, so that 100,000 directories take a few microseconds.
+
+   Take out. A directory that goes takes everything below it along, so each removal is a pass over
+   all paths of its record. The kernel reports a deleted tree directory by directory, and a pass for
+   each of them would make deletion quadratic. Therefore removals are collected in GoneDirectories
+   and taken out together: one pass per drain of the kernel's queue, unless a record makes an
+   earlier one necessary. The pass compares few removals one by one, lengths before bytes, and looks
+   many up by their hash. */
+
+#include <bitset>
+#include <cstddef>
+#include <cstdint>
+#include <unordered_map>
+
+#include "VespermoorEditor/Utils/FileWatch.h"
+
+namespace VespermoorEngine::Implementation {
+
+using DirectoryData = FileWatch::DirectoryData;
+
+/* One of the names of a watched directory. */
+struct Place {
+    /* Position of the record that lists it. */
+    std::size_t record;
+    Containers::String path;
+};
+
+/* Position of the first `value` in `values`, or their count. */
+std::size_t findFirst(Containers::ArrayView<const std::int32_t> values, std::int32_t value);
+
+/* The records of a FileWatch with its inotify instance. A view: both have to outlive it. */
+class WatchedDirectories {
+public:
+    WatchedDirectories(Containers::Array<DirectoryData>& records, const int inotifyFd)
+        : records{records}, inotifyFd{inotifyFd} {}
+
+    /* Calls `visit` with the position of the record and the path for each entry that has the
+       descriptor, in their order. */
+    template <class Visit>
+    void forEach(const std::int32_t descriptor, const Visit& visit) const {
+        for (std::size_t i = 0; i != records.size(); ++i) {
+            const DirectoryData& record = records[i];
+            if (record.watchDescriptor == descriptor) {
+                visit(i, Containers::StringView{record.path});
+            }
+            const Containers::ArrayView<const std::int32_t> listed = record.subWatchDescriptors;
+            for (std::size_t at = findFirst(listed, descriptor); at != listed.size(); ++at) {
+                visit(i, Containers::StringView{record.subPaths[at]});
+                at += findFirst(listed.exceptPrefix(at + 1), descriptor);
+            }
+        }
+    }
+
+    /* The names of a directory, each once, the first one first. */
+    Containers::Array<Place> placesOf(std::int32_t descriptor) const;
+
+    /* Descriptor of the directory that is at `path` now, -1 if none can be watched. Places a kernel
+       watch to learn it, and ends that watch if no entry has the descriptor. */
+    std::int32_t presentDescriptor(Containers::StringView path) const;
+
+    Containers::Array<DirectoryData>& records;
+    int inotifyFd;
+
+private:
+    bool isListed(std::int32_t descriptor) const;
+};
+
+/* Places a kernel watch on `path`, or finds the one that its directory has. Returns the watch
+   descriptor, or -1 with `errno` set. */
+int addKernelWatch(int inotifyFd, Containers::StringView path);
+
+/* Paths, of which each stands for the tree at and below it. */
+class PathTrees {
+public:
+    struct Tree {
+        Containers::String root;
+        /* Unknown until the root is looked up. */
+        enum : std::uint8_t { Unknown, Present, Absent } state = Unknown;
+    };
+
+    void add(Containers::String&& root);
+
+    /* A tree that `path` is in, null if there is none. Lives until the next tree is added. */
+    Tree* find(Containers::StringView path);
+
+private:
+    /* Looking few up by their hash costs more than comparing them with every path. */
+    static constexpr std::size_t hashedFrom = 10;
+
+    Tree* findHashed(Containers::StringView path);
+    void addHash(std::size_t position);
+
+    Containers::Array<Tree> trees;
+    std::size_t shortest = ~std::size_t{};
+    /* The rest is empty while there are few. Positions in `trees`, by the hash of the root. */
+    std::unordered_multimap<std::size_t, std::size_t> positions;
+    /* Sizes of the roots, modulo the set's own, so that few prefixes of a path need to be hashed.
+     */
+    std::bitset<1024> sizes;
+};
+
+/* Directories that went away, or may have, and are still listed with all that is below them. */
+class GoneDirectories {
+public:
+    bool isEmpty() const { return trees.isEmpty(); }
+
+    /* Notes that the directory at `path` has to be taken out of the record. */
+    void add(std::size_t record, Containers::String&& path);
+
+    /* Whether the entry of that record is at or below a noted directory. */
+    bool contain(std::size_t record, Containers::StringView path);
+
+    /* Takes the noted directories out of their records, and forgets them. An entry whose directory
+       is at its path after all, because it came back or arrived before the removal was read, stays.
+       Kernel watches that no entry needs any more end. */
+    void takeOut(const WatchedDirectories& directories);
+
+private:
+    struct RecordTrees {
+        std::size_t record;
+        PathTrees trees;
+    };
+
+    PathTrees* treesOf(std::size_t record);
+
+    Containers::Array<RecordTrees> trees;
+};
+
+} // namespace VespermoorEngine::Implementation
+
+#endif
