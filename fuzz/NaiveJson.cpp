@@ -1,0 +1,148 @@
+/* Reading JSON and stepping through it. */
+
+#include "Naive.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+namespace VespermoorEngine::Fuzz::Naive {
+
+namespace {
+
+std::string text(const rapidjson::Value& string) {
+    return {string.GetString(), string.GetStringLength()};
+}
+
+bool hasPartOfMark(const std::string& json) {
+    const std::string mark = "\xef\xbb\xbf";
+    return !json.empty() && mark.find(json[0]) != std::string::npos &&
+           json.compare(0, mark.size(), mark) != 0;
+}
+
+bool isTaken(const rapidjson::Value& value, const int levels) {
+    if (value.IsDouble()) {
+        return std::isfinite(value.GetDouble());
+    }
+    if ((value.IsArray() || value.IsObject()) && levels == 0) {
+        return false;
+    }
+    if (value.IsArray()) {
+        for (const rapidjson::Value& element : value.GetArray()) {
+            if (!isTaken(element, levels - 1)) {
+                return false;
+            }
+        }
+    }
+    if (value.IsObject()) {
+        for (const auto& member : value.GetObject()) {
+            if (!isTaken(member.value, levels - 1)) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+std::optional<rapidjson::Document> parse(const std::string& json) {
+    rapidjson::MemoryStream memory{json.data(), json.size()};
+    rapidjson::EncodedInputStream<rapidjson::UTF8<>, rapidjson::MemoryStream> stream{memory};
+    rapidjson::Document document;
+    document.ParseStream(stream);
+    if (document.HasParseError() || hasPartOfMark(json) || json.find('\0') != std::string::npos ||
+        !isTaken(document, 1024)) {
+        return {};
+    }
+    return document;
+}
+
+std::string describe(const rapidjson::Value& value) {
+    if (value.IsString()) {
+        return std::to_string(value.GetStringLength()) + "'" + text(value) + "'";
+    }
+    if (value.IsDouble()) {
+        char number[40];
+        std::snprintf(number, sizeof number, "%a", value.GetDouble());
+        return number;
+    }
+    if (value.IsNumber()) {
+        return value.IsUint64() ? std::to_string(value.GetUint64())
+                                : std::to_string(value.GetInt64());
+    }
+    if (value.IsArray()) {
+        std::string result = "[";
+        for (const rapidjson::Value& element : value.GetArray()) {
+            result += describe(element) + ",";
+        }
+        return result + "]";
+    }
+    if (value.IsObject()) {
+        std::string result = "{";
+        for (const auto& member : value.GetObject()) {
+            result += describe(member.name) + ":" + describe(member.value) + ",";
+        }
+        return result + "}";
+    }
+    return value.IsNull() ? "null" : value.IsTrue() ? "true" : "false";
+}
+
+const rapidjson::Value* child(const rapidjson::Value& value, const std::string& step) {
+    if (value.IsObject()) {
+        for (const auto& member : value.GetObject()) {
+            if (text(member.name) == step) {
+                return &member.value;
+            }
+        }
+    }
+    if (value.IsArray() && !step.empty() &&
+        step.find_first_not_of("0123456789") == std::string::npos) {
+        const unsigned long long index = std::strtoull(step.data(), nullptr, 10);
+        return index < value.Size() ? &value[rapidjson::SizeType(index)] : nullptr;
+    }
+    return nullptr;
+}
+
+const rapidjson::Value* walk(const rapidjson::Value& root, const std::string& path) {
+    const rapidjson::Value* value = &root;
+    for (const std::string& step : split(path, "/")) {
+        value = value ? child(*value, step) : nullptr;
+    }
+    return value;
+}
+
+const rapidjson::Value* walkPointer(const rapidjson::Value& root, const std::string& pointer) {
+    std::vector<std::string> steps = split(pointer, "/");
+    if (!steps[0].empty()) {
+        return &root;
+    }
+    for (std::string& step : steps) {
+        for (std::size_t i = 0; (i = step.find('~', i)) != std::string::npos; ++i) {
+            const char escaped = i + 1 == step.size() ? 'x' : step[i + 1];
+            if (escaped != '0' && escaped != '1') {
+                return &root;
+            }
+            step.replace(i, 2, escaped == '0' ? "~" : "/");
+        }
+    }
+    const rapidjson::Value* value = &root;
+    for (auto step = steps.begin() + 1; step != steps.end() && value; ++step) {
+        const bool zeros = value->IsArray() && step->size() > 1 && step->front() == '0';
+        value = zeros ? nullptr : child(*value, *step);
+    }
+    return value;
+}
+
+std::vector<std::string> split(const std::string& text, const char* const separators) {
+    std::vector<std::string> result;
+    std::size_t begin = 0;
+    for (std::size_t end; (end = text.find_first_of(separators, begin)) != std::string::npos;
+         begin = end + 1) {
+        result.push_back(text.substr(begin, end - begin));
+    }
+    result.push_back(text.substr(begin));
+    return result;
+}
+
+} // namespace VespermoorEngine::Fuzz::Naive
