@@ -2,6 +2,7 @@
 
 #include "Naive.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -20,28 +21,28 @@ bool hasPartOfMark(const std::string& json) {
            json.compare(0, mark.size(), mark) != 0;
 }
 
-bool isTaken(const rapidjson::Value& value, const int levels) {
-    if (value.IsDouble()) {
-        return std::isfinite(value.GetDouble());
-    }
-    if ((value.IsArray() || value.IsObject()) && levels == 0) {
-        return false;
-    }
+std::vector<const rapidjson::Value*> children(const rapidjson::Value& value) {
+    std::vector<const rapidjson::Value*> result;
     if (value.IsArray()) {
         for (const rapidjson::Value& element : value.GetArray()) {
-            if (!isTaken(element, levels - 1)) {
-                return false;
-            }
+            result.push_back(&element);
         }
-    }
-    if (value.IsObject()) {
+    } else if (value.IsObject()) {
         for (const auto& member : value.GetObject()) {
-            if (!isTaken(member.value, levels - 1)) {
-                return false;
-            }
+            result.push_back(&member.value);
         }
     }
-    return true;
+    return result;
+}
+
+bool isTaken(const rapidjson::Value& value, const int levels) {
+    if (value.IsArray() || value.IsObject()) {
+        const auto nested = children(value);
+        return levels != 0 && std::all_of(nested.begin(), nested.end(), [&](const auto* child) {
+                   return isTaken(*child, levels - 1);
+               });
+    }
+    return !value.IsDouble() || std::isfinite(value.GetDouble());
 }
 
 } // namespace
@@ -71,19 +72,14 @@ std::string describe(const rapidjson::Value& value) {
         return value.IsUint64() ? std::to_string(value.GetUint64())
                                 : std::to_string(value.GetInt64());
     }
-    if (value.IsArray()) {
-        std::string result = "[";
-        for (const rapidjson::Value& element : value.GetArray()) {
-            result += describe(element) + ",";
+    if (value.IsArray() || value.IsObject()) {
+        std::string result = value.IsArray() ? "[" : "{";
+        unsigned i = 0;
+        for (const rapidjson::Value* const nested : children(value)) {
+            result += value.IsObject() ? describe(value.MemberBegin()[i++].name) : "";
+            result += describe(*nested) + ",";
         }
-        return result + "]";
-    }
-    if (value.IsObject()) {
-        std::string result = "{";
-        for (const auto& member : value.GetObject()) {
-            result += describe(member.name) + ":" + describe(member.value) + ",";
-        }
-        return result + "}";
+        return result + ")";
     }
     return value.IsNull() ? "null" : value.IsTrue() ? "true" : "false";
 }
