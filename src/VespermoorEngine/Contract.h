@@ -6,13 +6,10 @@
 #include <Corrade/Containers/StringView.h>
 #include <Corrade/Utility/Debug.h>
 
+#include "VespermoorEngine/Corrade.h"
 #include "VespermoorEngine/Dependencies.h"
 
-/** @brief Libraries and programs of the Vespermoor engine. */
 namespace VespermoorEngine {
-
-namespace Containers = Corrade::Containers;
-namespace Utility = Corrade::Utility;
 
 /**
  * @brief Ends the process because its own code broke a contract.

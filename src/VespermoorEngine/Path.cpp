@@ -11,7 +11,6 @@ namespace VespermoorEngine::Path {
 namespace {
 
 using namespace Corrade::Containers::Literals;
-namespace Utility = Corrade::Utility;
 
 /* Appends the components of `path` to `normalized`, which is empty or an absolute path without a
    trailing slash, and takes one off its end for each `..`. */

@@ -3,11 +3,10 @@
 
 #include <Corrade/Containers/StringView.h>
 
+#include "VespermoorEngine/Corrade.h"
 #include "VespermoorEngine/visibility.h"
 
 namespace VespermoorEngine {
-
-namespace Containers = Corrade::Containers;
 
 /** @brief Operations on paths as text, beside those of `Corrade::Utility::Path`. */
 namespace Path {

@@ -7,11 +7,10 @@
 #include <Corrade/Containers/Array.h>
 #include <Corrade/Containers/StringView.h>
 
+#include "VespermoorEngine/Corrade.h"
 #include "VespermoorEngine/visibility.h"
 
 namespace VespermoorEngine {
-
-namespace Containers = Corrade::Containers;
 
 /**
  * @brief Read-only list of strings, packed one behind the other in one character store.

@@ -10,7 +10,6 @@
 namespace VespermoorEngine::Utils {
 
 using namespace Corrade::Containers::Literals;
-namespace Utility = Corrade::Utility;
 
 Containers::String executablesPath() {
     const Containers::Optional<Containers::String> executable = Utility::Path::executableLocation();

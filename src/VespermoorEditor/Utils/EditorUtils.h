@@ -1,13 +1,10 @@
 #ifndef VespermoorEditor_Utils_EditorUtils_h
 #define VespermoorEditor_Utils_EditorUtils_h
 
-#include <Corrade/Containers/Containers.h>
-
 #include "VespermoorEditor/Utils/visibility.h"
+#include "VespermoorEngine/Corrade.h"
 
 namespace VespermoorEngine {
-
-namespace Containers = Corrade::Containers;
 
 /** @brief Services for the programs of the editor. */
 namespace Utils {

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 
-#include <VespermoorEngine/Contract.h>
+#include "VespermoorEditor/Utils/Text.h"
+#include "VespermoorEngine/Contract.h"
 
 namespace VespermoorEngine {
 
@@ -60,9 +61,8 @@ rapidjson::Value toJson(const float number, Allocator&) {
     return rapidjson::Value{double{number}};
 }
 
-/* RapidJSON copies from the pointer even where there is nothing to copy. */
 rapidjson::Value toJson(const Containers::StringView string, Allocator& allocator) {
-    return rapidjson::Value{string.data() ? string.data() : "", rapidjson::SizeType(string.size()),
+    return rapidjson::Value{Implementation::dataOrEmpty(string), rapidjson::SizeType(string.size()),
                             allocator};
 }
 

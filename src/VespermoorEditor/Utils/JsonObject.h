@@ -18,10 +18,9 @@
 
 #include "VespermoorEditor/Utils/RapidJson.h"
 #include "VespermoorEditor/Utils/visibility.h"
+#include "VespermoorEngine/Corrade.h"
 
 namespace VespermoorEngine {
-
-namespace Containers = Corrade::Containers;
 
 /**
  * @brief Typed access to one JSON value.

@@ -7,11 +7,15 @@
 
 #include <Corrade/Utility/Format.h>
 #include <Corrade/Utility/Path.h>
-#include <VespermoorEngine/Contract.h>
+
+#include "VespermoorEditor/Utils/Text.h"
+#include "VespermoorEngine/Contract.h"
 
 namespace VespermoorEngine::RapidJsonUtils {
 
 namespace {
+
+using Implementation::dataOrEmpty;
 
 /* Builds a document from the parser's events and ends the parse where they nest too deep. The
    parser recurses once per level, so the limit has to act while it runs. */
@@ -86,11 +90,6 @@ Value* findMemberValue(Value& object, const Containers::StringView name) {
 Containers::StringView view(const rapidjson::Value& string) {
     return {string.GetString(), string.GetStringLength(),
             Containers::StringViewFlag::NullTerminated};
-}
-
-/* RapidJSON and the standard library read from where a text begins, however short it is. */
-const char* dataOrEmpty(const Containers::StringView text) {
-    return text.data() ? text.data() : "";
 }
 
 } // namespace

@@ -10,10 +10,9 @@
 #include "VespermoorEditor/Utils/RapidJson.h"
 #include "VespermoorEditor/Utils/ValueOrError.h"
 #include "VespermoorEditor/Utils/visibility.h"
+#include "VespermoorEngine/Corrade.h"
 
 namespace VespermoorEngine {
-
-namespace Utility = Corrade::Utility;
 
 /** @brief Reading, printing and stepping through JSON values. */
 namespace RapidJsonUtils {

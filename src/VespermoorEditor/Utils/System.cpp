@@ -23,6 +23,8 @@
 #include <portable-file-dialogs.h>
 #include <uuid/uuid.h>
 
+#include "VespermoorEditor/Utils/Text.h"
+
 namespace VespermoorEngine {
 
 namespace {
@@ -223,10 +225,9 @@ Containers::String readAll(std::FILE* const file) {
     while (const std::size_t count = std::fread(block.data(), 1, block.size(), file)) {
         arrayAppend(bytes, block.prefix(count));
     }
+    const std::size_t size = bytes.size();
     arrayAppend(bytes, '\0');
-    const std::size_t size = bytes.size() - 1;
-    const auto deleter = bytes.deleter();
-    return Containers::String{bytes.release(), size, deleter};
+    return Implementation::takeString(bytes, size);
 }
 
 /* Nobody is told the status: where the program is missing the caller could do nothing about it. */

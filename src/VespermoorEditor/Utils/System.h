@@ -3,17 +3,14 @@
 
 #include <cstdint>
 
-#include <Corrade/Containers/Containers.h>
 #include <Corrade/Containers/EnumSet.h>
 #include <Corrade/Containers/StringView.h>
 #include <Corrade/Utility/Path.h>
 
+#include "VespermoorEngine/Corrade.h"
 #include "VespermoorEngine/Function.h"
 
 namespace VespermoorEngine {
-
-namespace Containers = Corrade::Containers;
-namespace Utility = Corrade::Utility;
 
 /** @brief What a walk of @ref VespermoorEngine::visitPath() expands and visits. */
 enum class VisitFlag : std::uint8_t {

@@ -5,7 +5,8 @@
 #include <utility>
 
 #include <Corrade/Containers/String.h>
-#include <VespermoorEngine/Contract.h>
+
+#include "VespermoorEngine/Contract.h"
 
 namespace VespermoorEngine {
 
