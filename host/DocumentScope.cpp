@@ -15,11 +15,13 @@ namespace {
 
 using namespace Corrade::Containers::Literals;
 
-/* The index that `step` spells in decimal, without a sign or anything behind the digits. */
+/* Index that `step` spells in decimal, as in a JSON Pointer: without a sign, a leading zero or
+   anything after the digits. */
 Containers::Optional<rapidjson::SizeType> parseIndex(const Containers::StringView step) {
     rapidjson::SizeType index = 0;
     const std::from_chars_result parsed = std::from_chars(step.begin(), step.end(), index);
-    if (parsed.ec != std::errc{} || parsed.ptr != step.end()) {
+    if (parsed.ec != std::errc{} || parsed.ptr != step.end() ||
+        (step.size() > 1 && step.front() == '0')) {
         return {};
     }
     return index;

@@ -1,6 +1,7 @@
 #include "Documents.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <string>
 
@@ -16,14 +17,26 @@ namespace VespermoorEngine::Host {
 
 namespace {
 
-/* Reads JSON without recursion and without keeping it, down to as many levels as the library does.
- */
+Containers::String reasonOf(const rapidjson::ParseErrorCode code) {
+    const Containers::StringView reason = rapidjson::GetParseError_En(code);
+    return reason.exceptSuffix(reason.hasSuffix('.') ? 1 : 0);
+}
+
+/* Reads JSON without recursion and without keeping it, and takes what the library takes: as many
+   levels, and only numbers that fit a double. */
 class Validator : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Validator> {
 public:
+    bool Double(const double number) { return std::isfinite(number); }
     bool StartObject() { return ++levels <= RapidJsonUtils::maxNesting; }
     bool EndObject(rapidjson::SizeType) { return --levels >= 0; }
     bool StartArray() { return StartObject(); }
     bool EndArray(rapidjson::SizeType) { return --levels >= 0; }
+
+    /* Why this has ended the reading, if it has. */
+    Containers::String reason() const {
+        return levels > RapidJsonUtils::maxNesting ? nestedTooDeep()
+                                                   : reasonOf(rapidjson::kParseErrorNumberTooBig);
+    }
 
 private:
     int levels = 0;
@@ -31,14 +44,6 @@ private:
 
 Containers::StringView withoutByteOrderMark(const Containers::StringView json) {
     return json.exceptPrefix(json.hasPrefix("\xef\xbb\xbf") ? 3 : 0);
-}
-
-Containers::String reasonOf(const rapidjson::ParseErrorCode code) {
-    if (code == rapidjson::kParseErrorTermination) {
-        return nestedTooDeep();
-    }
-    const Containers::StringView reason = rapidjson::GetParseError_En(code);
-    return reason.exceptSuffix(reason.hasSuffix('.') ? 1 : 0);
 }
 
 /* Throws where `json`, which `name` stands for in the message, is not what the library takes. */
@@ -58,7 +63,8 @@ void validate(const Containers::StringView name, const Containers::StringView js
     const Containers::StringView newline = before.findLast('\n');
     const std::size_t column =
         1 + std::size_t(before.end() - (newline.data() ? newline.end() : before.begin()));
-    throw Failure{Utility::format("{}:{}:{}", name, line, column), reasonOf(code)};
+    throw Failure{Utility::format("{}:{}:{}", name, line, column),
+                  code == rapidjson::kParseErrorTermination ? validator.reason() : reasonOf(code)};
 }
 
 bool isRegularFile(const Containers::StringView path) {

@@ -32,6 +32,8 @@ constexpr std::pair<const char*, const char*> files[]{
     {"lines", "one\nTwo two\n\nno newline tWO"},
     {"line", "Two"},
     {"[b]", "{\"depth\": 1.5}"},
+    {"huge.json", "[8324234798232463278461.5e300]"},
+    {"mark.json", "\xef\xbb{}"},
 };
 
 /* A directory with these files that is the current one. */
@@ -66,6 +68,7 @@ TEST_F(HostCommandTest, Prints) {
         {"json scene.json --pointer /parts/0/id", "7\n"},
         {"json scene.json --pointer /scale --decimals 2", "1.23\n"},
         {"json more.json --set /name=\"Loft\" --pointer /name", "\"Loft\"\n"},
+        {"json more.json --set #/name%00x=1 --pointer /name", "\"Cellar\"\n"},
         /* Missing members are made, and numbers keep their value. */
         {"json more.json --set /a/b~1c=null --pointer /a", "{\n    \"b/c\": null\n}\n"},
         {"json more.json --set /x=null --set /x/y/z=0.1 --pointer /x/y/z", "0.1\n"},
@@ -103,7 +106,13 @@ TEST_F(HostCommandTest, SaysInOneLineWhatFailed) {
         {"json /", "/: Is a directory"},
         {"json broken.json", "broken.json:3:7: Missing a colon after a name of object member"},
         {"json deep.json", "deep.json:1:1025: Nested deeper than 1024 levels"},
+        {"json huge.json", "huge.json:1:2: Number too big to be stored in double"},
+        {"json more.json --set /x=8324234798232463278461.5e300",
+         "--set /x:1:1: Number too big to be stored in double"},
+        {"json mark.json", "mark.json:1:1: Invalid value"},
         {"json scene.json --pointer /parts/1", "scene.json: Nothing at /parts/1"},
+        {"json more.json --pointer #/name%00x", "more.json: Nothing at #/name%00x"},
+        {"json more.json --set /a=[1] --set /a/00=1", "--set: Nothing can be made at /a/00"},
         {"json more.json --set /name/first=1", "--set: Nothing can be made at /name/first"},
         {"json more.json --set /a=[1] --set /a/2=1", "--set: Nothing can be made at /a/2"},
         {"json more.json --set /a=[1] --set /a/b=1", "--set: Nothing can be made at /a/b"},

@@ -17,13 +17,16 @@ namespace {
 
 using Implementation::dataOrEmpty;
 
-/* Builds a document from the parser's events and ends the parse where they nest too deep. The
-   parser recurses once per level, so the limit has to act while it runs. */
-class NestingGuard {
+constexpr std::size_t byteOrderMarkSize = 3;
+
+/* Builds a document from the parser's events, and ends the parse when they nest too deep or when a
+   number does not fit a double. The parser recurses once per level, so the limit has to act while
+   it runs. RapidJSON 1.1.0 reads some of the numbers that are too large as infinity. */
+class DocumentBuilder {
 public:
     using Ch = char;
 
-    explicit NestingGuard(rapidjson::Document& target) : document(target) {}
+    explicit DocumentBuilder(rapidjson::Document& target) : document(target) {}
 
     bool Null() { return document.Null(); }
     bool Bool(const bool value) { return document.Bool(value); }
@@ -31,7 +34,7 @@ public:
     bool Uint(const unsigned int value) { return document.Uint(value); }
     bool Int64(const std::int64_t value) { return document.Int64(value); }
     bool Uint64(const std::uint64_t value) { return document.Uint64(value); }
-    bool Double(const double value) { return document.Double(value); }
+    bool Double(const double value) { return std::isfinite(value) && document.Double(value); }
     bool RawNumber(const char* const text, const rapidjson::SizeType size, const bool copy) {
         return document.RawNumber(text, size, copy);
     }
@@ -85,6 +88,28 @@ template <class Value>
 Value* findMemberValue(Value& object, const Containers::StringView name) {
     auto* const member = findMember(object, name);
     return member ? &member->value : nullptr;
+}
+
+/* Value one step of a pointer below `value`, or null. RapidJSON 1.1.0's own lookup ends a name at
+   its first NUL, later ones do not. */
+template <class Value>
+Value* childAt(Value& value, const rapidjson::Pointer::Token& step) {
+    if (value.IsObject()) {
+        return findMemberValue(value, {step.name, step.length});
+    }
+    return value.IsArray() && step.index < value.Size() ? &value[step.index] : nullptr;
+}
+
+template <class Value>
+Value* findByPointer(Value& root, const Containers::StringView pointer) {
+    /* RapidJSON reads one byte past a text that is empty or ends inside an escape. */
+    const Containers::String text = Containers::String::nullTerminatedView(pointer);
+    const rapidjson::Pointer steps{text.data(), text.size()};
+    Value* value = &root;
+    for (std::size_t i = 0; value && i != steps.GetTokenCount(); ++i) {
+        value = childAt(*value, steps.GetTokens()[i]);
+    }
+    return value;
 }
 
 Containers::StringView view(const rapidjson::Value& string) {
@@ -143,10 +168,12 @@ ValueOrError<rapidjson::Document> parseJsonFile(const Containers::StringView fil
     rapidjson::Reader reader;
     bool parsed = false;
     auto parse = [&](rapidjson::Document& handler) {
-        NestingGuard guard{handler};
-        /* To the parser a NUL is the end of the text, wherever it stands. */
-        parsed =
-            reader.Parse<rapidjson::kParseNoFlags>(stream, guard) && stream.Tell() == text->size();
+        DocumentBuilder builder{handler};
+        /* The stream skips each byte of a byte order mark on its own, so it takes a part of one for
+           the whole. To the parser a NUL ends the text, wherever it is. */
+        parsed = (stream.Tell() == 0 || stream.Tell() == byteOrderMarkSize) &&
+                 reader.Parse<rapidjson::kParseNoFlags>(stream, builder) &&
+                 stream.Tell() == text->size();
         return parsed;
     };
     document.Populate(parse);
@@ -211,12 +238,12 @@ getOrAddMember(rapidjson::Value& object, const Containers::StringView name,
 }
 
 rapidjson::Value* valueByPointer(rapidjson::Value& root, const Containers::StringView pointer) {
-    return rapidjson::Pointer{dataOrEmpty(pointer), pointer.size()}.Get(root);
+    return findByPointer(root, pointer);
 }
 
 const rapidjson::Value* valueByPointer(const rapidjson::Value& root,
                                        const Containers::StringView pointer) {
-    return rapidjson::Pointer{dataOrEmpty(pointer), pointer.size()}.Get(root);
+    return findByPointer(root, pointer);
 }
 
 } // namespace VespermoorEngine::RapidJsonUtils

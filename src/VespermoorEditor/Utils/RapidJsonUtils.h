@@ -43,13 +43,13 @@ jsonToString(const rapidjson::Value& value, int maxDecimalPlaces = defaultMaxDec
 /**
  * @brief Reads the file @p filename into a document that owns all it holds.
  *
- * The text is strict JSON (RFC 8259) in UTF-8, which is not validated inside strings; a byte order
- * mark in front is dropped. A file that
- * cannot be read, for whatever reason, gives the message `File does not exist: {}` with the file
- * name as passed; what `Corrade::Utility::Path::readString()` prints stands beside it. A text
- * that is not JSON, or is nested deeper than @ref maxNesting levels, gives
+ * The text is strict JSON (RFC 8259) in UTF-8, which is not validated inside strings. A whole byte
+ * order mark before it is dropped. If the file cannot be read, for whatever reason, the message is
+ * `File does not exist: {}` with the file name as passed, and
+ * `Corrade::Utility::Path::readString()` prints its own line. If the text is not JSON, is nested
+ * deeper than @ref maxNesting levels or holds a number too large for a double, the message is
  * `Invalid JSON in file: {}`. @p type is the document's kind before the parse and does not restrict
- * what the root of the file is.
+ * the root of the file.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT ValueOrError<rapidjson::Document>
 parseJsonFile(Containers::StringView filename, rapidjson::Type type = rapidjson::kObjectType);
@@ -109,9 +109,17 @@ getOrAddMember(rapidjson::Value& object, Containers::StringView name,
 /**
  * @brief The value that the JSON Pointer @p pointer leads to from @p root.
  *
- * A JSON Pointer as in RFC 6901, or its URI fragment form beginning with `#`. Null where a step
- * leads nowhere. Text that is no pointer, an empty one and a view with null data all give the root
- * itself. The pointer lives until what it points to, or what holds that, changes.
+ * @p pointer is a JSON Pointer as in RFC 6901, or its URI fragment form, which begins with `#`.
+ * Names are compared by length and bytes, so a name may hold a NUL. The first of two members with
+ * one name is found. Returns null if a step leads nowhere. Text that is not a pointer, an empty one
+ * and a view with null data all give the root itself. The result lives until the value it points
+ * to, or anything that holds that value, changes.
+ *
+ * RapidJSON reads fragments more strictly than RFC 6901 in one way and differently in another:
+ *
+ * -    Every character but letters, digits and `-._~` has to be percent-encoded, so `#/a:b` is not
+ *      a pointer and gives the root.
+ * -    Steps are split before they are decoded, so `#/a%2Fb` is the one step `a/b`.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT rapidjson::Value* valueByPointer(rapidjson::Value& root,
                                                                 Containers::StringView pointer);
