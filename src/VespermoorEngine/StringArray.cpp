@@ -1,6 +1,5 @@
 #include "VespermoorEngine/StringArray.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include <Corrade/Containers/GrowableArray.h>
@@ -38,10 +37,9 @@ StringArray::StringArray(const std::size_t sizeHint) {
 StringArray::~StringArray() = default;
 
 void StringArray::add(const Containers::StringView string) {
-    const Containers::ArrayView<char> added =
-        arrayAppend(store, Corrade::NoInit, string.size() + 1);
-    std::copy_n(string.data(), string.size(), added.data());
-    added.back() = '\0';
+    /* Appending a view, other than making room and copying, works for a part of the store itself. */
+    arrayAppend(store, Containers::arrayView(string.data(), string.size()));
+    arrayAppend(store, '\0');
     arrayAppend(offsets, store.size());
     characters = store;
     data = store.data();

@@ -51,7 +51,8 @@ public:
     /**
      * @brief Appends a copy of @p string, which may be empty and need not be NUL-terminated.
      *
-     * Views obtained from @ref get() before are invalid afterwards.
+     * It may be a view of the list itself. Views obtained from @ref get() before are invalid
+     * afterwards.
      */
     void add(Containers::StringView string);
 

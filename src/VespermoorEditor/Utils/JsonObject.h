@@ -2,6 +2,7 @@
 #define VespermoorEditor_Utils_JsonObject_h
 
 #include <cstddef>
+#include <type_traits>
 
 #include <Corrade/Containers/Array.h>
 #include <Corrade/Containers/ArrayView.h>
@@ -212,6 +213,17 @@ public:
     void setArray(Containers::ArrayView<const unsigned char> numbers);
     /** @overload */
     void setArray(Containers::ArrayView<const Containers::StringView> strings);
+    /**
+     * @overload
+     *
+     * For arrays of views, such as those of @ref asStringViewArray(), which convert to both of the
+     * other forms that take strings.
+     */
+    template <class Views, class = std::enable_if_t<std::is_convertible_v<
+                               const Views&, Containers::ArrayView<const Containers::StringView>>>>
+    void setArray(const Views& strings) {
+        setArray(Containers::ArrayView<const Containers::StringView>{strings});
+    }
 
     /** @brief Stores 16 doubles, column after column, as @ref asMatrix4() reads them. */
     void setMatrix(const Magnum::Math::Matrix4<float>& matrix);
