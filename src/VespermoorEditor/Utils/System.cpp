@@ -279,6 +279,15 @@ Containers::String chosenPath(const std::string& path) {
     return Containers::String{Utility::Path::fromNativeSeparators(Containers::StringView{path})};
 }
 
+/* The path of one file, which is split at its newlines like the list of several. */
+std::string joinedLines(const std::vector<std::string>& lines) {
+    std::string path = lines.front();
+    for (std::size_t i = 1; i != lines.size(); ++i) {
+        path += '\n' + lines[i];
+    }
+    return path;
+}
+
 static_assert(static_cast<int>(NotificationIcon::Info) == static_cast<int>(pfd::icon::info) &&
               static_cast<int>(NotificationIcon::Warning) == static_cast<int>(pfd::icon::warning) &&
               static_cast<int>(NotificationIcon::Error) == static_cast<int>(pfd::icon::error) &&
@@ -385,7 +394,10 @@ Containers::Array<Containers::String> openFileDialog(const Containers::StringVie
                                                      const bool multiple) {
     pfd::open_file dialog{std::string{title}, std::string{startPath(defaultPath)},
                           filterList(filters), multiple ? pfd::opt::multiselect : pfd::opt::none};
-    const std::vector<std::string> chosen = dialog.result();
+    std::vector<std::string> chosen = dialog.result();
+    if (!multiple && !chosen.empty()) {
+        chosen = {joinedLines(chosen)};
+    }
     Containers::Array<Containers::String> paths;
     arrayReserve(paths, chosen.size());
     for (const std::string& path : chosen) {

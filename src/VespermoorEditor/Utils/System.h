@@ -82,7 +82,8 @@ bool visitPath(Containers::StringView path, Function<void(Containers::StringView
  * destination that is one of the source under another name, such as a link to it, cannot be
  * replaced by itself and stays as it is. A directory that cannot be listed becomes an empty one,
  * which is no failure. For a plain file as @p source the result is false, since both paths get a
- * slash at their end.
+ * slash at their end. Corrade's own `Path::copy()` does not notice that a device is full: on it the
+ * result can be true although files are cut off. The stand-in for it notices.
  */
 bool copyRecursive(Containers::StringView source, Containers::StringView destination);
 
@@ -216,7 +217,9 @@ enum class NotificationIcon : std::uint8_t { Info = 0, Warning = 1, Error = 2, Q
 /**
  * @brief Lets the user choose a folder.
  * @param title         Title of the dialog.
- * @param defaultPath   Where the dialog starts; handed over unchanged, whether it exists or not.
+ * @param defaultPath   Where the dialog starts; handed over unchanged, whether it exists or not. It
+ *      should be absolute: zenity and kdialog do not start in a relative one. zenity opens the
+ *      folder above it, with this one selected.
  * @return Path of the folder. Empty where none was chosen, the dialog was cancelled, or none could
  *      be shown, and also where it is the root: a slash at the end is dropped.
  *
@@ -228,13 +231,15 @@ Containers::String openFolderDialog(Containers::StringView title,
 /**
  * @brief Lets the user choose existing files.
  * @param title         Title of the dialog.
- * @param defaultPath   Where the dialog starts: this file or directory or, where it does not exist,
- *      the nearest directory above it that does. Empty leaves it to the desktop.
+ * @param defaultPath   Where the dialog starts: this file or directory or, if it does not exist,
+ *      the nearest directory above it that does. It should be absolute: zenity and kdialog do not
+ *      start in a relative one. Empty leaves it to the desktop.
  * @param filters       A label, the patterns that belong to it with blanks in between, the next
  *      label and so on. May be empty.
- * @param multiple      Whether more than one file may be chosen.
- * @return Paths in the order in which the dialog gives them. Empty where none was chosen, the
- *      dialog was cancelled, or none could be shown.
+ * @param multiple      Whether more than one file may be chosen. If so, a name that holds a newline
+ *      arrives as two.
+ * @return Paths in the order in which the dialog gives them, at most one unless @p multiple. Empty
+ *      if none was chosen, the dialog was cancelled, or none could be shown.
  *
  * Blocks until the dialog has closed.
  */
