@@ -37,9 +37,8 @@ void writeJson(const Containers::StringView scenePath) {
     SceneValue root{scene.value()};
     root.member("scene/visible")->setBool(false);
     root.member("scene/tags")->pushBackStringUnique("hidden");
-    if (const Containers::Optional<Containers::String> text =
-            RapidJsonUtils::jsonToString(scene.value())) {
-        Utility::Path::write(scenePath, Containers::StringView{*text});
+    if (!saveScene(scene.value(), scenePath)) {
+        Utility::Error{} << "Not saved:" << scenePath;
     }
     //! [json-write]
 }

@@ -5,6 +5,8 @@
 
 #include <Corrade/Containers/StringStl.h>
 
+#include "Json.h"
+#include "SceneValue.h"
 #include "Support.h"
 
 namespace VespermoorEngine::Test {
@@ -108,6 +110,28 @@ const Row rows[]{
     {"countScenes", [](const TemporaryDirectory& d) { countScenes(d.path()); }, "scenes: 1\n"},
     {"renderExamples", [](const TemporaryDirectory&) { EXPECT_TRUE(renderExamples()); }, ""},
 };
+
+TEST(SceneValue, AddressesNamesWithTildes) {
+    rapidjson::Document document = parse(R"({"scene": {"a~b": 1, "a~1b": 2, "a": {"b": 3}}})");
+    SceneValue root{document};
+    root.member("scene/a~b")->setBool(false);
+    root.member("scene")->member("a~1b")->setBool(true);
+    EXPECT_FALSE(root.member("nothing~here")->exists());
+    EXPECT_EQ(compact(document), R"({"scene":{"a~b":false,"a~1b":true,"a":{"b":3}}})");
+}
+
+TEST(SaveScene, ReplacesTheFileAsAWholeOrNotAtAll) {
+    const TemporaryDirectory directory;
+    const rapidjson::Document document = parse("{}");
+    writeFile(directory / "scene.json", "before");
+    fs::create_hard_link(directory / "scene.json", directory / "old.json");
+    EXPECT_TRUE(saveScene(document, directory / "scene.json"));
+    EXPECT_EQ(readFile(directory / "scene.json") + readFile(directory / "old.json"), "{}before");
+    fs::create_symlink("/dev/full", directory / "scene.json.new");
+    EXPECT_FALSE(saveScene(parse("[]"), directory / "scene.json"));
+    EXPECT_EQ(readFile(directory / "scene.json"), "{}");
+    EXPECT_FALSE(fs::is_symlink(directory / "scene.json.new"));
+}
 
 INSTANTIATE_TEST_SUITE_P(Rows, Snippets, testing::ValuesIn(rows), rowName<Row>);
 

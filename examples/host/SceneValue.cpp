@@ -1,10 +1,33 @@
 #include "SceneValue.h"
 
+#include <fstream>
+
+#include <Corrade/Containers/Optional.h>
+#include <Corrade/Containers/StringStl.h>
+#include <Corrade/Utility/Path.h>
 #include <VespermoorEditor/Utils/RapidJsonUtils.h>
 
 using namespace Corrade;
 using namespace Corrade::Containers::Literals;
 namespace RapidJsonUtils = VespermoorEngine::RapidJsonUtils;
+
+/* Written beside the old file and renamed: whenever this ends, by a full disk too, the file holds
+   the old scene or the new one, and never a part. */
+bool saveScene(const rapidjson::Document& scene, const Containers::StringView path) {
+    const Containers::Optional<Containers::String> text = RapidJsonUtils::jsonToString(scene);
+    if (!text) {
+        return false;
+    }
+    const Containers::String beside = path + ".new"_s;
+    std::ofstream file{beside.data(), std::ios::binary};
+    file.write(text->data(), std::streamsize(text->size()));
+    file.close();
+    if (file && Utility::Path::move(beside, path)) {
+        return true;
+    }
+    Utility::Path::remove(beside);
+    return false;
+}
 
 SceneValue::SceneValue(rapidjson::Document& document, const Containers::StringView place)
     : document{document}, place{place} {}
@@ -13,10 +36,18 @@ bool SceneValue::exists() {
     return RapidJsonUtils::valueByPointer(document, place);
 }
 
-/* A step down is a slash in both notations, and the pointer has one more in front. */
+/* A step down is a slash in both notations, and the pointer begins with one more. In a pointer `~`
+   begins an escape, so one in a name becomes `~0`. */
 Containers::Pointer<VespermoorEngine::JsonObject>
 SceneValue::member(const Containers::StringView path) {
-    return Containers::Pointer<SceneValue>{InPlaceInit, document, place + "/"_s + path};
+    std::string pointer{place + "/"_s};
+    for (const char c : path) {
+        pointer += c;
+        if (c == '~') {
+            pointer += '0';
+        }
+    }
+    return Containers::Pointer<SceneValue>{InPlaceInit, document, pointer};
 }
 
 rapidjson::MemoryPoolAllocator<rapidjson::CrtAllocator>& SceneValue::allocator() {

@@ -20,4 +20,7 @@ private:
     rapidjson::Value null;
 };
 
+/** @brief Replaces the file at @p path with @p scene, or returns false and leaves it alone. */
+bool saveScene(const rapidjson::Document& scene, Corrade::Containers::StringView path);
+
 #endif

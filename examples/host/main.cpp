@@ -50,8 +50,7 @@ bool hideScene(const Containers::StringView path) {
     SceneValue root{*scene};
     root.member("scene/visible")->setBool(false);
     root.member("scene/tags")->pushBackStringUnique("hidden");
-    const Containers::Optional<Containers::String> text = RapidJsonUtils::jsonToString(*scene);
-    return text && Utility::Path::write(path, Containers::StringView{*text});
+    return saveScene(*scene, path);
 }
 //! [edit]
 
@@ -72,8 +71,10 @@ int main(const int argc, const char* const* const argv) {
         stale = true;
     };
     FileWatch files;
-    if (!files.watch(argv[1], FileWatch::Callback{DefaultInit, onChange})) {
-        return 1;
+    for (const Containers::StringView file : {scenePath, templatePath}) {
+        if (!files.watch(file, FileWatch::Callback{DefaultInit, onChange})) {
+            return 1;
+        }
     }
     /* Two ticks of an editor, with an edit between them. */
     for (int tick = 0; tick != 2; ++tick) {
