@@ -128,6 +128,10 @@ BasicStringView<T>::BasicStringView(String& string) noexcept
     : BasicStringView{string.data(), string.size(), string.viewFlags()} {}
 template <class T>
 template <class U, class>
+BasicStringView<T>::BasicStringView(const String&& string) noexcept
+    : BasicStringView{string.data(), string.size()} {}
+template <class T>
+template <class U, class>
 BasicStringView<T>::BasicStringView(const String& string) noexcept
     : BasicStringView{string.data(), string.size(), string.viewFlags()} {}
 

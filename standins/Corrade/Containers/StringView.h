@@ -68,6 +68,9 @@ public:
     BasicStringView(String& string) noexcept;
     template <class U = T, class = std::enable_if_t<std::is_const<U>::value>>
     BasicStringView(const String& string) noexcept;
+    /** A view of a temporary string is not marked as NUL-terminated. */
+    template <class U = T, class = std::enable_if_t<std::is_const<U>::value>>
+    BasicStringView(const String&& string) noexcept;
     template <class U, class = std::enable_if_t<std::is_same<const U, T>::value>>
     constexpr BasicStringView(BasicStringView<U> view) noexcept
         : BasicStringView{view.data(), view.size(), view.flags()} {}

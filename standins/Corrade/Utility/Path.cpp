@@ -305,10 +305,19 @@ bool copyInKernel(const File& in, const File& out) {
     return copied;
 }
 
+/* Whether the path, links looked through, is that of the open file. */
+bool isFileAt(const File& file, StringView path) {
+    const struct stat opened = statusOf(file);
+    struct stat named;
+    return stat(Containers::String::nullTerminatedView(path).data(), &named) == 0 &&
+           named.st_dev == opened.st_dev && named.st_ino == opened.st_ino;
+}
+
 } // namespace
 
 /* The first block is read before the target is touched: so it shows whether there is anything to
-   read, and whether it is worth while to ask the kernel for the rest. */
+   read, and whether it is worth while to ask the kernel for the rest. A copy of a file to itself,
+   which would empty it, is refused; the real one does not look. */
 bool copy(StringView from, StringView to) {
     const File in{from, O_RDONLY};
     if (!in.isOpen())
@@ -322,6 +331,10 @@ bool copy(StringView from, StringView to) {
     if (count == -1)
         return fail("Utility::Path::copy(): can't read from {}", from);
 
+    if (isFileAt(in, to)) {
+        Error{} << "Utility::Path::copy(): can't copy" << from << "to itself";
+        return false;
+    }
     File out{to, O_WRONLY | O_CREAT | O_TRUNC};
     if (!out.isOpen())
         return fail("Utility::Path::copy(): can't open {} for writing", to);
