@@ -51,8 +51,8 @@ void readTexture(const Containers::StringView name) {
     rapidjson::Document document;
     document.Parse(R"({"textures": {"walls/~old": "old.png"}})");
     //! [escape-use]
-    SceneValue root{document};
-    Utility::Debug{} << root.member("textures")->member(escaped(name))->asString();
+    const std::string pointer = "/textures/" + escaped(name);
+    Utility::Debug{} << SceneValue{document, pointer}.asString();
     //! [escape-use]
 }
 

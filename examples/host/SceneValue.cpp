@@ -36,6 +36,7 @@ bool SceneValue::exists() {
     return RapidJsonUtils::valueByPointer(document, place);
 }
 
+//! [member]
 /* A step down is a slash in both notations, and the pointer begins with one more. In a pointer `~`
    begins an escape, so one in a name becomes `~0`. */
 Containers::Pointer<VespermoorEngine::JsonObject>
@@ -49,6 +50,7 @@ SceneValue::member(const Containers::StringView path) {
     }
     return Containers::Pointer<SceneValue>{InPlaceInit, document, pointer};
 }
+//! [member]
 
 rapidjson::MemoryPoolAllocator<rapidjson::CrtAllocator>& SceneValue::allocator() {
     return document.GetAllocator();
