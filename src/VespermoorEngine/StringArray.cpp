@@ -37,7 +37,8 @@ StringArray::StringArray(const std::size_t sizeHint) {
 StringArray::~StringArray() = default;
 
 void StringArray::add(const Containers::StringView string) {
-    /* Appending a view, other than making room and copying, works for a part of the store itself. */
+    /* Appending a view, other than making room and copying, works for a part of the store itself.
+     */
     arrayAppend(store, Containers::arrayView(string.data(), string.size()));
     arrayAppend(store, '\0');
     arrayAppend(offsets, store.size());
