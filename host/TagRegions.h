@@ -7,10 +7,15 @@
 namespace VespermoorEngine::Host {
 
 /**
- * @brief The @p text of the file @p path with the content of its tagged regions replaced.
+ * @brief The @p text of the file @p path with new content in its tagged regions.
  *
- * Throws @ref Failure where tags are missing or overlap. The library leaves out a region of which
- * neither tag is there; here that is an error, since somebody asked for it by name.
+ * Replacing the same regions again changes nothing. The file keeps its line ends: tags and contents
+ * are converted to those of its first line.
+ *
+ * Throws @ref Failure if a tag is missing, regions overlap, an end tag is not after its start tag,
+ * or a content contains a tag, also if that tag only appears where the content meets its
+ * surroundings. The library accepts all but the first two, and leaves out a region without tags;
+ * here that is an error, since the user asked for this region.
  */
 Containers::String replaceRegions(Containers::StringView path, Containers::StringView text,
                                   Containers::ArrayView<const Utils::TagReplacement> replacements);

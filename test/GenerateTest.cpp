@@ -240,17 +240,47 @@ TEST(Generate, SaysWhereAFailureIsAndLosesNothing) {
     }
 }
 
-TEST(Generate, ARegionFileThatWouldGrowWithEveryRunIsRefused) {
+/* Each would give another file with every run, and an error for `tags` with the same regions. */
+TEST(Generate, RegionsThatWouldChangeAgainAreRefused) {
     const Project project;
-    save("region.txt", "1[b]old here");
-    const std::pair<const char*, const char*> tags[]{
-        {"[b]", "[b]"}, {"old", "[b]"}, {"[b]", "here"}};
-    for (const auto& [start, end] : tags) {
-        save("manifest.json", regionBetween(start, end));
-        EXPECT_EQ(runProgram({"generate", "in/manifest.json"}).error,
-                  "vespermoor-utils: in/region.txt: Tags are out of order or stand in what is put "
-                  "between them\n");
-        EXPECT_EQ(content("region.txt"), "1[b]old here");
+    const struct {
+        const char *text, *start, *end, *reason;
+    } rows[]{
+        {"1[b]old here", "[b]", "[b]", "start tag and end tag are both '[b]'"},
+        {"1[b]old here", "old", "[b]", "end tag '[b]' is not after start tag 'old'"},
+        {"1[b]old here", "[b]ol", "ld", "end tag 'ld' is not after start tag '[b]ol'"},
+        {"1[b]old here", "[b]", "here", "content between '[b]' and 'here' contains tag 'here'"},
+        {"1[b]]first", "[b]", "]first",
+         "the new content would form a tag with the text next to it"},
+    };
+    save("content", "first here\n");
+    for (const auto& row : rows) {
+        save("region.txt", row.text);
+        save("manifest.json", regionBetween(row.start, row.end));
+        const std::string error = "vespermoor-utils: in/region.txt: "s + row.reason + '\n';
+        EXPECT_EQ(runProgram({"generate", "in/manifest.json"}).error, error);
+        EXPECT_EQ(runProgram({"tags", "in/region.txt", "--output", "in/region.txt", "--region",
+                              row.start, row.end, "in/content"})
+                      .error,
+                  error);
+        EXPECT_EQ(content("region.txt"), row.text);
+    }
+}
+
+TEST(Generate, RegionsKeepTheLineEndsOfTheirFile) {
+    const Project project;
+    save("value.tmpl", "{{ @value }}\r\n");
+    save("manifest.json", manifestOf(R"("regions": [
+        {"start": "[a]\n", "end": "[/a]", "template": "value.tmpl", "each": "/words"}])",
+                                     "region.txt"));
+    const std::pair<const char*, const char*> rows[]{
+        {"1\r\n[a]\r\nold[/a]\n2", "1\r\n[a]\r\nx\r\ny\r\n[/a]\n2"},
+        {"1\n[a]\nold[/a]\r\n2", "1\n[a]\nx\ny\n[/a]\r\n2"},
+    };
+    for (const auto& [before, after] : rows) {
+        save("region.txt", before);
+        EXPECT_EQ(runProgram({"generate", "in/manifest.json"}).error, "");
+        EXPECT_EQ(content("region.txt"), after);
     }
 }
 
