@@ -1,13 +1,15 @@
-#include "Commands.h"
-
 #include <memory>
+#include <set>
 #include <string>
 
 #include <CLI/CLI.hpp>
 #include <Corrade/Containers/StringStl.h>
 
+#include "Commands.h"
+#include "DependencyFile.h"
 #include "Failure.h"
 #include "Files.h"
+#include "GenerateReport.h"
 #include "GenerateWatch.h"
 #include "Generator.h"
 #include "StopSignals.h"
@@ -16,35 +18,72 @@ namespace VespermoorEngine::Host {
 
 namespace {
 
+constexpr int outOfDate = 1;
+constexpr int checkFailed = 2;
+
 struct Options {
     std::string manifest;
     bool watch = false;
+    bool poll = false;
     bool check = false;
+    bool diff = false;
+    bool quiet = false;
+    std::string dependencyFile;
+    std::string stamp;
 };
 
-void generate(const Options& options) {
-    Generator generator{options.manifest};
-    const Generator::Result result =
-        generator.update(options.check ? Generator::Mode::Check : Generator::Mode::Write);
-    /* First, since the printing may fail, too. */
-    for (const std::string& failure : result.failures) {
-        printError(failure);
+/* Only after a complete update, so that a build tool tries again after one that failed. */
+void writeBuildFiles(const Options& options, const Generator& generator) {
+    if (!options.dependencyFile.empty()) {
+        const std::set<std::string> targets =
+            options.stamp.empty() ? generator.outputs() : std::set<std::string>{options.stamp};
+        std::set<std::string> inputs = generator.inputs();
+        inputs.insert(options.manifest);
+        replaceFile(options.dependencyFile, dependencyRule(targets, inputs));
     }
-    for (const std::string& path : result.changed) {
-        print((options.check ? "out of date: " : "wrote ") + escaped(path) + "\n");
-    }
-    if (!result.failures.empty() || (options.check && !result.changed.empty())) {
-        throw SilentFailure{};
+    if (!options.stamp.empty()) {
+        replaceFile(options.stamp, "");
     }
 }
 
-void run(const Options& options) {
-    if (!options.watch) {
-        generate(options);
-        return;
+void generate(const Options& options) {
+    Generator generator{options.manifest};
+    GenerateReport report{"wrote", options.quiet};
+    const Generator::Result result = generator.update(Generator::Mode::Write, report.progress());
+    report.result(result);
+    if (!result.failures.empty()) {
+        throw SilentFailure{};
     }
+    writeBuildFiles(options, generator);
+}
+
+/* As diff and grep do, tells a difference from a failure by the exit code. */
+void check(const Options& options) {
+    GenerateReport report{"out of date:", options.quiet};
+    Generator::Result result;
+    try {
+        result = Generator{options.manifest}.update(
+            options.diff ? Generator::Mode::Compare : Generator::Mode::Check, report.progress());
+        report.result(result);
+    } catch (const Failure& failure) {
+        report.failure(failure.what());
+        throw SilentFailure{checkFailed};
+    }
+    if (!result.failures.empty()) {
+        throw SilentFailure{checkFailed};
+    }
+    if (!result.changes.empty()) {
+        throw SilentFailure{outOfDate};
+    }
+}
+
+void watch(const Options& options) {
     StopSignals signals;
-    GenerateWatch{options.manifest}.run(signals);
+    GenerateReport report{"wrote", options.quiet};
+    GenerateWatch{options.manifest,
+                  options.poll ? GenerateWatch::Method::Poll : GenerateWatch::Method::Kernel,
+                  report}
+        .run(signals);
 }
 
 } // namespace
@@ -54,16 +93,44 @@ void addGenerateCommand(CLI::App& program) {
         "generate", "Make the files of a manifest from JSON data and templates");
     const auto options = std::make_shared<Options>();
     command->add_option("MANIFEST", options->manifest, "The manifest")->required();
-    CLI::Option* const watch =
+    CLI::Option* const watchFlag =
         command->add_flag("--watch", options->watch,
                           "Keep running, and regenerate what depends on a file that changes");
     command
-        ->add_flag("--check", options->check,
-                   "Write nothing; print what is out of date and end with 1 if anything is")
-        ->excludes(watch);
+        ->add_flag("--poll", options->poll,
+                   "With --watch: compare the files once a second, without kernel watches")
+        ->needs(watchFlag);
+    CLI::Option* const checkFlag =
+        command
+            ->add_flag("--check", options->check,
+                       "Write nothing; print what is out of date and end with 1 if anything is")
+            ->excludes(watchFlag);
+    command->add_flag("--diff", options->diff, "With --check: print what would change")
+        ->needs(checkFlag);
+    command->add_flag("--quiet", options->quiet, "Print only failures");
+    command
+        ->add_option("--depfile", options->dependencyFile,
+                     "Write the dependencies of the outputs to this file, for make and ninja")
+        ->type_name("FILE")
+        ->excludes(watchFlag)
+        ->excludes(checkFlag);
+    command
+        ->add_option("--stamp", options->stamp,
+                     "Write this empty file after all outputs; the target in the depfile")
+        ->type_name("FILE")
+        ->excludes(watchFlag)
+        ->excludes(checkFlag);
     command->footer("Example, in the root of the sources:\n"
                     "  vespermoor-utils generate --check examples/components/manifest.json");
-    command->callback([options] { run(*options); });
+    command->callback([options] {
+        if (options->watch) {
+            watch(*options);
+        } else if (options->check) {
+            check(*options);
+        } else {
+            generate(*options);
+        }
+    });
 }
 
 } // namespace VespermoorEngine::Host

@@ -1,7 +1,7 @@
 #include "GenerateWatch.h"
 
 #include <chrono>
-#include <cstdio>
+#include <string>
 #include <utility>
 
 #include <Corrade/Containers/StringStl.h>
@@ -14,17 +14,16 @@ namespace VespermoorEngine::Host {
 
 namespace {
 
-/* Short enough that a save shows at once, long enough for the writes of one save to fall together.
- */
+/* Short enough to show a save at once, long enough to take the writes of one save together. */
 constexpr std::chrono::milliseconds tick{40};
 
-/* Ticks after which a file that is written to without a pause is tried all the same. */
+/* Ticks after which outputs are made even though an input is written to without a pause. */
 constexpr int patience = 25;
 
-/* Ticks between two looks at all inputs, of which there can be thousands. */
+/* Ticks between two looks at all files, of which there can be thousands. */
 constexpr int ticksPerLook = 25;
 
-/* What the library says of directories that it cannot watch: they are looked at all the same. */
+/* Drops the library's lines about directories that it cannot watch: they are compared anyway. */
 struct WatchSilence {
     Utility::Warning warning{nullptr};
     Utility::Error error{nullptr};
@@ -32,11 +31,14 @@ struct WatchSilence {
 
 } // namespace
 
-GenerateWatch::GenerateWatch(const std::string& path) : manifest{path}, changed{path} {}
+GenerateWatch::GenerateWatch(const std::string& path, const Method method, GenerateReport& report)
+    : manifest{path}, method{method}, report{report}, changed{path} {}
 
 void GenerateWatch::run(StopSignals& signals) {
     regenerate();
-    std::fprintf(stderr, "watching %zu directories\n", watch.directoryCount());
+    report.note(method == Method::Kernel
+                    ? "watching " + std::to_string(watch.directoryCount()) + " directories"
+                    : "comparing the files once a second");
     int waited = 0;
     do {
         const bool more = takeChanges();
@@ -47,30 +49,26 @@ void GenerateWatch::run(StopSignals& signals) {
     } while (!signals.arriveWithin(tick));
 }
 
-std::set<std::string> GenerateWatch::inputs() const {
-    std::set<std::string> paths;
-    if (generator) {
-        paths = generator->inputs();
-    }
-    paths.insert(manifest);
-    return paths;
-}
-
-/* A manifest that cannot be read leaves the one before in force. */
+/* A manifest that cannot be read leaves the last one in force. */
 void GenerateWatch::loadManifest() {
     try {
         generator = std::make_unique<Generator>(manifest);
+        outputs = generator->outputs();
     } catch (const Failure& failure) {
-        printError(failure.what());
+        report.failure(failure.what());
     }
 }
 
-/* All anew where one directory is another one: the watch of one that was deleted and made again
-   hears nothing. */
-void GenerateWatch::watchInputs() {
-    if (!places.follow(inputs())) {
-        return;
+void GenerateWatch::trackFiles() {
+    std::set<std::string> inputs = generator ? generator->inputs() : std::set<std::string>{};
+    inputs.insert(manifest);
+    if (places.track(inputs, outputs) && method == Method::Kernel) {
+        watchDirectories();
     }
+}
+
+/* Registers all directories anew, since the watch of one that was replaced hears nothing. */
+void GenerateWatch::watchDirectories() {
     const WatchSilence silence;
     for (const int id : std::exchange(watchIds, {})) {
         watch.remove(id);
@@ -78,7 +76,7 @@ void GenerateWatch::watchInputs() {
     for (const std::string& directory : places.directories()) {
         watchIds.push_back(watch.watch(
             directory, FileWatch::Callback{Corrade::DefaultInit, [this](const auto path, auto) {
-                                               heard.merge(places.at(path));
+                                               heard.merge(places.inputsAt(path));
                                            }}));
     }
 }
@@ -86,7 +84,7 @@ void GenerateWatch::watchInputs() {
 bool GenerateWatch::takeChanges() {
     const WatchSilence silence;
     watch.update();
-    /* What was heard is looked at as well, or it would be found changed by the next look. */
+    /* After a report too, or the next look would find the same changes again. */
     if (!heard.empty() || ++ticksSinceLook == ticksPerLook) {
         heard.merge(places.takeChanged());
         ticksSinceLook = 0;
@@ -96,29 +94,22 @@ bool GenerateWatch::takeChanges() {
     return more;
 }
 
-/* What changes from here on is for the next time. The watch comes before the reading, so that no
-   save falls in between. */
+/* Watches before it reads, so that no save is missed in between. Changes from here on are for the
+   next time. */
 void GenerateWatch::regenerate() {
     const std::set<std::string> taken = std::exchange(changed, {});
-    watchInputs();
+    trackFiles();
     if (taken.count(manifest) != 0) {
         loadManifest();
-        watchInputs();
+        trackFiles();
     }
     if (!generator) {
         return;
     }
-    for (const std::string& input : taken) {
-        generator->forget(input);
-        generator->lookAgain(input);
+    for (const std::string& path : taken) {
+        generator->invalidate(path);
     }
-    const Generator::Result result = generator->update(Generator::Mode::Write);
-    for (const std::string& failure : result.failures) {
-        printError(failure);
-    }
-    for (const std::string& path : result.changed) {
-        print("wrote " + escaped(path) + "\n");
-    }
+    report.result(generator->update(Generator::Mode::Write, report.progress()));
 }
 
 } // namespace VespermoorEngine::Host

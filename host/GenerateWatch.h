@@ -8,6 +8,7 @@
 
 #include <VespermoorEditor/Utils/FileWatch.h>
 
+#include "GenerateReport.h"
 #include "Generator.h"
 #include "InputPlaces.h"
 #include "StopSignals.h"
@@ -15,38 +16,50 @@
 namespace VespermoorEngine::Host {
 
 /**
- * @brief Regenerates what depends on the files that change, until it is told to stop.
+ * @brief Regenerates what depends on files that change, until it is told to stop.
  *
  * A failure is printed and leaves the old output; the next change of an input tries again. Changes
  * are taken together until a tick passes without a new one.
  *
- * The watch hears of saves at once. Besides, every input is looked at once a second, so a change is
- * not missed where the kernel tells of none: of what does not exist yet, of saves through another
- * name, in directories that cannot be read, and of more saves than it keeps.
+ * Kernel watches on the directories of the inputs report saves at once. Besides, the status of
+ * every input and output is compared once a second. That finds what the kernel does not report:
+ * files that do not exist yet, saves through another name, directories that cannot be read, a full
+ * queue, and outputs that are deleted or edited, which have no kernel watches.
  */
 class GenerateWatch {
 public:
-    /** @brief Regenerates what the manifest at @p path names, as far as it can be read. */
-    explicit GenerateWatch(const std::string& path);
+    /** @brief How changes are found. */
+    enum class Method {
+        /** @brief By kernel watches and by comparing. */
+        Kernel,
+        /** @brief By comparing alone, without any kernel watch. */
+        Poll
+    };
+
+    /** @brief Keeps the outputs of the manifest at @p path current. */
+    GenerateWatch(const std::string& path, Method method, GenerateReport& report);
 
     /** @brief Generates everything, and then whatever changes, until a signal arrives. */
     void run(StopSignals& signals);
 
 private:
-    std::set<std::string> inputs() const;
     void loadManifest();
-    void watchInputs();
-    /* Returns whether inputs changed since the last tick. */
+    void trackFiles();
+    void watchDirectories();
+    /* Returns whether files changed since the last tick. */
     bool takeChanges();
     void regenerate();
 
     std::string manifest;
+    Method method;
+    GenerateReport& report;
     std::unique_ptr<Generator> generator;
+    std::set<std::string> outputs;
     InputPlaces places;
     FileWatch watch;
-    /* Of the directories of the places. */
+    /* One for each directory of an input. */
     std::vector<int> watchIds;
-    /* Inputs that the watch heard of in this tick. */
+    /* Inputs that the kernel reported in this tick. */
     std::set<std::string> heard;
     std::set<std::string> changed;
     int ticksSinceLook = 0;

@@ -1,72 +1,97 @@
 #include "Generator.h"
 
 #include <algorithm>
-#include <deque>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include <sys/stat.h>
 
 #include <Corrade/Containers/GrowableArray.h>
 #include <Corrade/Containers/StringStl.h>
 #include <VespermoorEditor/Utils/RapidJsonUtils.h>
 #include <VespermoorEditor/Utils/String.h>
 
-#include "DocumentScope.h"
 #include "Documents.h"
 #include "ElementScope.h"
-#include "Failure.h"
 #include "Files.h"
+#include "LineDiff.h"
+#include "OutputOrder.h"
 #include "TagRegions.h"
 
 namespace VespermoorEngine::Host {
 
 namespace {
 
-/* The roots of the data files, behind the element for which a template is rendered. */
-class Scopes {
-public:
-    void add(rapidjson::Document& document) {
-        roots.emplace_back(document);
-        arrayAppend(references, Containers::Reference<JsonObject>{roots.back()});
-    }
+namespace fs = std::filesystem;
 
-    Containers::ArrayView<const Containers::Reference<JsonObject>> all() const {
-        return references;
-    }
-
-    /* All with `element` in front. */
-    Containers::Array<Containers::Reference<JsonObject>> behind(JsonObject& element) const {
-        Containers::Array<Containers::Reference<JsonObject>> result;
-        arrayReserve(result, references.size() + 1);
-        arrayAppend(result, Containers::Reference<JsonObject>{element});
-        for (const Containers::Reference<JsonObject>& reference : references) {
-            arrayAppend(result, reference);
-        }
-        return result;
-    }
-
-private:
-    /* A deque, since the references point into it. */
-    std::deque<DocumentScope> roots;
-    Containers::Array<Containers::Reference<JsonObject>> references;
-};
-
-/* A template that renders to nothing whatever the data is one that another program is just writing
-   anew, and what it stood for is not to be lost. */
+/* An empty template is most likely being rewritten at this moment; failing keeps the output. */
 NamedTemplate readGeneratorTemplate(const std::string& path) {
-    const Containers::String source = readFile(path);
+    Containers::String source = readFile(path);
     if (source.isEmpty()) {
         throw Failure{path, "The template is empty"};
     }
-    return compileTemplate(path, source);
+    return compileTemplate(path, std::move(source));
 }
 
 std::string text(const Containers::StringView view) {
     return {view.data(), view.size()};
 }
 
+/* `name` as a step of a JSON Pointer. */
+std::string pointerStep(const Containers::StringView name) {
+    std::string step;
+    for (const char c : name) {
+        step += c == '~' ? "~0" : c == '/' ? "~1" : std::string(1, c);
+    }
+    return step;
+}
+
+std::string diffWith(const std::string& path, const std::string& content) {
+    const bool exists = fs::exists(path);
+    const Containers::String before = exists ? readFile(path) : Containers::String{};
+    return "--- " + (exists ? escaped(path) : "/dev/null") + "\n+++ " + escaped(path) + "\n" +
+           unifiedDiff({before.data(), before.size()}, content);
+}
+
+void makeDirectoryOf(const std::string& path) {
+    const std::string directory = parentOf(linkChain(path).back());
+    std::error_code error;
+    fs::create_directories(directory, error);
+    if (error) {
+        throw Failure{path, error.message()};
+    }
+}
+
+/* Whether what is written to `path` goes on elsewhere and cannot be read back: devices, pipes, and
+   all that is reached through a descriptor, even if that leads to a file. */
+bool isStream(const std::string& path) {
+    struct stat status {};
+    if (stat(path.data(), &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {
+        return true;
+    }
+    std::error_code error;
+    const fs::path descriptors = fs::canonical("/proc/self/fd", error);
+    const std::vector<fs::path> chain = linkChain(path);
+    return chain.size() > 1 && std::any_of(chain.begin(), chain.end(), [&](const fs::path& link) {
+               return fs::canonical(parentOf(link), error) == descriptors && !error;
+           });
+}
+
 } // namespace
 
-Generator::Generator(const Containers::StringView path) : files{readManifest(path)} {
+struct Generator::ElementList {
+    const std::string& path;
+    rapidjson::Document& owner;
+    rapidjson::Value& value;
+
+    unsigned int size() const { return value.IsArray() ? value.Size() : value.MemberCount(); }
+};
+
+Generator::Generator(const std::string& path) : files{inOrder(path, readManifest(path))} {
     for (std::size_t i = 0; i != files.size(); ++i) {
         stale.insert(i);
+        outputsByPath.emplace(files[i].path, i);
         for (const std::string& input : files[i].inputs()) {
             dependents[input].insert(i);
         }
@@ -78,148 +103,162 @@ std::set<std::string> Generator::inputs() const {
     for (const auto& [path, indices] : dependents) {
         paths.insert(path);
     }
+    for (const auto& [path, i] : outputsByPath) {
+        if (files[i].regions.empty()) {
+            paths.erase(path);
+        } else {
+            paths.insert(path);
+        }
+    }
+    return paths;
+}
+
+std::set<std::string> Generator::outputs() const {
+    std::set<std::string> paths;
     for (const OutputFile& file : files) {
-        if (!file.regions.empty()) {
+        if (!isStream(file.path)) {
             paths.insert(file.path);
         }
     }
     return paths;
 }
 
-void Generator::forget(const std::string& path) {
-    documents.erase(path);
-    templates.erase(path);
-    failures.erase(path);
-    const auto found = dependents.find(path);
-    if (found != dependents.end()) {
+void Generator::invalidate(const std::string& path) {
+    if (const auto output = outputsByPath.find(path); output != outputsByPath.end()) {
+        stale.insert(output->second);
+    } else {
+        invalidateInput(path);
+    }
+}
+
+void Generator::invalidateInput(const std::string& path) {
+    documents.invalidate(path);
+    templates.invalidate(path);
+    if (const auto found = dependents.find(path); found != dependents.end()) {
         stale.insert(found->second.begin(), found->second.end());
     }
 }
 
-void Generator::lookAgain(const std::string& path) {
-    for (std::size_t i = 0; i != files.size(); ++i) {
-        if (!files[i].regions.empty() && files[i].path == path) {
-            stale.insert(i);
-        }
-    }
-}
-
-Generator::Result Generator::update(const Mode mode) {
+Generator::Result Generator::update(const Mode mode, const Progress& progress) {
     Result result;
-    /* What a file makes stale stands behind it. */
-    while (!stale.empty()) {
-        const std::size_t i = *stale.begin();
+    /* Outputs only make later ones stale. */
+    for (std::size_t done = 0; !stale.empty(); ++done) {
+        if (progress) {
+            progress(done, done + stale.size());
+        }
+        const OutputFile& file = files[*stale.begin()];
         stale.erase(stale.begin());
         try {
-            if (updateFile(files[i], mode)) {
-                result.changed.push_back(files[i].path);
-            }
+            updateFile(file, mode, result.changes);
         } catch (const Failure& failure) {
-            result.failures.insert(failure.what());
+            result.failures.emplace_back(failure.what());
         }
     }
     return result;
 }
 
-bool Generator::updateFile(const OutputFile& file, const Mode mode) {
+void Generator::updateFile(const OutputFile& file, const Mode mode, std::vector<Change>& changes) {
     const auto isOutOfDate = [&](const std::string& path) { return outOfDate.count(path) != 0; };
-    if (std::none_of(file.data.begin(), file.data.end(), isOutOfDate)) {
-        const std::string content = render(file);
-        if (holds(file.path, content)) {
-            return false;
-        }
+    const bool hasOldData = std::any_of(file.data.begin(), file.data.end(), isOutOfDate);
+    const std::string content = hasOldData ? "" : render(file);
+    if (isStream(file.path)) {
         if (mode == Mode::Write) {
             replaceFile(file.path, content);
         }
+        return;
     }
+    if (!hasOldData && holds(file.path, content)) {
+        return;
+    }
+    if (mode == Mode::Write) {
+        makeDirectoryOf(file.path);
+        replaceFile(file.path, content);
+    }
+    const bool isCompared = mode == Mode::Compare && !hasOldData;
+    changes.push_back({file.path, isCompared ? diffWith(file.path, content) : ""});
     for (const std::string& path : file.asInput) {
-        forget(path);
-        if (mode == Mode::Check) {
+        invalidateInput(path);
+        if (mode != Mode::Write) {
             outOfDate.insert(path);
         }
-    }
-    return true;
-}
-
-/* What `read` makes of the file at `path`, made at the first use. */
-template <class T, class Read>
-T& Generator::keep(std::map<std::string, T>& kept, const std::string& path, const Read read) {
-    const auto found = kept.find(path);
-    if (found != kept.end()) {
-        return found->second;
-    }
-    const auto failed = failures.find(path);
-    if (failed != failures.end()) {
-        throw Failure{failed->second};
-    }
-    try {
-        return kept.emplace(path, read(path)).first->second;
-    } catch (const Failure& failure) {
-        failures.emplace(path, failure.what());
-        throw;
     }
 }
 
 rapidjson::Document& Generator::document(const std::string& path) {
-    return keep(documents, path, [](const std::string& file) { return readDocument(file); });
+    return documents.get(path, [](const std::string& file) { return readDocument(file); });
 }
 
 NamedTemplate& Generator::compiled(const std::string& path) {
-    return keep(templates, path, readGeneratorTemplate);
+    return templates.get(path, readGeneratorTemplate);
 }
 
 std::string Generator::render(const OutputFile& file) {
-    return file.regions.empty() ? render(file.whole, file.data) : fillRegions(file);
+    return file.regions.empty() ? render(file.whole, file) : fillRegions(file);
 }
 
-std::string Generator::render(const Rendering& rendering, const std::vector<std::string>& data) {
-    NamedTemplate& source = compiled(rendering.templatePath);
-    if (rendering.each) {
-        return renderEach(source, *rendering.each, data);
-    }
-    Scopes scopes;
-    for (const std::string& path : data) {
-        scopes.add(document(path));
-    }
-    return text(Host::render(source, scopes.all()));
-}
-
-std::string Generator::renderEach(NamedTemplate& source, const std::string& pointer,
-                                  const std::vector<std::string>& data) {
-    Scopes scopes;
-    rapidjson::Document* owner = nullptr;
-    rapidjson::Value* list = nullptr;
-    for (const std::string& path : data) {
-        rapidjson::Document& candidate = document(path);
-        scopes.add(candidate);
-        if (!list) {
-            owner = &candidate;
-            list = RapidJsonUtils::valueByPointer(candidate, pointer);
+std::string Generator::render(const Rendering& rendering, const OutputFile& file) {
+    std::string element;
+    try {
+        /* First, so that a template that is wrong shows whatever the data is. */
+        NamedTemplate& source = compiled(rendering.templatePath);
+        Scopes scopes;
+        for (const std::string& path : file.data) {
+            scopes.add(document(path));
         }
+        return rendering.each ? renderEach(rendering, file, scopes, element)
+                              : text(Host::render(source, scopes.all()));
+    } catch (const Failure& failure) {
+        throw Failure{failure.what() + (", for " + file.path) + element};
     }
-    if (!list || !(list->IsArray() || list->IsObject())) {
-        throw Failure{data.empty() ? source.path : Containers::String{data.front()},
-                      (list ? "Neither an array nor an object at " : "Nothing at ") +
-                          (pointer.empty() ? "the root" : pointer)};
+}
+
+Generator::ElementList Generator::findElements(const Rendering& rendering, const OutputFile& file) {
+    const std::string& pointer = *rendering.each;
+    const std::string about = pointer.empty() ? "the root" : pointer;
+    for (const std::string& path : file.data) {
+        rapidjson::Document& owner = document(path);
+        rapidjson::Value* const value = RapidJsonUtils::valueByPointer(owner, pointer);
+        if (!value) {
+            continue;
+        }
+        if (!value->IsArray() && !value->IsObject()) {
+            throw Failure{path, "Neither an array nor an object at " + about};
+        }
+        return {path, owner, *value};
     }
+    throw Failure{file.data.empty() ? rendering.templatePath : file.data.front(),
+                  "Nothing at " + about};
+}
+
+std::string Generator::renderEach(const Rendering& rendering, const OutputFile& file,
+                                  const Scopes& scopes, std::string& element) {
+    NamedTemplate& source = compiled(rendering.templatePath);
+    const ElementList list = findElements(rendering, file);
     std::string joined;
-    const unsigned int count = list->IsArray() ? list->Size() : list->MemberCount();
-    for (unsigned int i = 0; i != count; ++i) {
+    for (unsigned int i = 0; i != list.size(); ++i) {
         const Containers::Pair<Containers::StringView, rapidjson::Value*> child =
-            RapidJsonUtils::getSubValue(*list, i);
-        ElementScope element{*owner, *child.second(), child.first()};
-        joined += text(Host::render(source, scopes.behind(element)));
+            RapidJsonUtils::getSubValue(list.value, i);
+        ElementScope scope{list.owner, *child.second(), child.first()};
+        joined += i == 0 ? "" : rendering.separator;
+        try {
+            joined += text(Host::render(source, scopes.withElement(scope)));
+        } catch (const Failure&) {
+            const std::string step =
+                child.first().data() ? pointerStep(child.first()) : std::to_string(i);
+            element = ", element " + *rendering.each + "/" + step + " of " + list.path;
+            throw;
+        }
     }
     return joined;
 }
 
 std::string Generator::fillRegions(const OutputFile& file) {
-    /* Reserved, since the views of the replacements point into it. */
+    /* Reserved, since the replacements are views of it. */
     std::vector<std::string> contents;
     contents.reserve(file.regions.size());
     Containers::Array<Utils::TagReplacement> replacements;
     for (const Region& region : file.regions) {
-        contents.push_back(render(region.content, file.data));
+        contents.push_back(render(region.content, file));
         arrayAppend(replacements, Utils::TagReplacement{region.start, region.end, contents.back()});
     }
     return text(replaceRegions(file.path, readFile(file.path), replacements));

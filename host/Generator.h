@@ -1,6 +1,7 @@
 #ifndef Vespermoor_Host_Generator_h
 #define Vespermoor_Host_Generator_h
 
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -8,80 +9,142 @@
 
 #include <VespermoorEditor/Utils/RapidJson.h>
 
+#include "Failure.h"
 #include "Manifest.h"
+#include "Scopes.h"
 #include "Templates.h"
 
 namespace VespermoorEngine::Host {
 
+/** @brief Inputs of one kind that were read, or why they could not be, by their paths. */
+template <class Input>
+class InputCache {
+public:
+    /** @brief The input @p path, by @p read at the first use; throws the same @ref Failure again.
+     */
+    template <class Read>
+    Input& get(const std::string& path, const Read& read) {
+        if (const auto found = inputs.find(path); found != inputs.end()) {
+            return found->second;
+        }
+        if (const auto found = failures.find(path); found != failures.end()) {
+            throw Failure{found->second};
+        }
+        try {
+            return inputs.emplace(path, read(path)).first->second;
+        } catch (const Failure& failure) {
+            failures.emplace(path, failure.what());
+            throw;
+        }
+    }
+
+    /** @brief Has the input @p path read again at its next use. */
+    void invalidate(const std::string& path) {
+        inputs.erase(path);
+        failures.erase(path);
+    }
+
+private:
+    std::map<std::string, Input> inputs;
+    std::map<std::string, std::string> failures;
+};
+
 /**
  * @brief Keeps the generated files of one manifest current.
  *
- * Data files are parsed and templates compiled once, when first used, and again after
- * @ref forget() was told that they changed.
+ * Data files are parsed and templates compiled at their first use, and again after
+ * @ref invalidate().
  */
 class Generator {
 public:
-    /** @brief What to do with a file whose text would change. */
-    enum class Mode { Write, Check };
-
-    /** @brief What became of the generated files. */
-    struct Result {
-        /** @brief Paths of those whose text changed, or would. */
-        std::vector<std::string> changed;
-        /** @brief A line for each reason why one or more could not be made. */
-        std::set<std::string> failures;
+    /** @brief What to do with an output that is out of date. */
+    enum class Mode {
+        /** @brief Write it. */
+        Write,
+        /** @brief Only report it. */
+        Check,
+        /** @brief Report it with what would change. */
+        Compare
     };
 
-    /** @brief Reads the manifest at @p path; throws @ref Failure. */
-    explicit Generator(Containers::StringView path);
+    /** @brief An output that was written, or is out of date. */
+    struct Change {
+        std::string path;
+        /** @brief Unified diff, with @ref Mode::Compare. */
+        std::string diff;
+    };
 
-    /** @brief Paths of everything that the generated files are made from, those with regions
-     * included.
+    /** @brief The outcome of an update. */
+    struct Result {
+        std::vector<Change> changes;
+        /** @brief One line for each output that could not be made. */
+        std::vector<std::string> failures;
+    };
+
+    /** @brief Called before each output with the numbers of those done and of all. */
+    using Progress = std::function<void(std::size_t done, std::size_t all)>;
+
+    /** @brief Reads the manifest at @p path; throws @ref Failure. */
+    explicit Generator(const std::string& path);
+
+    /**
+     * @brief Paths of the files that outputs are made from: data, templates, and outputs with
+     * regions, but no other outputs.
      */
     std::set<std::string> inputs() const;
 
-    /**
-     * @brief Drops what is kept of the input @p path, and makes the files that depend on it stale.
-     */
-    void forget(const std::string& path);
-
-    /** @brief Makes the generated file @p path stale, where it has regions: others may save it. */
-    void lookAgain(const std::string& path);
+    /** @brief Paths of the outputs. */
+    std::set<std::string> outputs() const;
 
     /**
-     * @brief Renders all files that are stale, as all of them are at first.
+     * @brief Makes the outputs stale that depend on the file @p path, and has it read again.
      *
-     * A file whose text would not change is not touched; the others are replaced as a whole. A file
-     * that cannot be made stays as it is and is tried again when one of its inputs is forgotten.
+     * An output that others are made from only becomes stale itself, since they become stale
+     * when it changes.
      */
-    Result update(Mode mode);
+    void invalidate(const std::string& path);
+
+    /**
+     * @brief Renders all stale outputs; at first every output is stale.
+     *
+     * An output whose text would not change is not touched. The others are replaced as a whole, and
+     * their missing directories are made. An output that cannot be made stays as it is, and becomes
+     * stale again when a file that it depends on is invalidated.
+     *
+     * Streams, such as `/dev/stdout`, hold nothing that could be out of date: they are always
+     * written, and never reported.
+     */
+    Result update(Mode mode, const Progress& progress = {});
 
 private:
-    /* Whether its text changed, or would. */
-    bool updateFile(const OutputFile& file, Mode mode);
+    /* The elements that a template is rendered for. */
+    struct ElementList;
 
-    template <class T, class Read>
-    T& keep(std::map<std::string, T>& kept, const std::string& path, Read read);
+    void invalidateInput(const std::string& path);
+    void updateFile(const OutputFile& file, Mode mode, std::vector<Change>& changes);
+
     rapidjson::Document& document(const std::string& path);
     NamedTemplate& compiled(const std::string& path);
+    ElementList findElements(const Rendering& rendering, const OutputFile& file);
 
     std::string render(const OutputFile& file);
-    std::string render(const Rendering& rendering, const std::vector<std::string>& data);
-    std::string renderEach(NamedTemplate& source, const std::string& pointer,
-                           const std::vector<std::string>& data);
+    /* Names the output, and the element, in what it throws. */
+    std::string render(const Rendering& rendering, const OutputFile& file);
+    /* Leaves the element that failed in `element`, as the end of a message. */
+    std::string renderEach(const Rendering& rendering, const OutputFile& file, const Scopes& scopes,
+                           std::string& element);
     std::string fillRegions(const OutputFile& file);
 
     std::vector<OutputFile> files;
     std::set<std::size_t> stale;
-    /* Inputs that a check found to be so. */
+    /* Data files that are outputs and that a check found out of date. */
     std::set<std::string> outOfDate;
-    /* The files that are made from each input, by their index. */
+    /* The outputs that are made from each input, and the output at each path, by index. */
     std::map<std::string, std::set<std::size_t>> dependents;
+    std::map<std::string, std::size_t> outputsByPath;
 
-    std::map<std::string, rapidjson::Document> documents;
-    std::map<std::string, NamedTemplate> templates;
-    /* Why an input could not be used, so that not every file that needs it tries again. */
-    std::map<std::string, std::string> failures;
+    InputCache<rapidjson::Document> documents;
+    InputCache<NamedTemplate> templates;
 };
 
 } // namespace VespermoorEngine::Host

@@ -1,36 +1,40 @@
 #include "InputPlaces.h"
 
-#include <filesystem>
 #include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include "Files.h"
+#include "RealPaths.h"
 
 namespace VespermoorEngine::Host {
 
-namespace fs = std::filesystem;
-
-bool InputPlaces::follow(const std::set<std::string>& files) {
-    const auto stampsBefore = std::exchange(stamps, {});
-    const auto identitiesBefore = std::exchange(identities, {});
-    places.clear();
-    for (const std::string& file : files) {
-        const auto known = stampsBefore.find(file);
-        stamps[file] = known != stampsBefore.end() ? known->second : stampOf(file);
-        std::error_code lost;
-        const fs::path place = fs::weakly_canonical(fs::absolute(file, lost), lost);
-        if (!lost) {
-            places[place].insert(file);
-            identities[parentOf(place)] = identityOf(parentOf(place));
+bool InputPlaces::track(const std::set<std::string>& inputs, const std::set<std::string>& outputs) {
+    const auto lastStamps = std::exchange(stamps, {});
+    const auto lastIdentities = std::exchange(identities, {});
+    const auto addStamp = [&](const std::string& file) {
+        const auto last = lastStamps.find(file);
+        stamps.emplace(file, last != lastStamps.end() ? last->second : stampOf(file));
+    };
+    inputsByPath.clear();
+    RealPaths paths;
+    for (const std::string& file : inputs) {
+        addStamp(file);
+        const std::string path = paths.file(file);
+        inputsByPath[path].insert(file);
+        const auto [identity, isNew] = identities.try_emplace(parentOf(path));
+        if (isNew) {
+            identity->second = identityOf(identity->first);
         }
     }
-    return identities != identitiesBefore;
+    for (const std::string& file : outputs) {
+        addStamp(file);
+    }
+    return identities != lastIdentities;
 }
 
-/* The time of change and not that of the content, which says nothing of permissions and can be set
-   back. */
+/* The change time, since the modification time ignores permissions and can be set back. */
 InputPlaces::Stamp InputPlaces::stampOf(const std::string& file) {
     struct statx status {};
     if (statx(AT_FDCWD, file.data(), 0, STATX_INO | STATX_SIZE | STATX_CTIME, &status) != 0) {
@@ -44,8 +48,7 @@ InputPlaces::Stamp InputPlaces::stampOf(const std::string& file) {
             status.stx_ctime.tv_nsec};
 }
 
-/* The inode alone would not do, since the next directory often gets that of the one deleted last.
- */
+/* The birth time too, since a new directory often gets the inode of the one deleted last. */
 InputPlaces::Stamp InputPlaces::identityOf(const std::string& directory) {
     struct statx status {};
     if (statx(AT_FDCWD, directory.data(), 0, STATX_INO | STATX_BTIME, &status) != 0) {
@@ -77,11 +80,9 @@ std::set<std::string> InputPlaces::directories() const {
     return paths;
 }
 
-std::set<std::string> InputPlaces::at(const std::string& path) const {
-    std::error_code lost;
-    const fs::path place = fs::canonical(parentOf(path), lost) / fs::path{path}.filename();
-    const auto found = places.find(place);
-    return found != places.end() ? found->second : std::set<std::string>{};
+std::set<std::string> InputPlaces::inputsAt(const std::string& path) const {
+    const auto found = inputsByPath.find(RealPaths{}.entry(path));
+    return found != inputsByPath.end() ? found->second : std::set<std::string>{};
 }
 
 } // namespace VespermoorEngine::Host

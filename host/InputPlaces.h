@@ -10,46 +10,46 @@
 namespace VespermoorEngine::Host {
 
 /**
- * @brief Where files lie when links are followed, and whether they are as they were.
+ * @brief Tells which files changed since the last look, and in which directories they really are.
  *
- * Neither the files nor their directories need exist.
+ * Neither the files nor their directories need to exist.
  */
 class InputPlaces {
 public:
     /**
-     * @brief Follows @p files from now on, and no others, to where they lie now.
+     * @brief Tracks @p inputs and @p outputs from now on, and no other files.
      *
-     * Returns whether @ref directories() are other ones than before, also under the same paths.
+     * Follows the links of the inputs anew. Returns whether their @ref directories() changed, which
+     * includes a directory that was replaced by another one of the same path.
      */
-    bool follow(const std::set<std::string>& files);
+    bool track(const std::set<std::string>& inputs, const std::set<std::string>& outputs);
 
     /**
-     * @brief The files that are not as they were at the last call, or when they were first
-     * followed.
+     * @brief The files that changed since the last call, or since they were first tracked.
      *
-     * Costs one call of the system for each that is followed. What is saved through another name,
-     * appears behind a link or becomes readable shows as well; a save that leaves device, inode,
-     * size and time of change as they are does not.
+     * Costs one system call per tracked file. Also finds what was saved through another name, what
+     * appears behind a link, and what becomes readable. A save that keeps device, inode, size and
+     * change time is missed.
      */
     std::set<std::string> takeChanged();
 
-    /** @brief Those of the files' directories that exist, as absolute paths without links. */
+    /** @brief The existing directories of the inputs, as absolute paths without links. */
     std::set<std::string> directories() const;
 
-    /** @brief The files that lie at @p path, by whichever links that leads there. */
-    std::set<std::string> at(const std::string& path) const;
+    /** @brief The inputs that are the entry @p path, whichever links lead there. */
+    std::set<std::string> inputsAt(const std::string& path) const;
 
 private:
-    /* Device, inode and what tells two of that number apart; all 0 where there is nothing. */
+    /* Device, inode, and fields that differ when an inode is reused; all 0 if nothing exists. */
     using Stamp = std::array<std::uint64_t, 6>;
 
     static Stamp stampOf(const std::string& file);
     static Stamp identityOf(const std::string& directory);
 
     std::map<std::string, Stamp> stamps;
-    /* By their paths without links, as all below. */
+    /* By absolute paths without links, as the inputs at each such path. */
     std::map<std::string, Stamp> identities;
-    std::map<std::string, std::set<std::string>> places;
+    std::map<std::string, std::set<std::string>> inputsByPath;
 };
 
 } // namespace VespermoorEngine::Host

@@ -12,13 +12,12 @@
 
 #include "Documents.h"
 #include "Failure.h"
-#include "OutputOrder.h"
 
 namespace VespermoorEngine::Host {
 
 namespace {
 
-/* One value of the manifest, and its place as a JSON Pointer for the messages about it. */
+/* One value of the manifest, and its place as a JSON Pointer for messages. */
 class Entry {
 public:
     Entry(const std::string& manifestPath, const rapidjson::Value& json, std::string pointer)
@@ -36,7 +35,7 @@ public:
     std::vector<Entry> elements() const;
     std::string string() const;
     std::string tag() const;
-    /* A string that can be the name of a file, as a path relative to the manifest. */
+    /* The path of a file, which is relative to the manifest. */
     std::string path() const;
 
 private:
@@ -106,29 +105,38 @@ std::string Entry::path() const {
     return Corrade::Utility::Path::join(Corrade::Utility::Path::split(manifest).first(), relative);
 }
 
+/* Without the form that begins with #, which is meant for URIs. */
+std::string readPointer(const Entry& entry) {
+    const std::string pointer = entry.string();
+    if ((!pointer.empty() && pointer.front() != '/') ||
+        !rapidjson::Pointer{pointer.data(), pointer.size()}.IsValid()) {
+        entry.fail("No JSON Pointer");
+    }
+    return pointer;
+}
+
 Rendering readRendering(const Entry& entry) {
     Rendering rendering;
     rendering.templatePath = entry.member("template").path();
     if (entry.has("each")) {
-        const Entry each = entry.member("each");
-        const std::string pointer = each.string();
-        /* Without the form that begins with #, which is one for URIs. */
-        if ((!pointer.empty() && pointer.front() != '/') ||
-            !rapidjson::Pointer{pointer.data(), pointer.size()}.IsValid()) {
-            each.fail("No JSON Pointer");
+        rendering.each = readPointer(entry.member("each"));
+    }
+    if (entry.has("separator")) {
+        if (!rendering.each) {
+            entry.fail("Takes separator only beside each");
         }
-        rendering.each = pointer;
+        rendering.separator = entry.member("separator").string();
     }
     return rendering;
 }
 
 Region readRegion(const Entry& entry) {
-    entry.expectMembers({"start", "end", "template", "each"});
+    entry.expectMembers({"start", "end", "template", "each", "separator"});
     return {entry.member("start").tag(), entry.member("end").tag(), readRendering(entry)};
 }
 
 OutputFile readOutput(const Entry& entry) {
-    entry.expectMembers({"file", "data", "template", "each", "regions"});
+    entry.expectMembers({"file", "data", "template", "each", "separator", "regions"});
     OutputFile output;
     output.path = entry.member("file").path();
     for (const Entry& data : entry.member("data").elements()) {
@@ -141,8 +149,10 @@ OutputFile readOutput(const Entry& entry) {
         output.whole = readRendering(entry);
         return output;
     }
-    if (entry.has("each")) {
-        entry.fail("Takes each only beside template");
+    for (const char* const name : {"each", "separator"}) {
+        if (entry.has(name)) {
+            entry.fail(std::string{"Takes "} + name + " only beside template");
+        }
     }
     for (const Entry& region : entry.member("regions").elements()) {
         output.regions.push_back(readRegion(region));
@@ -181,7 +191,7 @@ std::vector<OutputFile> readManifest(const Containers::StringView path) {
     for (const Entry& entry : root.member("outputs").elements()) {
         outputs.push_back(readOutput(entry));
     }
-    return inOrder(name, std::move(outputs));
+    return outputs;
 }
 
 } // namespace VespermoorEngine::Host

@@ -12,17 +12,18 @@
 
 namespace VespermoorEngine::Host {
 
-/** @brief A template, and what it is rendered for. */
+/** @brief A template, and the elements that it is rendered for. */
 struct Rendering {
     /** @brief Path of the template. */
     std::string templatePath;
     /**
      * @brief JSON Pointer to an array or object, in the first data file that has it.
      *
-     * The template is rendered for every element and the results are joined. Nothing where it is
-     * rendered once.
+     * The template is rendered once for every element, or, without a pointer, just once.
      */
     std::optional<std::string> each;
+    /** @brief Text between the elements. */
+    std::string separator;
 };
 
 /** @brief A rendering between two tags. */
@@ -37,10 +38,10 @@ struct OutputFile {
     std::string path;
     /** @brief Paths of the data files, in the order in which they are searched. */
     std::vector<std::string> data;
-    /** @brief Used where there are no regions. */
+    /** @brief Used if there are no regions. */
     Rendering whole;
     std::vector<Region> regions;
-    /** @brief Those of the paths of all data files that lead to this file. */
+    /** @brief The data paths of other outputs that lead to this file. */
     std::set<std::string> asInput;
 
     /** @brief Paths of the templates. */
@@ -52,17 +53,16 @@ struct OutputFile {
 /**
  * @brief Reads the manifest of generated files at @p path.
  *
- * It is an object whose member `outputs` is an array of objects with the members
+ * A manifest is an object whose member `outputs` is an array of objects with the members
  *
  * -    `file`: the generated file,
  * -    `data`: an array of JSON files,
- * -    `template` and optionally `each`, or `regions`: an array of objects with `start`, `end`,
- *      `template` and optionally `each`.
+ * -    `template` and optionally `each` and `separator`, or `regions`: an array of objects with
+ *      `start`, `end`, `template` and optionally `each` and `separator`.
  *
- * Paths in it are relative to the manifest; those in the result begin as @p path does, and the
- * outputs are in the order of @ref inOrder(). Throws @ref Failure with the file and the place in it
- * where a member is missing, unknown, there twice or of the wrong type, and where @ref inOrder()
- * does.
+ * Its paths are relative to the manifest; those in the result begin as @p path does. The result has
+ * the manifest's order. Throws @ref Failure with the file and the place in it if a member is
+ * missing, unknown, repeated or of the wrong type.
  */
 std::vector<OutputFile> readManifest(Containers::StringView path);
 

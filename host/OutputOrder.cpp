@@ -1,82 +1,65 @@
+/* The order of outputs that are made from one another: a topological sort that keeps the manifest's
+   order where it can.
+
+   Outputs are indices, and `sources[i]` holds the outputs that output i is made from. They are
+   found by comparing real paths, since one file can be spelled in many ways. The sort takes the
+   lowest index without unfinished sources, again and again, which costs a logarithm per output and
+   source. Whatever is left over waits for another one that is left over, so following the sources
+   must revisit one: that cycle is the message. */
+
 #include "OutputOrder.h"
 
 #include <algorithm>
 #include <cstddef>
-#include <filesystem>
 #include <map>
 #include <utility>
 
 #include "Failure.h"
-#include "Files.h"
+#include "RealPaths.h"
 
 namespace VespermoorEngine::Host {
 
 namespace {
 
-namespace fs = std::filesystem;
-
-/* For each output the others that it has to do with. */
+/* For each output the indices of other outputs. */
 using Relation = std::vector<std::set<std::size_t>>;
-
-/* Where files lie when links are followed, whether they exist or not. */
-class Places {
-public:
-    std::string operator()(const std::string& path) {
-        const fs::path end = linkChain(path).back();
-        const auto [parent, isNew] = parents.try_emplace(parentOf(end));
-        if (isNew) {
-            parent->second = withoutLinks(parent->first);
-        }
-        return parent->second / end.filename();
-    }
-
-private:
-    static fs::path withoutLinks(const std::string& directory) {
-        std::error_code refused;
-        const fs::path absolute = fs::absolute(directory);
-        const fs::path path = fs::weakly_canonical(absolute, refused);
-        return refused ? absolute.lexically_normal() : path;
-    }
-
-    std::map<std::string, fs::path> parents;
-};
 
 [[noreturn]] void fail(const std::string& manifest, const std::size_t i,
                        const std::string& reason) {
     throw Failure{manifest, "/outputs/" + std::to_string(i) + ": " + reason};
 }
 
-/* The index of the output at each place. */
-std::map<std::string, std::size_t> outputsByPlace(const std::string& manifest,
-                                                  const std::vector<OutputFile>& outputs,
-                                                  Places& placeOf) {
-    const std::string own = placeOf(manifest);
+/* The index of the output at each real path. */
+std::map<std::string, std::size_t> outputsByPath(const std::string& manifest,
+                                                 const std::vector<OutputFile>& outputs,
+                                                 RealPaths& paths) {
+    const std::string own = paths.file(manifest);
     std::map<std::string, std::size_t> found;
     for (std::size_t i = 0; i != outputs.size(); ++i) {
-        const std::string place = placeOf(outputs[i].path);
-        if (place == own) {
+        const std::string path = paths.file(outputs[i].path);
+        if (path == own) {
             fail(manifest, i, "Is the manifest itself");
         }
-        if (!found.emplace(place, i).second) {
+        if (!found.emplace(path, i).second) {
             fail(manifest, i, "Another output is the same file");
         }
     }
     return found;
 }
 
-/* What each output is made from. */
+/* The outputs that each output is made from. */
 Relation findSources(const std::string& manifest, std::vector<OutputFile>& outputs) {
-    Places placeOf;
-    const std::map<std::string, std::size_t> made = outputsByPlace(manifest, outputs, placeOf);
+    RealPaths paths;
+    const std::map<std::string, std::size_t> made = outputsByPath(manifest, outputs, paths);
     Relation sources(outputs.size());
     for (std::size_t i = 0; i != outputs.size(); ++i) {
         for (const std::string& path : outputs[i].templates()) {
-            if (const auto found = made.find(placeOf(path)); found != made.end()) {
+            if (const auto found = made.find(paths.file(path)); found != made.end()) {
                 fail(manifest, found->second, "Is a template");
             }
         }
         for (const std::string& path : outputs[i].data) {
-            if (const auto found = made.find(placeOf(path)); found != made.end()) {
+            if (const auto found = made.find(paths.file(path)); found != made.end()) {
                 sources[i].insert(found->second);
                 outputs[found->second].asInput.insert(path);
             }
@@ -85,25 +68,24 @@ Relation findSources(const std::string& manifest, std::vector<OutputFile>& outpu
     return sources;
 }
 
-/* Each of the `rest` is made from another one of them, so whoever goes on from one to the next
-   comes by the same again. */
-[[noreturn]] void failAtCircle(const std::string& manifest, const std::vector<OutputFile>& outputs,
-                               const Relation& rest, std::size_t i) {
-    std::vector<std::size_t> way;
-    while (std::find(way.begin(), way.end(), i) == way.end()) {
-        way.push_back(i);
-        i = *rest[i].begin();
+/* Reports the cycle that following the `unfinished` sources of output i leads to. */
+[[noreturn]] void failAtCycle(const std::string& manifest, const std::vector<OutputFile>& outputs,
+                              const Relation& unfinished, std::size_t i) {
+    std::vector<std::size_t> visited;
+    while (std::find(visited.begin(), visited.end(), i) == visited.end()) {
+        visited.push_back(i);
+        i = *unfinished[i].begin();
     }
-    std::string circle = outputs[i].path;
-    for (auto step = std::find(way.begin(), way.end(), i) + 1; step != way.end(); ++step) {
-        circle += " from " + outputs[*step].path;
+    std::string cycle = outputs[i].path;
+    for (auto step = std::find(visited.begin(), visited.end(), i) + 1; step != visited.end();
+         ++step) {
+        cycle += " from " + outputs[*step].path;
     }
-    fail(manifest, i, "Made from itself: " + circle + " from " + outputs[i].path);
+    fail(manifest, i, "Made from itself: " + cycle + " from " + outputs[i].path);
 }
 
-/* Takes the first one that waits for nothing, again and again. */
-std::vector<std::size_t> orderBy(Relation sources, const std::string& manifest,
-                                 const std::vector<OutputFile>& outputs) {
+std::vector<std::size_t> sort(Relation sources, const std::string& manifest,
+                              const std::vector<OutputFile>& outputs) {
     Relation dependents(sources.size());
     std::set<std::size_t> ready;
     for (std::size_t i = 0; i != sources.size(); ++i) {
@@ -129,7 +111,7 @@ std::vector<std::size_t> orderBy(Relation sources, const std::string& manifest,
     const auto waiting = std::find_if(sources.begin(), sources.end(),
                                       [](const auto& indices) { return !indices.empty(); });
     if (waiting != sources.end()) {
-        failAtCircle(manifest, outputs, sources, waiting - sources.begin());
+        failAtCycle(manifest, outputs, sources, std::size_t(waiting - sources.begin()));
     }
     return order;
 }
@@ -139,7 +121,7 @@ std::vector<std::size_t> orderBy(Relation sources, const std::string& manifest,
 std::vector<OutputFile> inOrder(const std::string& path, std::vector<OutputFile> outputs) {
     const Relation sources = findSources(path, outputs);
     std::vector<OutputFile> ordered;
-    for (const std::size_t i : orderBy(sources, path, outputs)) {
+    for (const std::size_t i : sort(sources, path, outputs)) {
         ordered.push_back(std::move(outputs[i]));
     }
     return ordered;

@@ -9,13 +9,14 @@
 namespace VespermoorEngine::Host {
 
 /**
- * @brief The @p outputs of the manifest at @p path, each behind those that it is made from, and
- * otherwise in the order that they have.
+ * @brief The @p outputs of the manifest at @p path, each after those that it is made from, and
+ * otherwise in the order given.
  *
- * Notes in each of them by which paths it is an input of others. Files are told apart by where they
- * lie when links are followed, so that it does not matter how a path is spelled. Throws
- * @ref Failure where two outputs are the same file, where one is the manifest or a template, and
- * where some are made from one another.
+ * Fills in @ref OutputFile::asInput. Two paths are the same file if they lead to the same place
+ * when links are followed, however they are spelled.
+ *
+ * Throws @ref Failure if two outputs are the same file, if an output is the manifest or a template,
+ * or if outputs are made from one another.
  */
 std::vector<OutputFile> inOrder(const std::string& path, std::vector<OutputFile> outputs);
 

@@ -5,14 +5,13 @@
 #include <vector>
 
 #include <CLI/CLI.hpp>
-#include <Corrade/Containers/GrowableArray.h>
 #include <Corrade/Containers/StringStl.h>
 
 #include "CommandLine.h"
-#include "DocumentScope.h"
 #include "Documents.h"
 #include "Failure.h"
 #include "Files.h"
+#include "Scopes.h"
 #include "Templates.h"
 
 namespace VespermoorEngine::Host {
@@ -28,16 +27,13 @@ struct Options {
 void run(const Options& options) {
     NamedTemplate source = readTemplate(options.templatePath);
     std::vector<rapidjson::Document> documents;
-    std::vector<DocumentScope> scopes;
-    Containers::Array<Containers::Reference<JsonObject>> references;
     documents.reserve(options.data.size());
-    scopes.reserve(options.data.size());
+    Scopes scopes;
     for (const std::string& path : options.data) {
         documents.push_back(readDocument(path));
-        scopes.emplace_back(documents.back());
-        arrayAppend(references, Corrade::InPlaceInit, scopes.back());
+        scopes.add(documents.back());
     }
-    output(options.output, render(source, references));
+    output(options.output, render(source, scopes.all()));
 }
 
 } // namespace

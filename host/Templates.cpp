@@ -1,20 +1,80 @@
+/* Templates with the places of their failures, which the library's messages do not give.
+
+   A prefix of a template that ends after a directive fails for the same reason as the whole
+   template if and only if it includes the directive that fails: the directives before that one
+   succeed, and those after it are never reached. So the shortest prefix that fails alike is found
+   by bisection, which costs the logarithm of the number of directives in compilations and
+   renderings, and only after a failure.
+
+   Two failures are different. A prefix also lacks an 'end' if it ends in text that the whole
+   template skips; but no skipped text goes past the last `end`, so only the directives after that
+   one are searched. And an unterminated directive is no part of any prefix; the scan for directives
+   finds it. */
+
 #include "Templates.h"
 
+#include <algorithm>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include <Corrade/Utility/Debug.h>
 #include <VespermoorEditor/Utils/JsonObject.h>
 
 #include "Failure.h"
 #include "Files.h"
+#include "TextPlace.h"
 
 namespace VespermoorEngine::Host {
 
 namespace {
 
 namespace Utility = Corrade::Utility;
+
+using ScopeList = Containers::ArrayView<const Containers::Reference<JsonObject>>;
+
+constexpr const char* missingEnd = "Missing 'end'";
+
+/* Where a directive begins and ends in the source, delimiters included. */
+struct Directive {
+    std::size_t begin;
+    std::size_t end;
+    bool isEnd;
+};
+
+/* All directives of `source`; one that is unterminated or empty is the last. */
+std::vector<Directive> directivesOf(const std::string_view source) {
+    constexpr std::size_t none = std::string_view::npos;
+    std::vector<Directive> directives;
+    std::size_t begin = source.find("{{");
+    while (begin != none) {
+        const std::size_t body =
+            std::min(source.find_first_not_of(" \t", begin + 2), source.size());
+        const std::size_t close = source.find("}}", body);
+        if (close == none || close == body) {
+            directives.push_back({begin, source.size(), false});
+            break;
+        }
+        const std::string_view text = source.substr(body, close - body);
+        directives.push_back(
+            {begin, close + 2, text.substr(0, text.find_first_of(" \t")) == "end"});
+        begin = source.find("{{", close + 2);
+    }
+    return directives;
+}
+
+/* Adds a remedy to the messages of the library that puzzle those who know other templates. */
+std::string explained(const std::string& reason) {
+    if (reason == "Undefined name else") {
+        return reason + " (templates have no else; write a second if)";
+    }
+    if (reason.rfind("Unsupported type for ", 0) == 0) {
+        return reason + " (integers, null, arrays and objects have no text; write a string)";
+    }
+    return reason;
+}
 
 /* The lines that the library printed as one reason, without the names of its functions. */
 std::string reasonFrom(const std::string& printed) {
@@ -23,23 +83,45 @@ std::string reasonFrom(const std::string& printed) {
     for (std::string line; std::getline(lines, line);) {
         const std::size_t function = line.find("(): ");
         reason += reason.empty() ? "" : "; ";
-        reason += function == std::string::npos ? line : line.substr(function + 4);
+        reason += explained(function == std::string::npos ? line : line.substr(function + 4));
     }
     return reason;
 }
 
-/* A failure shows in what is printed: an empty output can be a success. */
+/* Why `action` failed, or nothing. Only what is printed tells: an empty output can be a success. */
 template <class Action>
-auto withFailures(const Containers::StringView path, const Action& action) {
+std::string failureOf(const Action& action) {
     std::ostringstream printed;
-    auto result = [&] {
-        Utility::Error redirected{&printed};
-        return action();
-    }();
-    if (!printed.str().empty()) {
-        throw Failure{path, reasonFrom(printed.str())};
+    {
+        const Utility::Error redirected{&printed};
+        action();
     }
-    return result;
+    return reasonFrom(printed.str());
+}
+
+std::string failureOfPrefix(const NamedTemplate& source, const std::size_t size,
+                            const ScopeList scopes) {
+    const Containers::String prefix{source.source.prefix(size)};
+    return failureOf([&] { Template{prefix}.render(scopes); });
+}
+
+/* Where the directive begins for which rendering `source` fails with `reason`. */
+std::size_t findFailure(const NamedTemplate& source, const ScopeList scopes,
+                        const std::string& reason) {
+    const std::vector<Directive> directives =
+        directivesOf({source.source.data(), source.source.size()});
+    auto first = directives.begin();
+    if (reason == missingEnd) {
+        first =
+            std::find_if(directives.rbegin(), directives.rend(), [](const Directive& directive) {
+                return directive.isEnd;
+            }).base();
+    }
+    return std::partition_point(first, directives.end(),
+                                [&](const Directive& directive) {
+                                    return failureOfPrefix(source, directive.end, scopes) != reason;
+                                })
+        ->begin;
 }
 
 } // namespace
@@ -48,20 +130,29 @@ NamedTemplate readTemplate(const Containers::StringView path) {
     return compileTemplate(path, readFile(path));
 }
 
-/* The library ends a template at a zero byte without a word. */
-NamedTemplate compileTemplate(const Containers::StringView path, const Containers::String& source) {
-    if (Containers::StringView{source}.contains('\0')) {
-        throw Failure{path, "Contains a zero byte"};
+/* The library ends a template at a zero byte without a message. */
+NamedTemplate compileTemplate(const Containers::StringView path, Containers::String source) {
+    const std::string_view text{source.data(), source.size()};
+    const std::size_t zero = text.find('\0');
+    if (zero != std::string_view::npos) {
+        throw Failure{textPlace(path, source, zero), "Contains a zero byte"};
     }
-    Containers::Pointer<Template> compiled =
-        withFailures(path, [&] { return Containers::pointer<Template>(source); });
-    return {path, std::move(compiled)};
+    Containers::Pointer<Template> compiled;
+    const std::string reason = failureOf([&] { compiled = Containers::pointer<Template>(source); });
+    if (!reason.empty()) {
+        throw Failure{textPlace(path, source, directivesOf(text).back().begin), reason};
+    }
+    return {path, std::move(source), std::move(compiled)};
 }
 
-Containers::String
-render(NamedTemplate& source,
-       const Containers::ArrayView<const Containers::Reference<JsonObject>> scopes) {
-    return withFailures(source.path, [&] { return source.compiled->render(scopes); });
+Containers::String render(NamedTemplate& source, const ScopeList scopes) {
+    Containers::String result;
+    const std::string reason = failureOf([&] { result = source.compiled->render(scopes); });
+    if (!reason.empty()) {
+        const std::size_t offset = findFailure(source, scopes, reason);
+        throw Failure{textPlace(source.path, source.source, offset), reason};
+    }
+    return result;
 }
 
 } // namespace VespermoorEngine::Host

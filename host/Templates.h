@@ -4,26 +4,34 @@
 #include <Corrade/Containers/Pointer.h>
 #include <VespermoorEditor/Utils/Template.h>
 
+#include "Failure.h"
+
 namespace VespermoorEngine::Host {
 
-/** @brief A compiled template and the file that it came from, for the messages about it. */
+/** @brief A compiled template with its path and its text, which messages about it need. */
 struct NamedTemplate {
     Containers::String path;
+    Containers::String source;
     Containers::Pointer<Template> compiled;
 };
 
-/** @brief Compiles the file @p path; throws @ref Failure with the reason. */
+/**
+ * @brief Compiles the file @p path.
+ *
+ * Throws @ref Failure with the system's reason, or with the place and the reason, in the form
+ * `title.tmpl:3:14: Syntax error: Unterminated template directive`.
+ */
 NamedTemplate readTemplate(Containers::StringView path);
 
-/**
- * @brief Compiles @p source, the text of the file @p path; throws @ref Failure with the reason.
- *
- * Takes a string, since the library wants to be told that its view is terminated, and Corrade's
- * view of a temporary string does not tell.
- */
-NamedTemplate compileTemplate(Containers::StringView path, const Containers::String& source);
+/** @brief Compiles @p source, the text of the file @p path; throws as @ref readTemplate(). */
+NamedTemplate compileTemplate(Containers::StringView path, Containers::String source);
 
-/** @brief Renders @p source; throws @ref Failure with the reason of the first failed directive. */
+/**
+ * @brief Renders @p source against @p scopes, the first of which that has a name decides its value.
+ *
+ * Throws @ref Failure with the place of the first directive that fails and the reason, in the form
+ * `title.tmpl:3:14: Undefined name user.name`.
+ */
 Containers::String render(NamedTemplate& source,
                           Containers::ArrayView<const Containers::Reference<JsonObject>> scopes);
 

@@ -1,5 +1,3 @@
-#include <chrono>
-#include <csignal>
 #include <fstream>
 
 #include <fcntl.h>
@@ -8,15 +6,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "Generator.h"
 #include "Program.h"
 #include "Support.h"
-#include "Unprivileged.h"
 
 namespace VespermoorEngine::Test {
 namespace {
 
 using namespace std::string_literals;
+using testing::EndsWith;
+using testing::HasSubstr;
 
 constexpr const char* manifest = R"({"outputs": [
     {"file": "whole.txt", "data": ["first.json", "second.json"], "template": "whole.tmpl"},
@@ -49,19 +47,20 @@ std::string content(const std::string& name) {
     return readFile("in/" + name);
 }
 
-/* Manifest of one file with the members. */
+/* Manifest of one output with the members. */
 std::string manifestOf(const std::string& members, const std::string& file = "whole.txt") {
     return R"({"outputs": [{"file": ")" + file + R"(", "data": ["first.json"], )" + members + "}]}";
 }
 
+const std::string program = VESPERMOOR_PROGRAM " generate ";
 const std::vector<std::string> watching{"generate", "--watch", "in/manifest.json"};
 
-void link(const std::string& target, const std::string& name) {
-    fs::remove(name);
-    fs::create_symlink(target, name);
+/* What a run prints, standard error first, and how it ends. */
+std::string generate(const std::string& options = "") {
+    return outputOf(program + options + " in/manifest.json 2>&1; echo \"exit $?\"");
 }
 
-/* A directory with a manifest that makes four files, one of them by its regions. */
+/* A directory with a manifest of four outputs, one of which has regions. */
 struct Project {
     Project() {
         save("manifest.json", manifest);
@@ -72,35 +71,34 @@ struct Project {
         save("key.tmpl", "{{ @key }}={{ id }};");
         save("value.tmpl", "({{ @value }})");
         save("region.txt", "1[a]old[/a]2[b]old[/b]3");
-        link("in", "link");
+        fs::create_symlink("in", "link");
     }
 
     const TemporaryDirectory directory;
     const ScopedCurrentDirectory current{directory.path()};
 };
 
+const std::string regionMade = "1[a](x)(y)[/a]2[b]first here\n[/b]3";
+
 TEST(Generate, MakesAndChecksWhatIsOutOfDate) {
     const Project project;
     save("list.txt", "<i><second>");
     const auto saved = fs::last_write_time("in/list.txt");
-    const std::string made = "1[a](x)(y)[/a]2[b]first here\n[/b]3";
+    const std::string wrote = "wrote in/whole.txt\nwrote in/keys.txt\nwrote in/region.txt\n";
     const struct {
-        std::vector<std::string> arguments;
-        int exitCode;
-        std::string output, region;
-    } runs[]{
-        // clang-format off
-        {{"generate", "--check", "in/manifest.json"}, 1, "out of date: in/whole.txt\n"
-         "out of date: in/keys.txt\nout of date: in/region.txt\n", "1[a]old[/a]2[b]old[/b]3"},
-        {{"generate", "in/manifest.json"}, 0,
-         "wrote in/whole.txt\nwrote in/keys.txt\nwrote in/region.txt\n", made},
-        {{"generate", "--check", "in/manifest.json"}, 0, "", made},
-        // clang-format on
+        const char* options;
+        std::string printed, region;
+    } rows[]{
+        {"--check",
+         "out of date: in/whole.txt\nout of date: in/keys.txt\nout of date: in/region.txt\nexit "
+         "1\n",
+         "1[a]old[/a]2[b]old[/b]3"},
+        {"--check --quiet", "exit 1\n", "1[a]old[/a]2[b]old[/b]3"},
+        {"", wrote + "exit 0\n", regionMade},
+        {"--check", "exit 0\n", regionMade},
     };
-    for (const auto& row : runs) {
-        const ProgramRun run = runProgram(row.arguments);
-        EXPECT_EQ(run.exitCode, row.exitCode);
-        EXPECT_EQ(run.output + run.error, row.output);
+    for (const auto& row : rows) {
+        EXPECT_EQ(generate(row.options), row.printed);
         EXPECT_EQ(content("region.txt"), row.region);
     }
     EXPECT_EQ(content("whole.txt"), "first here\n");
@@ -108,7 +106,7 @@ TEST(Generate, MakesAndChecksWhatIsOutOfDate) {
     EXPECT_EQ(fs::last_write_time("in/list.txt"), saved);
 }
 
-/* Makes a file from another one, which is listed later and reached through a link. */
+/* Makes an output from another one, which is listed later and named through a link. */
 void saveChain() {
     save("json.tmpl", R"({"name": "{{ name }}"})");
     save("each.tmpl", "{{ @key }}={{ @value }};");
@@ -117,135 +115,202 @@ void saveChain() {
         {"file": "made.json", "data": ["first.json"], "template": "json.tmpl"}]})");
 }
 
-TEST(Generate, MakesWhatAFileIsMadeFromFirst) {
+TEST(Generate, MakesAnOutputAfterThoseThatItIsMadeFrom) {
     const Project project;
     saveChain();
     for (const std::string name : {"first", "second"}) {
         save("first.json", first(name));
-        const ProgramRun check = runProgram({"generate", "--check", "in/manifest.json"});
-        EXPECT_EQ(check.output + check.error,
-                  "out of date: in/made.json\nout of date: in/last.txt\n");
-        const ProgramRun run = runProgram({"generate", "in/manifest.json"});
-        EXPECT_EQ(run.output + run.error, "wrote in/made.json\nwrote in/last.txt\n");
+        EXPECT_EQ(generate("--check"),
+                  "out of date: in/made.json\nout of date: in/last.txt\nexit 1\n");
+        EXPECT_EQ(generate(), "wrote in/made.json\nwrote in/last.txt\nexit 0\n");
         EXPECT_EQ(content("last.txt"), "name=" + name + ";");
     }
 }
 
-/* A pipe gives what it has to one reader only. Two files are made from each of these two. */
+/* A pipe can be read only once. Two outputs are made from each of these two. */
 TEST(Generate, ReadsAFileOnce) {
     const Project project;
     for (const std::string name : {"in/first.json", "in/whole.tmpl"}) {
         fs::rename(name, name + "~");
         ASSERT_EQ(mkfifo(name.data(), 0600), 0);
     }
-    const BackgroundProgram program{project.directory.path(), {"generate", "in/manifest.json"}};
+    const BackgroundProgram run{project.directory.path(), {"generate", "in/manifest.json"}};
     const ChildProcess writer{"cat in/first.json~ > in/first.json & "
                               "cat in/whole.tmpl~ > in/whole.tmpl"};
-    waitUntil([] { return content("region.txt") == "1[a](x)(y)[/a]2[b]first here\n[/b]3"; });
+    waitUntil([] { return content("region.txt") == regionMade; });
+}
+
+/* Has programs that are run from here on refused by file modes, also as root. */
+void dropPrivileges() {
+    prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
+    prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
 }
 
 TEST(Generate, WhatTheSystemRefusesIsOneLineAndLosesNothing) {
     const Project project;
+    dropPrivileges();
     save("keys.txt", "old");
-    link("/dev/full", "in/list.txt");
+    fs::create_symlink("/dev/full", "in/list.txt");
     fs::permissions("in", fs::perms{0555});
-    fs::permissions(project.directory.path(), fs::perms{0755});
-    const std::set<std::string> failures{
-        "in/keys.txt: Permission denied", "in/list.txt: No space left on device",
-        "in/region.txt: Permission denied", "in/whole.txt: Permission denied"};
-    EXPECT_EQ(unprivileged([&] {
-                  Host::Generator generator{"in/manifest.json"};
-                  return generator.update(Host::Generator::Mode::Write).failures == failures;
-              }),
-              true);
+    EXPECT_EQ(generate(), "vespermoor-utils: in/whole.txt: Permission denied\n"
+                          "vespermoor-utils: in/list.txt: No space left on device\n"
+                          "vespermoor-utils: in/keys.txt: Permission denied\n"
+                          "vespermoor-utils: in/region.txt: Permission denied\nexit 1\n");
     fs::permissions("in", fs::perms{0755});
     EXPECT_EQ(content("keys.txt"), "old");
-    EXPECT_EQ(outputOf(VESPERMOOR_PROGRAM " generate in/manifest.json 2>&1 >/dev/full"),
+    EXPECT_EQ(outputOf(program + "in/manifest.json 2>&1 >/dev/full"),
               "vespermoor-utils: in/list.txt: No space left on device\n"
               "vespermoor-utils: standard output: No space left on device\n");
 }
 
-/* Manifest of a file with one region. */
-std::string regionBetween(const char* const start, const char* const end) {
-    return manifestOf(R"("regions": [{"template": "whole.tmpl", "start": ")"s + start +
-                          R"(", "end": ")" + end + R"("}])",
-                      "region.txt");
-}
-
-const std::string lists = "wrote in/list.txt\nwrote in/keys.txt\n";
-const std::string allButRegion = "wrote in/whole.txt\n" + lists;
-constexpr const char* json = "manifest.json";
-
-TEST(Generate, SaysWhereAFailureIsAndLosesNothing) {
+/* Each failed output has a line of its own; the others are made. */
+TEST(Generate, NamesTheInputAtFaultAndEachOutput) {
+    const std::vector<std::string> outputs{"whole", "list", "keys", "region"};
     const struct {
-        const char* file;
-        std::string content;
-        const char* reason;
-        /* What is made all the same. */
-        std::string wrote;
+        std::string file, content, reason;
+        std::vector<std::string> failed;
     } rows[]{
-        // clang-format off
-        {"first.json", "{\"name\": \"fir",
-         ":1:14: Missing a closing quotation mark in string", lists},
-        {"whole.tmpl", "{{ nothing }}", ": Undefined name nothing", lists},
-        {"whole.tmpl", "", ": The template is empty", lists},
-        {"whole.tmpl", "a\0b"s, ": Contains a zero byte", lists},
-        {"region.txt", "1[a][/a]2", ": missing tag '[b]'", allButRegion},
-        {"region.txt", "[a][b][/a][/b]",
-         ": overlapping tags: '[/a]' should appear before '[b]'", allButRegion},
-        {"first.json", R"({"name": "first", "only": "here"})", ": Nothing at /words", allButRegion},
-        {"first.json", R"({"name": "first", "only": "here", "words": 1})",
-         ": Neither an array nor an object at /words", allButRegion},
-        {json, "[]", ": Not an object", ""}, {json, "{}", ": Missing member outputs", ""},
-        {json, R"({"outputs": [], "x": 1})", ": Unknown member x", ""},
-        {json, R"({"a\nb": 1})", ": Unknown member a\\x0ab", ""},
-        {json, R"({"outputs": [], "outputs": []})", ": Member outputs twice", ""},
-        {json, R"({"outputs": [{"file": 1}]})", ": /outputs/0/file: Not a string", ""},
-        {json, R"({"outputs": [{"file": ""}]})", ": /outputs/0/file: Empty path", ""},
-        {json, R"({"outputs": [{"file": "a\nb"}]})",
-         ": /outputs/0/file: Control byte in a path", ""},
-        {json, R"({"outputs": [{"file": "a", "data": 1}]})", ": /outputs/0/data: Not an array", ""},
-        {json, manifestOf(R"("template": "a", "regions": [])"),
-         ": /outputs/0: Takes either template or regions", ""},
-        {json, manifestOf(R"("regions": [])"), ": /outputs/0: Has no regions", ""},
-        {json, manifestOf(R"("regions": [{"tag": 1}])"),
-         ": /outputs/0/regions/0: Unknown member tag", ""},
-        {json, regionBetween("[a]", ""), ": /outputs/0/regions/0/end: Empty tag", ""},
-        {json, manifestOf(R"("template": "a", "each": "#/items")"),
-         ": /outputs/0/each: No JSON Pointer", ""},
-        {json, manifestOf(R"("template": "a"},
-         {"file": "../link/x/../whole.txt", "data": [], "template": "a")"),
-         ": /outputs/1: Another output is the same file", ""},
-        {json, manifestOf(R"("template": "a")", "x/../manifest.json"),
-         ": /outputs/0: Is the manifest itself", ""},
-        {json, manifestOf(R"("template": "../link/whole.txt")"), ": /outputs/0: Is a template", ""},
-        {json, manifestOf(R"("template": "a"},
-         {"file": "first.json", "data": ["../link/whole.txt", "second.json"], "template": "a")"),
-         ": /outputs/0: Made from itself: in/whole.txt from in/first.json from in/whole.txt", ""},
-        // clang-format on
+        {"first.json",
+         "{\"name\": \"fir",
+         ":1:14: Missing a closing quotation mark in string",
+         {"whole", "region"}},
+        {"whole.tmpl", "{{ nothing }}", ":1:1: Undefined name nothing", {"whole", "region"}},
+        {"whole.tmpl", "", ": The template is empty", {"whole", "region"}},
+        {"first.json", R"({"name": "first", "only": "here"})", ": Nothing at /words", {"region"}},
+        {"first.json",
+         R"({"name": "first", "only": "here", "words": 1})",
+         ": Neither an array nor an object at /words",
+         {"region"}},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.reason);
         const Project project;
-        save("whole.txt", "old");
         save(row.file, row.content);
-        const std::string region = content("region.txt");
-        const ProgramRun run = runProgram({"generate", "in/manifest.json"});
-        EXPECT_EQ(run.exitCode, 1);
-        EXPECT_EQ(run.error, std::string{"vespermoor-utils: in/"} + row.file + row.reason + '\n');
-        EXPECT_EQ(run.output, row.wrote);
-        EXPECT_EQ(content("whole.txt"), row.wrote.find("whole") + 1 ? "first here\n" : "old");
-        EXPECT_EQ(content("region.txt"), region);
-        EXPECT_EQ(fs::exists("in/list.txt"), !row.wrote.empty());
+        std::string failures, wrote;
+        for (const std::string& name : outputs) {
+            const bool fails = std::count(row.failed.begin(), row.failed.end(), name) != 0;
+            const std::string output = "in/" + name + ".txt";
+            (fails ? failures : wrote) +=
+                fails ? "vespermoor-utils: in/" + row.file + row.reason + ", for " + output + '\n'
+                      : "wrote " + output + '\n';
+        }
+        EXPECT_EQ(generate(), failures + wrote + "exit 1\n");
+        EXPECT_THAT(generate("--check"), EndsWith("exit 2\n"));
+        EXPECT_EQ(fs::exists("in/whole.txt"), row.failed.front() != "whole");
     }
 }
 
-/* Each would give another file with every run, and an error for `tags` with the same regions. */
-TEST(Generate, RegionsThatWouldChangeAgainAreRefused) {
+TEST(Generate, NamesThePlaceInATemplate) {
     const Project project;
+    save("manifest.json", manifestOf(R"("template": "t")"));
+    const std::string unterminated = "Syntax error: Unterminated template directive";
+    const std::pair<std::string, std::string> rows[]{
+        {"a\n{{ name }}{{ x }}{{ x }}", "2:11: Undefined name x"},
+        {"{{ if name == 'z' }}{{ x }}{{ end }}\n{{ x == y }}",
+         "2:1: Undefined name x; Undefined name y"},
+        {"{{ 'x }}", "1:1: Unterminated string literal"},
+        {"{{ name }}\n{{ name }} {{ name", "2:12: " + unterminated},
+        {"{{ name }}{{ \t}}{{ x }}", "1:11: " + unterminated},
+        {"a\0b"s, "1:2: Contains a zero byte"},
+        /* Every condition is false but the second one of the second row. */
+        {"{{ if name == 'z' }}a{{ end }}\n {{ if name == 'z' }}{{ name }}", "2:2: Missing 'end'"},
+        {"{{ if name == 'z' }}{{ end }}{{ if name == name }}\n{{ if name == 'z' }}b",
+         "2:1: Missing 'end'"},
+        {"{{ if name == name }}a{{ else }}",
+         "1:23: Undefined name else (templates have no else; write a second if)"},
+        {"{{ words }}", "1:1: Unsupported type for words "
+                        "(integers, null, arrays and objects have no text; write a string)"},
+    };
+    for (const auto& [source, reason] : rows) {
+        save("t", source);
+        EXPECT_EQ(generate(), "vespermoor-utils: in/t:" + reason + ", for in/whole.txt\nexit 1\n");
+    }
+}
+
+TEST(Generate, NamesTheElement) {
+    const Project project;
+    save("manifest.json", manifestOf(R"("template": "item.tmpl", "each": "/e")"));
+    const std::pair<const char*, const char*> rows[]{
+        {R"({"e": [{"name": "1"}, {"id": "2"}]})", "/e/1"},
+        {R"({"e": {"a": {"name": "1"}, "/~": {}}})", "/e/~1~0"},
+    };
+    for (const auto& [data, element] : rows) {
+        save("first.json", data);
+        EXPECT_EQ(generate(), "vespermoor-utils: in/item.tmpl:1:2: Undefined name name, for "
+                              "in/whole.txt, element "s +
+                                  element + " of in/first.json\nexit 1\n");
+    }
+}
+
+/* A file that is no JSON can still be a template, in whichever order it is needed. */
+TEST(Generate, KeepsFailuresByKind) {
+    const Project project;
+    const std::string data = R"({"file": "a", "data": ["item.tmpl"], "template": "key.tmpl"})";
+    const std::string source = R"({"file": "b", "data": ["first.json"], "template": "item.tmpl"})";
+    for (const std::string& outputs : {data + "," + source, source + "," + data}) {
+        save("manifest.json", R"({"outputs": [)" + outputs + "]}");
+        EXPECT_EQ(generate(), "vespermoor-utils: in/item.tmpl:1:1: Invalid value, for in/a\n"
+                              "wrote in/b\nexit 1\n");
+        fs::remove("in/b");
+    }
+}
+
+/* Manifest of an output with one region. */
+std::string regionBetween(const std::string& start, const std::string& end) {
+    return manifestOf(R"("regions": [{"template": "whole.tmpl", "start": ")" + start +
+                          R"(", "end": ")" + end + R"("}])",
+                      "region.txt");
+}
+
+TEST(Generate, RefusesAManifestAsAWhole) {
+    const std::pair<std::string, std::string> rows[]{
+        {"[]", "Not an object"},
+        {"{}", "Missing member outputs"},
+        {R"({"outputs": [], "x": 1})", "Unknown member x"},
+        {R"({"a\nb": 1})", "Unknown member a\\x0ab"},
+        {R"({"outputs": [], "outputs": []})", "Member outputs twice"},
+        {R"({"outputs": [{"file": 1}]})", "/outputs/0/file: Not a string"},
+        {R"({"outputs": [{"file": ""}]})", "/outputs/0/file: Empty path"},
+        {R"({"outputs": [{"file": "a\nb"}]})", "/outputs/0/file: Control byte in a path"},
+        {R"({"outputs": [{"file": "a", "data": 1}]})", "/outputs/0/data: Not an array"},
+        {manifestOf(R"("template": "a", "regions": [])"),
+         "/outputs/0: Takes either template or regions"},
+        {manifestOf(R"("template": "a", "separator": "")"),
+         "/outputs/0: Takes separator only beside each"},
+        {manifestOf(R"("regions": [], "separator": "")"),
+         "/outputs/0: Takes separator only beside template"},
+        {manifestOf(R"("regions": [])"), "/outputs/0: Has no regions"},
+        {manifestOf(R"("regions": [{"tag": 1}])"), "/outputs/0/regions/0: Unknown member tag"},
+        {regionBetween("[a]", ""), "/outputs/0/regions/0/end: Empty tag"},
+        {manifestOf(R"("template": "a", "each": "#/items")"), "/outputs/0/each: No JSON Pointer"},
+        {manifestOf(R"("template": "a"},
+                       {"file": "../link/x/../whole.txt", "data": [], "template": "a")"),
+         "/outputs/1: Another output is the same file"},
+        {manifestOf(R"("template": "a")", "x/../manifest.json"),
+         "/outputs/0: Is the manifest itself"},
+        {manifestOf(R"("template": "../link/whole.txt")"), "/outputs/0: Is a template"},
+        {manifestOf(R"("template": "a"}, {"file": "first.json", "template": "a",
+                       "data": ["../link/whole.txt", "second.json"])"),
+         "/outputs/0: Made from itself: in/whole.txt from in/first.json from in/whole.txt"},
+    };
+    const Project project;
+    for (const auto& [text, reason] : rows) {
+        save("manifest.json", text);
+        const std::string error = "vespermoor-utils: in/manifest.json: " + reason + "\nexit ";
+        EXPECT_EQ(generate(), error + "1\n");
+        EXPECT_EQ(generate("--check"), error + "2\n");
+    }
+}
+
+/* The last five would give another file with every run. `tags` refuses them too. */
+TEST(Generate, RefusesRegions) {
+    const Project project;
+    save("content", "first here\n");
     const struct {
         const char *text, *start, *end, *reason;
     } rows[]{
+        {"1[b]2", "[a]", "[/a]", "missing tag '[a]'"},
+        {"1[a]2", "[a]", "[/a]", "missing tag '[/a]'"},
         {"1[b]old here", "[b]", "[b]", "start tag and end tag are both '[b]'"},
         {"1[b]old here", "old", "[b]", "end tag '[b]' is not after start tag 'old'"},
         {"1[b]old here", "[b]ol", "ld", "end tag 'ld' is not after start tag '[b]ol'"},
@@ -253,16 +318,14 @@ TEST(Generate, RegionsThatWouldChangeAgainAreRefused) {
         {"1[b]]first", "[b]", "]first",
          "the new content would form a tag with the text next to it"},
     };
-    save("content", "first here\n");
     for (const auto& row : rows) {
         save("region.txt", row.text);
         save("manifest.json", regionBetween(row.start, row.end));
         const std::string error = "vespermoor-utils: in/region.txt: "s + row.reason + '\n';
-        EXPECT_EQ(runProgram({"generate", "in/manifest.json"}).error, error);
-        EXPECT_EQ(runProgram({"tags", "in/region.txt", "--output", "in/region.txt", "--region",
-                              row.start, row.end, "in/content"})
-                      .error,
-                  error);
+        EXPECT_EQ(generate(), error + "exit 1\n");
+        const ProgramRun tags = runProgram({"tags", "in/region.txt", "--output", "in/region.txt",
+                                            "--region", row.start, row.end, "in/content"});
+        EXPECT_EQ(tags.error, error);
         EXPECT_EQ(content("region.txt"), row.text);
     }
 }
@@ -270,8 +333,8 @@ TEST(Generate, RegionsThatWouldChangeAgainAreRefused) {
 TEST(Generate, RegionsKeepTheLineEndsOfTheirFile) {
     const Project project;
     save("value.tmpl", "{{ @value }}\r\n");
-    save("manifest.json", manifestOf(R"("regions": [
-        {"start": "[a]\n", "end": "[/a]", "template": "value.tmpl", "each": "/words"}])",
+    save("manifest.json", manifestOf(R"("regions": [{"start": "[a]\n", "end": "[/a]",
+                                         "template": "value.tmpl", "each": "/words"}])",
                                      "region.txt"));
     const std::pair<const char*, const char*> rows[]{
         {"1\r\n[a]\r\nold[/a]\n2", "1\r\n[a]\r\nx\r\ny\r\n[/a]\n2"},
@@ -279,106 +342,227 @@ TEST(Generate, RegionsKeepTheLineEndsOfTheirFile) {
     };
     for (const auto& [before, after] : rows) {
         save("region.txt", before);
-        EXPECT_EQ(runProgram({"generate", "in/manifest.json"}).error, "");
+        EXPECT_EQ(generate("--quiet"), "exit 0\n");
         EXPECT_EQ(content("region.txt"), after);
     }
 }
 
+TEST(Generate, SeparatesElementsAndMakesDirectories) {
+    const Project project;
+    save("manifest.json",
+         manifestOf(R"("template": "value.tmpl", "each": "/words", "separator": ",\n")", "a/b/c"));
+    EXPECT_EQ(generate(), "wrote in/a/b/c\nexit 0\n");
+    EXPECT_EQ(content("a/b/c"), "(x),\n(y)");
+}
+
+/* What `command` prints on a terminal. */
+std::string onTerminal(const std::string& command) {
+    return outputOf("script -qec '" + command + "' /dev/null");
+}
+
+TEST(Generate, ShowsWhatWouldChange) {
+    const Project project;
+    save("manifest.json", manifestOf(R"("template": "t")"));
+    std::string old = "1\n2\n3\n4\n5\n6\n7\n8\n9\n10\n11\n12\n", made = old;
+    save("whole.txt", old.replace(old.find("12"), 2, "old"));
+    save("t", "0\n" + made.replace(made.find("3\n"), 2, "{{ name }}") + "end");
+    const std::string hunks = "@@ -1,7 +1,7 @@\n+0\n 1\n 2\n-3\n-4\n+first4\n 5\n 6\n 7\n"
+                              "@@ -9,4 +9,5 @@\n 9\n 10\n 11\n-old\n+12\n+end\n"
+                              "\\ No newline at end of file\n";
+    EXPECT_EQ(generate("--check --diff"), "out of date: in/whole.txt\n--- in/whole.txt\n"
+                                          "+++ in/whole.txt\n" +
+                                              hunks + "exit 1\n");
+    const std::string check = program + "--check --diff in/manifest.json";
+    EXPECT_THAT(onTerminal(check), HasSubstr("\x1b[31m-old\x1b[m\r\n\x1b[32m+12\x1b[m\r\n"));
+    EXPECT_THAT(onTerminal("NO_COLOR=1 " + check), HasSubstr("\r\n-old\r\n+12\r\n"));
+}
+
+/* The data of the second output comes after half a second. */
+TEST(Generate, CountsOutputsOnATerminalWhileItTakesAWhile) {
+    const Project project;
+    fs::rename("in/second.json", "in/data");
+    ASSERT_EQ(mkfifo("in/second.json", 0600), 0);
+    const ChildProcess writer{"sleep 0.5; exec cat in/data > in/second.json"};
+    EXPECT_THAT(onTerminal(program + "in/manifest.json"),
+                HasSubstr("\r1 of 4 outputs\x1b[K\r\x1b[Kwrote in/whole.txt"));
+}
+
+/* The second run of the tool finds nothing to do, a changed input and a deleted output cause a run.
+ */
+TEST(Generate, TellsBuildToolsTheInputs) {
+    const struct {
+        std::string file, text, command, idle;
+    } rows[]{
+        {"build.ninja",
+         "rule g\n command = " + program +
+             "--depfile d $in\n depfile = d\n restat = 1\n"
+             "build in/o$ o: g in/manifest.json\n",
+         "ninja", "ninja: no work to do.\n"},
+        {"Makefile",
+         "stamp: ; @" + program + "--depfile d --stamp stamp in/manifest.json\n-include d\n",
+         "make", "make: 'stamp' is up to date.\n"},
+    };
+    for (const auto& row : rows) {
+        const Project project;
+        save("manifest.json", manifestOf(R"("template": "a #b")", "o o"));
+        writeFile(project.directory / row.file, row.text);
+        for (const std::string text : {"first", "second"}) {
+            save("a #b", text);
+            EXPECT_THAT(outputOf(row.command + " 2>&1"), HasSubstr("wrote in/o o\n"));
+            EXPECT_EQ(content("o o"), text);
+            EXPECT_EQ(outputOf(row.command + " 2>&1"), row.idle);
+        }
+        save("first.json", first("other"));
+        outputOf(row.command);
+        EXPECT_EQ(outputOf(row.command + " 2>&1"), row.idle);
+    }
+}
+
+/* A change by a shell command, and a file with the content that follows from it. */
 struct Step {
-    void (*change)();
-    /* What comes of it: a file that gets this content. */
-    std::string file, content;
+    std::string command, file, content;
 };
+
+/* The shell command that saves the text, which has no single quote. */
+std::string saving(const std::string& file, const std::string& text) {
+    return "mkdir -p $(dirname " + file + ") && printf %s '" + text + "' > " + file;
+}
 
 struct WatchRow {
     const char* name;
-    void (*prepare)();
-    /* Printed when it is ready. */
-    std::string errors;
+    std::string prepare;
+    /* Printed to standard error when it is ready. */
+    std::string ready;
     std::vector<Step> steps;
 };
 
-/* Lets what is run from here on be refused what the modes say, also where it is run by root. */
-void dropPrivileges() {
-    prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
-    prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
-}
+const std::string lists = "wrote in/list.txt\nwrote in/keys.txt\n";
+const std::string allButRegion = "wrote in/whole.txt\n" + lists;
+const std::string noSecond = "vespermoor-utils: in/second.json: No such file or directory, for in/";
+const std::string lostSecond = "watching 1 directories\n" + noSecond + "whole.txt\n" + noSecond +
+                               "list.txt\n" + noSecond + "keys.txt\n";
 
-const WatchRow changes[]{
-    // clang-format off
-    {"saves", [] {}, "watching 1 directories\n", {
-     {[] { replace("item.tmpl", "[{{ name }}]"); }, "list.txt", "[i][second]"},
-     {[] { fs::remove("in/second.json"); }, "../program.error",
-      "watching 1 directories\nvespermoor-utils: in/second.json: No such file or directory\n"},
-     {[] { replace("manifest.json", "{"); }, "../program.error",
-      "watching 1 directories\nvespermoor-utils: in/second.json: No such file or directory\n"
-      "vespermoor-utils: in/manifest.json:1:2: Missing a name for object member\n"},
-     {[] { save("second.json", second("back")); }, "list.txt", "[back][second]"},
-     {[] { save("first.json", R"({"words": [], "name": "first", "only": "here"})"); },
-      "region.txt", "1[a][/a]2[b]first here\n[/b]3"},
-     {[] {}, "../program.output", "wrote in/whole.txt\nwrote in/list.txt\nwrote in/keys.txt\n"
-      "wrote in/region.txt\nwrote in/list.txt\nwrote in/list.txt\nwrote in/region.txt\n"}}},
-    {"save by another name, of the same size and time", [] {
-      fs::create_directory("z"); fs::create_hard_link("in/first.json", "z/other"); },
-     "watching 1 directories\n", {
-     {[] { const auto time = fs::last_write_time("z/other"); writeFile("z/other", first("other"));
-      fs::last_write_time("z/other", time); }, "whole.txt", "other here\n"}}},
-    {"output with regions that is mended", [] { save("region.txt", "1[a][/a]2"); },
-     "vespermoor-utils: in/region.txt: missing tag '[b]'\nwatching 1 directories\n", {
-     {[] { save("region.txt", "[a][/a][b][/b]"); },
-      "region.txt", "[a](x)(y)[/a][b]first here\n[/b]"},
-     {[] { save("value.tmpl", "{{ @value }}"); }, "region.txt", "[a]xy[/a][b]first here\n[/b]"},
-     {[] {}, "../program.output", allButRegion + "wrote in/region.txt\nwrote in/region.txt\n"}}},
-    {"file and directory that may not be read", [] { dropPrivileges(); writeFile("closed/t", "1");
-      save("manifest.json", manifestOf(R"("template": "../closed/t")")); chmod("closed/t", 0);
-      chmod("closed", 0300); },
-     "watching 1 directories\n", {
-     {[] { chmod("closed/t", 0600); }, "whole.txt", "1"},
-     {[] { writeFile("closed/t", "22"); }, "whole.txt", "22"},
-     {[] { chmod("closed", 0700); }, "../program.error", "vespermoor-utils: in/../closed/t: "
-      "Permission denied\nwatching 1 directories\n"}}},
-    {"file made from a generated one", saveChain, "watching 1 directories\n", {
-     {[] { save("first.json", first("second")); }, "last.txt", "name=second;"},
-     {[] { save("each.tmpl", "{{ @value }}"); }, "last.txt", "second"},
-     {[] {}, "../program.error", "watching 1 directories\n"},
-     {[] {}, "../program.output", "wrote in/made.json\nwrote in/last.txt\n"
-      "wrote in/made.json\nwrote in/last.txt\nwrote in/last.txt\n"}}},
-    {"directory that does not exist, and is not looked for in all that lies above it",
-     [] { save("manifest.json", manifestOf(R"("template": "../none/late/t")"));
-      writeFile("a/b/c", ""); }, "vespermoor-utils: in/../none/late/t: No such file or directory\n"
-     "watching 1 directories\n", {{[] { writeFile("none/late/t", "late"); }, "whole.txt", "late"},
-     {[] { fs::remove_all("none"); writeFile("none/late/t", "again"); }, "whole.txt", "again"},
-     {[] { writeFile("none/late/t", "last"); }, "whole.txt", "last"}}},
-    {"links that come to lead elsewhere", [] { writeFile("z/t", "old");
-      writeFile("z/b/json", first("1")); link("../z", "in/a"); link("a/b/json", "in/first.json");
-      writeFile("z/m", manifestOf(R"("template": "a/t")")); link("../z/m", "in/manifest.json"); },
-     " directories\n", {
-     {[] { writeFile("z/t", "z{{ name }}"); }, "whole.txt", "z1"},
-     {[] { writeFile("z/b/json", first("2")); }, "whole.txt", "z2"},
-     {[] { writeFile("y/b/json", first("3")); writeFile("y/t", "y{{ name }}");
-      link("../y", "in/a"); }, "whole.txt", "y3"},
-     {[] { writeFile("y/b/json", first("4")); }, "whole.txt", "y4"},
-     {[] { writeFile("x/json", first("5")); link("../x/json", "in/first.json"); },
-      "whole.txt", "y5"},
-     {[] { writeFile("x/json", first("6")); }, "whole.txt", "y6"},
-     {[] { writeFile("z/m", manifestOf(R"("template": "a/t")", "new.txt")); }, "new.txt", "y6"}}},
-    // clang-format on
+const WatchRow watchRows[]{
+    {"saves",
+     "",
+     "watching 1 directories\n",
+     {{saving("in/t", "[{{ name }}]") + " && mv in/t in/item.tmpl", "in/list.txt", "[i][second]"},
+      {"rm in/second.json", "program.error", lostSecond},
+      {"echo { > in/m && mv in/m in/manifest.json", "program.error",
+       lostSecond + "vespermoor-utils: in/manifest.json:2:1: Missing a name for object member\n"},
+      {saving("in/second.json", second("back")), "in/list.txt", "[back][second]"},
+      {saving("in/first.json", R"({"words": [], "name": "first", "only": "here"})"),
+       "in/region.txt", "1[a][/a]2[b]first here\n[/b]3"},
+      {"", "program.output",
+       allButRegion + "wrote in/region.txt\nwrote in/list.txt\nwrote in/list.txt\n"
+                      "wrote in/region.txt\n"}}},
+    {"save by another name, of the same size and time",
+     "mkdir z && ln in/first.json z/other",
+     "watching 1 directories\n",
+     {{"touch -r z/other z/time && " + saving("z/other", first("other")) +
+           " && touch -r z/time z/other",
+       "in/whole.txt", "other here\n"}}},
+    {"output with regions that is mended",
+     saving("in/region.txt", "1[a][/a]2"),
+     "vespermoor-utils: in/region.txt: missing tag '[b]'\nwatching 1 directories\n",
+     {{saving("in/region.txt", "[a][/a][b][/b]"), "in/region.txt",
+       "[a](x)(y)[/a][b]first here\n[/b]"},
+      {saving("in/value.tmpl", "{{ @value }}"), "in/region.txt", "[a]xy[/a][b]first here\n[/b]"},
+      {"", "program.output", allButRegion + "wrote in/region.txt\nwrote in/region.txt\n"}}},
+    {"outputs that are edited, and deleted with their directory",
+     saving("in/manifest.json", manifestOf(R"("template": "item.tmpl")", "a/b/c")),
+     "watching 1 directories\n",
+     {{"echo edited > in/a/b/c", "in/a/b/c", "<first>"},
+      {"rm -r in/a", "in/a/b/c", "<first>"},
+      {"", "program.output", "wrote in/a/b/c\nwrote in/a/b/c\nwrote in/a/b/c\n"}}},
+    {"file and directory that may not be read",
+     saving("closed/t", "1") + " && chmod 0 closed/t && chmod 0300 closed && " +
+         saving("in/manifest.json", manifestOf(R"("template": "../closed/t")")),
+     "watching 1 directories\n",
+     {{"chmod 0600 closed/t", "in/whole.txt", "1"},
+      {"printf 22 > closed/t", "in/whole.txt", "22"},
+      {"chmod 0700 closed", "program.error",
+       "vespermoor-utils: in/../closed/t: Permission denied, for in/whole.txt\n"
+       "watching 1 directories\n"}}},
+    {"directory that does not exist, and is not looked for in all directories above it",
+     saving("in/manifest.json", manifestOf(R"("template": "../none/late/t")")) +
+         " && mkdir -p a/b/c",
+     "No such file or directory, for in/whole.txt\nwatching 1 directories\n",
+     {{saving("none/late/t", "late"), "in/whole.txt", "late"},
+      {"rm -r none && " + saving("none/late/t", "again"), "in/whole.txt", "again"},
+      {"printf last > none/late/t", "in/whole.txt", "last"}}},
+    {"links that come to lead elsewhere",
+     saving("z/t", "old") + " && " + saving("z/b/json", first("1")) + " && " +
+         saving("z/m", manifestOf(R"("template": "a/t")")) +
+         " && ln -sfn ../z in/a && ln -sf a/b/json in/first.json && ln -sf ../z/m in/manifest.json",
+     " directories\n",
+     {{saving("z/t", "z{{ name }}"), "in/whole.txt", "z1"},
+      {saving("z/b/json", first("2")), "in/whole.txt", "z2"},
+      {saving("y/b/json", first("3")) + " && " + saving("y/t", "y{{ name }}") +
+           " && ln -sfn ../y in/a",
+       "in/whole.txt", "y3"},
+      {saving("y/b/json", first("4")), "in/whole.txt", "y4"},
+      {saving("x/json", first("5")) + " && ln -sf ../x/json in/first.json", "in/whole.txt", "y5"},
+      {saving("x/json", first("6")), "in/whole.txt", "y6"},
+      {saving("z/m", manifestOf(R"("template": "a/t")", "new.txt")), "in/new.txt", "y6"}}},
 };
 
-TEST(Generate, MakesAnewWhatDependsOnAChange) {
-    for (const WatchRow& row : changes) {
+void expectSteps(const BackgroundProgram& running, const WatchRow& row) {
+    waitUntil([&] { return running.error().find(row.ready) != std::string::npos; });
+    for (const Step& step : row.steps) {
+        outputOf(step.command);
+        waitUntil([&] { return fs::exists(step.file) && readFile(step.file) == step.content; });
+    }
+}
+
+TEST(Generate, WatchMakesAnewWhatDependsOnAChange) {
+    dropPrivileges();
+    for (const WatchRow& row : watchRows) {
         SCOPED_TRACE(row.name);
         const Project project;
-        row.prepare();
-        BackgroundProgram program{project.directory.path(), watching};
-        waitUntil([&] { return program.error().find(row.errors) != std::string::npos; });
-        for (const Step& step : row.steps) {
-            const std::string file = "in/" + step.file;
-            step.change();
-            waitUntil([&] { return fs::exists(file) && readFile(file) == step.content; });
-        }
-        EXPECT_EQ(program.stop({SIGTERM}), 0);
+        outputOf(row.prepare);
+        BackgroundProgram running{project.directory.path(), watching};
+        expectSteps(running, row);
+        EXPECT_EQ(running.stop({SIGTERM}), 0);
     }
+}
+
+TEST(Generate, WatchFollowsGeneratedData) {
+    const Project project;
+    saveChain();
+    BackgroundProgram running{project.directory.path(), watching};
+    const std::string chain = "wrote in/made.json\nwrote in/last.txt\n";
+    expectSteps(running,
+                {"",
+                 "",
+                 "watching 1 directories\n",
+                 {{saving("in/first.json", first("second")), "in/last.txt", "name=second;"},
+                  {saving("in/each.tmpl", "{{ @value }}"), "in/last.txt", "second"},
+                  {"", "program.output", chain + chain + "wrote in/last.txt\n"},
+                  {"", "program.error", "watching 1 directories\n"}}});
+}
+
+TEST(Generate, PollTakesNoKernelWatches) {
+    const Project project;
+    const ChildProcess running{"echo $$ > id; exec " + program +
+                               "--watch --poll in/manifest.json > program.output 2> program.error"};
+    waitUntil([] {
+        return fs::exists("program.error") &&
+               readFile("program.error") == "comparing the files once a second\n";
+    });
+    EXPECT_EQ(outputOf("cat /proc/$(cat id)/fdinfo/* | grep -c 'inotify wd'"), "0\n");
+    save("item.tmpl", "[{{ name }}]");
+    waitUntil([] { return content("list.txt") == "[i][second]"; });
+}
+
+/* The template is replaced without a pause that is as long as a tick. */
+TEST(Generate, WatchDoesNotWaitForTheEndOfSavesThatNeverEnd) {
+    const Project project;
+    const BackgroundProgram running{project.directory.path(), watching};
+    waitUntil([&] { return !running.error().empty(); });
+    const ChildProcess writer{
+        "while :; do i=$((i + 1)); echo $i > in/t; mv in/t in/item.tmpl; done"};
+    waitUntil([&] { return running.output().rfind("wrote in/list.txt") > allButRegion.size(); });
 }
 
 /* A pipe holds up the reading of the manifest for as long as it takes to save another one. */
@@ -386,7 +570,7 @@ TEST(Generate, AManifestSavedWhileItIsReadIsNotLost) {
     const Project project;
     fs::remove("in/manifest.json");
     ASSERT_EQ(mkfifo("in/manifest.json", 0600), 0);
-    BackgroundProgram program{project.directory.path(), watching};
+    BackgroundProgram running{project.directory.path(), watching};
     for (const std::string file : {"at the start", "later"}) {
         int pipe = -1;
         waitUntil([&] { return (pipe = open("in/manifest.json", O_WRONLY | O_NONBLOCK)) != -1; });
@@ -399,27 +583,27 @@ TEST(Generate, AManifestSavedWhileItIsReadIsNotLost) {
     }
 }
 
-/* A test that is held up for longer than a tick makes two bursts of one, and tries again. */
+/* Tries again if it is held up for longer than a tick, which makes two bursts of one. */
 TEST(Generate, ABurstOfSavesIsOneGeneration) {
     const Project project;
     runProgram({"generate", "in/manifest.json"});
     int saves = 0;
     waitUntil([&] {
-        BackgroundProgram program{project.directory.path(), watching};
-        waitUntil([&] { return !program.error().empty(); });
+        BackgroundProgram running{project.directory.path(), watching};
+        waitUntil([&] { return !running.error().empty(); });
         const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds{200};
         for (int i = 0; i < 50 || std::chrono::steady_clock::now() < end; ++i) {
             replace("item.tmpl", std::to_string(++saves) + ';');
         }
         const std::string last = std::to_string(saves) + ';';
         waitUntil([&] { return content("list.txt") == last + last; });
-        return program.stop({SIGTERM}) == 0 && program.output() == "wrote in/list.txt\n";
+        return running.stop({SIGTERM}) == 0 && running.output() == "wrote in/list.txt\n";
     });
 }
 
 /* Another process truncates and rewrites, replaces and deletes the data and replaces the manifest,
-   all of it behind a link, a thousand saves in all. A reader sees nothing but whole outputs, also
-   one that opened an output before it was replaced. */
+   a thousand saves in a directory behind a link. A reader only sees whole outputs, also one that
+   opened an output before it was replaced. */
 TEST(Generate, NoOutputIsEverSeenHalfWritten) {
     const Project project;
     const std::string only(20000, 'x');
@@ -427,8 +611,8 @@ TEST(Generate, NoOutputIsEverSeenHalfWritten) {
     save("whole.txt", output(-1));
     save("first.json", first("-1", only));
     fs::rename("in", "z");
-    link("z", "in");
-    BackgroundProgram program{project.directory.path(), watching};
+    fs::create_symlink("z", "in");
+    BackgroundProgram running{project.directory.path(), watching};
     for (int burst = 0; burst != 1000 && !HasFatalFailure(); burst += 100) {
         std::ifstream opened{"in/whole.txt"};
         ChildProcess writer{[&] {
@@ -448,7 +632,7 @@ TEST(Generate, NoOutputIsEverSeenHalfWritten) {
         });
         EXPECT_EQ(std::string(std::istreambuf_iterator<char>{opened}, {}), output(burst - 1));
     }
-    EXPECT_EQ(program.stop({SIGTERM}), 0);
+    EXPECT_EQ(running.stop({SIGTERM}), 0);
 }
 
 } // namespace

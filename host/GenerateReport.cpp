@@ -1,0 +1,82 @@
+#include "GenerateReport.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+#include <unistd.h>
+
+#include <Corrade/Containers/StringStl.h>
+
+#include "Failure.h"
+#include "Files.h"
+#include "LineDiff.h"
+
+namespace VespermoorEngine::Host {
+
+namespace {
+
+/* Time before the first count, so that short updates show none, and between two counts. */
+constexpr std::chrono::milliseconds firstCountAfter{300};
+constexpr std::chrono::milliseconds countEvery{100};
+
+/* NO_COLOR is the convention of https://no-color.org. */
+bool wantsColor() {
+    const char* const refused = std::getenv("NO_COLOR");
+    return isatty(STDOUT_FILENO) && !(refused && *refused);
+}
+
+} // namespace
+
+GenerateReport::GenerateReport(std::string verb, const bool quiet)
+    : verb{std::move(verb)}, quiet{quiet} {}
+
+void GenerateReport::failure(const std::string& message) {
+    eraseCount();
+    printError(message);
+}
+
+void GenerateReport::note(const std::string& message) {
+    if (!quiet) {
+        eraseCount();
+        std::fprintf(stderr, "%s\n", message.data());
+    }
+}
+
+void GenerateReport::result(const Generator::Result& result) {
+    eraseCount();
+    for (const std::string& message : result.failures) {
+        failure(message);
+    }
+    std::string lines;
+    for (const Generator::Change& change : result.changes) {
+        lines += quiet ? "" : verb + " " + escaped(change.path) + "\n";
+        lines += wantsColor() ? colored(change.diff) : change.diff;
+    }
+    Host::print(lines);
+}
+
+Generator::Progress GenerateReport::progress() {
+    if (quiet || !isatty(STDERR_FILENO)) {
+        return {};
+    }
+    nextCount = std::chrono::steady_clock::now() + firstCountAfter;
+    return [this](const std::size_t done, const std::size_t all) { count(done, all); };
+}
+
+void GenerateReport::count(const std::size_t done, const std::size_t all) {
+    const auto now = std::chrono::steady_clock::now();
+    if (now >= nextCount) {
+        nextCount = now + countEvery;
+        isCounting = true;
+        std::fprintf(stderr, "\r%zu of %zu outputs\x1b[K", done, all);
+    }
+}
+
+void GenerateReport::eraseCount() {
+    if (std::exchange(isCounting, false)) {
+        std::fputs("\r\x1b[K", stderr);
+    }
+}
+
+} // namespace VespermoorEngine::Host

@@ -1,0 +1,35 @@
+#include "RealPaths.h"
+
+#include <filesystem>
+
+#include "Files.h"
+
+namespace VespermoorEngine::Host {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/* A directory that cannot be resolved, such as a loop of links, is told apart by its name. */
+std::string resolveDirectory(const std::string& directory) {
+    std::error_code error;
+    const fs::path absolute = fs::absolute(directory, error);
+    const fs::path real = fs::weakly_canonical(absolute, error);
+    return error ? absolute.lexically_normal() : real;
+}
+
+} // namespace
+
+std::string RealPaths::file(const std::string& path) {
+    return entry(linkChain(path).back());
+}
+
+std::string RealPaths::entry(const std::string& path) {
+    const auto [directory, isNew] = directories.try_emplace(parentOf(path));
+    if (isNew) {
+        directory->second = resolveDirectory(directory->first);
+    }
+    return fs::path{directory->second} / fs::path{path}.filename();
+}
+
+} // namespace VespermoorEngine::Host
