@@ -1,16 +1,23 @@
 #include "Commands.h"
 
 #include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
+
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <Corrade/Containers/StringStl.h>
-#include <Corrade/Utility/Format.h>
 #include <VespermoorEditor/Utils/String.h>
 
+#include "CommandLine.h"
 #include "Failure.h"
+#include "FileTree.h"
 #include "Files.h"
 
 namespace VespermoorEngine::Host {
@@ -23,67 +30,187 @@ struct Options {
     std::vector<std::string> paths;
 };
 
-/* Prints the matches in one file and returns whether there were any. */
-bool search(const std::string& path, const Options& options) {
-    const Containers::String content = readFile(path);
-    const std::string name = escaped(path);
-    const Containers::StringView text = content;
-    std::size_t line = 1;
-    std::size_t counted = 0;
-    std::size_t from = 0;
-    bool found = false;
-    while (from < text.size()) {
-        const std::uint64_t match =
-            Utils::caseInsensitiveSearch(text.exceptPrefix(from), options.wanted);
-        if (match == Utils::noMatch) {
-            break;
-        }
-        found = true;
-        const char* const begin = text.data() + from + match;
-        line += std::size_t(std::count(text.data() + counted, begin, '\n'));
-        counted = std::size_t(begin - text.data());
-        const Containers::StringView newline = text.prefix(begin).findLast('\n');
-        const char* const lineBegin = newline.data() ? newline.end() : text.begin();
-        const char* const lineEnd = std::find(begin, text.end(), '\n');
-        print(Corrade::Utility::format("{}:{}:{}: {}\n", Containers::StringView{name}, counted,
-                                       line, text.slice(lineBegin, lineEnd)));
-        if (!options.all) {
-            break;
-        }
-        from = counted + options.wanted.size();
-    }
-    return found;
+/* A file with a NUL in so much of its beginning is no text. */
+constexpr std::size_t binaryPrefix = 8192;
+
+/* Most bytes of a line that are printed: lines of generated files can be as long as the file. */
+constexpr std::size_t excerptSize = 200;
+
+/* Output is written in pieces of about this size. */
+constexpr std::size_t outputPiece = 65536;
+
+/* A match, and the rest of its line as far as it is printed. */
+struct Excerpt {
+    Containers::StringView before, match, after;
+};
+
+bool isContinuation(const char c) {
+    return (static_cast<unsigned char>(c) & 0xc0) == 0x80;
 }
 
-void run(const Options& options) {
-    bool found = false;
-    for (const std::string& path : options.paths) {
-        found |= search(path, options);
+/* Cuts the line that begins at `lineBegin` to the excerpt around `match`. Linear in the size of the
+   excerpt and not of the line, which may be long and have many matches. */
+Excerpt excerptAround(Containers::StringView match, const char* const lineBegin,
+                      const char* const textEnd) {
+    match = match.prefix(match.findOr('\n', match.end()).begin());
+    match = match.prefix(std::min(match.size(), excerptSize));
+    const std::size_t room = excerptSize - match.size();
+    const char* const limit = match.end() + std::min(room, std::size_t(textEnd - match.end()));
+    const char* end = std::find(match.end(), limit, '\n');
+    const std::size_t after = end - match.end();
+    const std::size_t before =
+        std::min(std::size_t(match.begin() - lineBegin), std::max(room / 2, room - after));
+    end = match.end() + std::min(after, room - before);
+    const char* begin = match.begin() - before;
+    /* A line end of two bytes is not text either. */
+    if (end != match.end() && end != textEnd && *end == '\n' && end[-1] == '\r') {
+        --end;
     }
-    if (!found) {
-        throw SilentFailure{};
+    /* No half characters at either side. */
+    while (begin != match.begin() && begin != lineBegin && isContinuation(*begin)) {
+        ++begin;
+    }
+    while (end != match.end() && end != textEnd && isContinuation(*end)) {
+        --end;
+    }
+    return {{begin, std::size_t(match.begin() - begin)},
+            match,
+            {match.end(), std::size_t(end - match.end())}};
+}
+
+/* Text of a file: as it is in a pipe. A terminal gets no codes that could change it. */
+std::string shown(const Containers::StringView text) {
+    static const bool onTerminal = isatty(STDOUT_FILENO);
+    if (!onTerminal) {
+        return text;
+    }
+    std::string line;
+    const char* separator = "";
+    for (const Containers::StringView part : text.split('\t')) {
+        line += std::exchange(separator, "\t") + escaped(part);
+    }
+    return line;
+}
+
+/* Whether the beginning of a regular file is no text. Another kind cannot be read twice. */
+bool beginsBinary(const std::string& path) {
+    std::error_code error;
+    if (path == standardStream || !std::filesystem::is_regular_file(path, error)) {
+        return false;
+    }
+    char bytes[binaryPrefix];
+    std::ifstream file{path, std::ios::binary};
+    file.read(bytes, sizeof(bytes));
+    return std::memchr(bytes, 0, std::size_t(file.gcount())) != nullptr;
+}
+
+class Search {
+public:
+    explicit Search(const Options& options) : options{options} {}
+
+    void run();
+
+private:
+    void searchFile(const std::string& path);
+    void searchText(const std::string& name, Containers::StringView text);
+    void report(const std::string& message);
+
+    const Options& options;
+    std::string output;
+    bool found = false;
+    bool failed = false;
+};
+
+void Search::searchText(const std::string& name, const Containers::StringView text) {
+    std::size_t line = 1;
+    const char* lineBegin = text.begin();
+    const char* scanned = text.begin();
+    Containers::StringView rest = text;
+    do {
+        const std::uint64_t offset = Utils::caseInsensitiveSearch(rest, options.wanted);
+        if (offset == Utils::noMatch) {
+            return;
+        }
+        found = true;
+        const Containers::StringView match = rest.slice(offset, offset + options.wanted.size());
+        for (const char* end; (end = std::find(scanned, match.begin(), '\n')) != match.begin();
+             ++line) {
+            scanned = lineBegin = end + 1;
+        }
+        scanned = match.begin();
+        const Excerpt excerpt = excerptAround(match, lineBegin, text.end());
+        output += name + ':' + coloured(Colour::Green, std::to_string(line)) + ':' +
+                  std::to_string(match.begin() - lineBegin + 1) + ": " + shown(excerpt.before) +
+                  coloured(Colour::Red, shown(excerpt.match)) + shown(excerpt.after) + '\n';
+        if (output.size() >= outputPiece) {
+            print(std::exchange(output, {}));
+        }
+        rest = rest.slice(match.end(), rest.end());
+    } while (options.all && !rest.isEmpty());
+}
+
+void Search::searchFile(const std::string& path) {
+    if (beginsBinary(path)) {
+        return;
+    }
+    try {
+        const Input input = readInput(path);
+        const Containers::StringView text = input.content;
+        if (!text.prefix(std::min(text.size(), binaryPrefix)).contains('\0')) {
+            searchText(coloured(Colour::Magenta, escaped(input.name)), text);
+        }
+    } catch (const Failure& failure) {
+        report(failure.what());
+    }
+}
+
+/* Matches that were found before are printed before. */
+void Search::report(const std::string& message) {
+    print(std::exchange(output, {}));
+    printError(message);
+    failed = true;
+}
+
+void Search::run() {
+    expectOneStandardInput(options.paths);
+    for (const std::string& path : options.paths) {
+        visitFiles(
+            path, [this](const std::string& file) { searchFile(file); },
+            [this](const std::string& directory, const std::string& reason) {
+                report(directory + ": " + reason);
+            });
+    }
+    print(output);
+    if (failed || !found) {
+        throw SilentFailure{failed ? 2 : 1};
     }
 }
 
 } // namespace
 
 void addSearchCommand(CLI::App& program) {
-    CLI::App* const command =
-        program.add_subcommand("search", "Find a text in files without regard to case");
+    CLI::App* const command = program.add_subcommand(
+        "search", "Find a text in files and directories without regard to case");
     const auto options = std::make_shared<Options>();
-    command->add_flag("--all", options->all, "All matches in place of the first of each file");
+    command->add_flag("--all", options->all, "Print all matches, not only the first of each file");
     command->add_option("TEXT", options->wanted, "The text to find")
         ->required()
         ->check([](const std::string& text) {
             return text.empty() ? std::string{"the text is empty"} : std::string{};
         });
-    command->add_option("FILE", options->paths, "The files")->required();
+    command
+        ->add_option("PATH", options->paths,
+                     "Files, - for standard input, and directories with all below them, in which "
+                     "links are not followed")
+        ->required();
     command->footer(
-        "Prints file, offset in bytes, line and the line's text of each match, and ends "
-        "with 1 where there is none.\n"
+        "Only ASCII letters match without regard to case.\n"
+        "Prints file, line, column in bytes and the line's text, cut to 200 bytes around the "
+        "match. Files with a NUL in their first 8 KiB are passed over.\n"
+        "Ends with 0 if anything is found, 1 if nothing is, 2 if something cannot be read.\n"
         "Example, in the root of the sources:\n"
         "  vespermoor-utils search HELLO examples/greeting/greeting.tmpl");
-    command->callback([options] { run(*options); });
+    command->callback([options] { Search{*options}.run(); });
 }
 
 } // namespace VespermoorEngine::Host
