@@ -1,6 +1,9 @@
 #ifndef Vespermoor_Host_Commands_h
 #define Vespermoor_Host_Commands_h
 
+#include <string>
+#include <vector>
+
 namespace CLI {
 class App;
 }
@@ -28,8 +31,17 @@ void addSearchCommand(CLI::App& program);
 /** @brief Adds `root`, which prints where the executables and the editor's data are. */
 void addRootCommand(CLI::App& program);
 
-/** @brief Adds `watch`, which prints what changes below directories and in files. */
+/** @brief Adds `watch`, which prints or acts on changes below directories and of files. */
 void addWatchCommand(CLI::App& program);
+
+/**
+ * @brief Makes the words from `--exec` of `watch` to the semicolon one word.
+ *
+ * CLI11 would take options of the program that is to be run for options of `watch`. The words are
+ * joined to `--exec=` with a NUL after each. Throws `CLI::ValidationError` if the program or the
+ * semicolon is missing.
+ */
+void joinExecCommand(std::vector<std::string>& words);
 
 } // namespace VespermoorEngine::Host
 

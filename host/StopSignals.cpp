@@ -11,7 +11,7 @@ namespace {
 
 volatile std::sig_atomic_t arrived = 0;
 
-/* The alarm comes again and again, since a call may begin to block just after a signal came. */
+/* The alarm repeats: a call may begin to block just after a signal arrived. */
 extern "C" void noteSignal(int) {
     std::signal(SIGINT, SIG_IGN);
     std::signal(SIGTERM, SIG_IGN);
@@ -22,7 +22,7 @@ extern "C" void noteSignal(int) {
 } // namespace
 
 StopSignals::StopSignals() {
-    /* Without SA_RESTART, so that calls which block are interrupted. */
+    /* Without SA_RESTART, so that blocking calls are interrupted. */
     struct sigaction action {};
     action.sa_handler = noteSignal;
     sigemptyset(&awaited);
@@ -33,13 +33,14 @@ StopSignals::StopSignals() {
     sigprocmask(SIG_UNBLOCK, &awaited, nullptr);
 }
 
-bool StopSignals::arriveWithin(const std::chrono::nanoseconds time) {
+bool StopSignals::arriveWithin(const std::chrono::nanoseconds time, const int descriptor) {
     const timespec timeout{time.count() / 1'000'000'000, time.count() % 1'000'000'000};
-    /* Blocked between the look and the wait, or one that comes there would be slept through. */
+    /* Blocked from the check to the wait, so that a signal in between ends the wait. */
     sigset_t before;
     sigprocmask(SIG_BLOCK, &awaited, &before);
     if (!arrived) {
-        ppoll(nullptr, 0, &timeout, &before);
+        pollfd readable{descriptor, POLLIN, 0};
+        ppoll(&readable, 1, &timeout, &before);
     }
     sigprocmask(SIG_SETMASK, &before, nullptr);
     return arrived;

@@ -11,15 +11,17 @@ namespace VespermoorEngine::Host {
  *
  * That holds from the construction to the end of the process, so a second signal does not change
  * how it ends. One signal counts for all objects. From then on calls of the system that block are
- * interrupted once a second, so that nobody who does not read what is printed can keep the process
- * from its end.
+ * interrupted once a second, so that a stalled reader of the output cannot block the exit.
  */
 class StopSignals {
 public:
     StopSignals();
 
-    /** @brief Waits for a signal, at most @p time; returns whether one came, now or before. */
-    bool arriveWithin(std::chrono::nanoseconds time);
+    /**
+     * @brief Waits for a signal, at most @p time, and until @p descriptor is readable unless it is
+     * negative; returns whether a signal came, now or before.
+     */
+    bool arriveWithin(std::chrono::nanoseconds time, int descriptor = -1);
 
 private:
     sigset_t awaited;

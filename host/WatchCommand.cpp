@@ -1,114 +1,157 @@
 #include "Commands.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
-#include <cstdio>
-#include <cstring>
 #include <limits>
 #include <memory>
+#include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
-#include <Corrade/Containers/StringStl.h>
-#include <Corrade/Utility/Path.h>
-#include <VespermoorEditor/Utils/FileWatch.h>
 
+#include "ChangeCommand.h"
+#include "ChangeFormat.h"
 #include "Failure.h"
 #include "Files.h"
 #include "StopSignals.h"
+#include "WatchedPaths.h"
 
 namespace VespermoorEngine::Host {
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
-/* Of floating point, which no number of seconds overflows. */
+/* Floating point, so that no number of seconds overflows it. */
 using Seconds = std::chrono::duration<double>;
 
 struct Options {
     std::vector<std::string> paths;
     int tick = 50;
     double seconds = std::numeric_limits<double>::infinity();
+    std::vector<std::string> exclusions;
+    std::string format;
+    bool null = false;
+    /* As joinExecCommand() makes it; empty if there is no program to run. */
+    std::string exec;
+    bool repeats = false;
 };
 
-/* Collects one line for each change, however many of the paths it concerns, and prints them. */
-class Printer {
-public:
-    /* Listener of the path at `position`. A change comes to the listeners in the order of their
-       paths, so the same one again at a later path is one that there is a line for. */
-    FileWatch::Callback listener(const std::size_t position) {
-        return {Corrade::DefaultInit,
-                [this, position](const Containers::StringView path, const FileWatch::Event event) {
-                    if (position <= lastPosition || path != lastPath || event != lastEvent) {
-                        add(path, event);
-                        lastPath = path;
-                        lastEvent = event;
-                    }
-                    lastPosition = position;
-                }};
-    }
+/* Longest time that changes wait for others of the same moment before a program starts. */
+constexpr Seconds collectingTick = std::chrono::milliseconds{50};
 
-    /* Not done by the listeners: what they throw goes no further than the watch. */
-    void printChanges() { print(std::exchange(lines, {})); }
-
-private:
-    void add(const Containers::StringView path, const FileWatch::Event event) {
-        lines += event == FileWatch::Event::Remove ? "Remove " : "Modify ";
-        lines += escaped(path);
-        lines += '\n';
+/* Parts of what joinExecCommand() makes. */
+std::vector<std::string> splitWords(const std::string& joined) {
+    std::vector<std::string> words;
+    std::istringstream stream{joined};
+    for (std::string word; std::getline(stream, word, '\0');) {
+        words.push_back(word);
     }
-
-    std::string lines;
-    std::size_t lastPosition = 0;
-    Containers::String lastPath;
-    FileWatch::Event lastEvent{};
-};
-
-void add(FileWatch& watch, const Containers::StringView path, FileWatch::Callback listener) {
-    if (!Utility::Path::exists(path)) {
-        throw Failure{path, std::strerror(ENOENT)};
-    }
-    if (watch.watch(path, std::move(listener)) == 0) {
-        throw Failure{path, "cannot be watched"};
-    }
+    return words;
 }
 
-void run(const Options& options) {
+ChangeFormat formatOf(const Options& options) {
+    return options.null               ? ChangeFormat::Null
+           : options.format == "json" ? ChangeFormat::Json
+                                      : ChangeFormat::Text;
+}
+
+class Watcher {
+public:
+    explicit Watcher(const Options& options)
+        : options{options},
+          watched{options.paths, options.exclusions, errors},
+          command{splitWords(options.exec), options.repeats, errors} {}
+
+    void run();
+
+private:
+    void look();
+    Seconds timeToNextLook() const;
+
+    const Options& options;
     StopSignals signals;
-    Printer printer;
-    FileWatch watch;
-    for (std::size_t i = 0; i != options.paths.size(); ++i) {
-        const std::string& path = options.paths[i];
-        add(watch, {path.data(), path.size()}, printer.listener(i));
+    ErrorQueue errors;
+    WatchedPaths watched;
+    ChangeCommand command;
+};
+
+void Watcher::look() {
+    command.noteEnd();
+    const std::vector<Change> changes = watched.takeChanges();
+    errors.flush();
+    if (!options.exec.empty()) {
+        command.take(changes);
+        return;
     }
-    std::fprintf(stderr, "watching %zu directories\n", watch.directoryCount());
-    const Clock::time_point begin = Clock::now();
+    std::string lines;
+    for (const Change& change : changes) {
+        lines += formatted(change, formatOf(options));
+    }
+    print(lines);
+}
+
+Seconds Watcher::timeToNextLook() const {
     const Seconds tick = std::chrono::milliseconds{options.tick};
+    return command.isCollecting() ? std::min(tick, collectingTick) : tick;
+}
+
+void Watcher::run() {
+    errors.addLine("watching " + std::to_string(watched.directoryCount()) + " directories");
+    const Clock::time_point begin = Clock::now();
     bool isOver = false;
     while (!isOver) {
-        watch.update();
-        printer.printChanges();
+        look();
         const Seconds left = Seconds{options.seconds} - (Clock::now() - begin);
-        isOver = left <= Seconds::zero() ||
-                 signals.arriveWithin(
-                     std::chrono::duration_cast<std::chrono::nanoseconds>(std::min(left, tick)));
+        isOver = left <= Seconds::zero() || !watched.anyLeft() ||
+                 signals.arriveWithin(std::chrono::duration_cast<std::chrono::nanoseconds>(
+                                          std::min(left, timeToNextLook())),
+                                      command.runDescriptor());
     }
-    watch.update();
-    printer.printChanges();
+    look();
+    command.finish(signals);
+    errors.flush();
+    if (!watched.anyLeft()) {
+        throw SilentFailure{};
+    }
 }
 
 } // namespace
 
 void addWatchCommand(CLI::App& program) {
     CLI::App* const command = program.add_subcommand(
-        "watch", "Print what changes below directories and in files, one line for each change");
+        "watch", "Print changes below directories and of files, or run a program on them");
     const auto options = std::make_shared<Options>();
     command->add_option("PATH", options->paths, "Directories, with all below them, and files")
         ->required();
-    command->add_option("--tick", options->tick, "Milliseconds between two looks at what changed")
+    command
+        ->add_option("--exclude", options->exclusions,
+                     "Leave out entries whose path below PATH matches, or a name in it; repeatable")
+        ->type_name("GLOB")
+        ->allow_extra_args(false);
+    CLI::Option* const format =
+        command->add_option("--format", options->format, "text, or json for one object a line")
+            ->type_name("FORMAT")
+            ->check(CLI::IsMember{{"text", "json"}});
+    CLI::Option* const null =
+        command
+            ->add_flag("--null", options->null,
+                       "Print paths unescaped, and a NUL after each change in place of a line end")
+            ->excludes(format);
+    CLI::Option* const exec =
+        command
+            ->add_option("--exec", options->exec,
+                         "Run this after changes in place of printing them, once per moment; {} is "
+                         "replaced by the changed paths, each an argument of its own")
+            ->type_name("PROGRAM ARGUMENT... ';'")
+            ->excludes(format)
+            ->excludes(null);
+    command
+        ->add_flag("--repeat", options->repeats,
+                   "Run it once more after changes during the run; for programs that change "
+                   "nothing that is watched")
+        ->needs(exec);
+    command->add_option("--tick", options->tick, "Milliseconds between two looks for changes")
         ->check(CLI::Range(1, 60'000))
         ->capture_default_str();
     command->add_option("--for", options->seconds, "Seconds to watch, in place of until Ctrl-C")
@@ -116,11 +159,29 @@ void addWatchCommand(CLI::App& program) {
         ->check([](const std::string& text) {
             double seconds = 0.0;
             const bool isNumber = CLI::detail::lexical_cast(text, seconds);
-            return isNumber && seconds > 0.0 ? "" : text + " is no number of seconds above 0";
+            return isNumber && seconds > 0.0 ? "" : text + " is not a positive number of seconds";
         });
     command->footer(
         "Example, in the root of the sources:\n  vespermoor-utils watch --for 1 examples");
-    command->callback([options] { run(*options); });
+    command->callback([options] { Watcher{*options}.run(); });
+}
+
+void joinExecCommand(std::vector<std::string>& words) {
+    const auto end = std::find(words.begin(), words.end(), "--");
+    const auto exec = std::find(words.begin(), end, "--exec");
+    if (words.empty() || words.front() != "watch" || exec == end) {
+        return;
+    }
+    const auto semicolon = std::find(exec, words.end(), ";");
+    if (semicolon == words.end() || semicolon == exec + 1) {
+        throw CLI::ValidationError{"--exec", "expects a program, its arguments, and a ';', which "
+                                             "the shell takes in quotes"};
+    }
+    *exec += '=';
+    for (auto word = exec + 1; word != semicolon; ++word) {
+        *exec += *word + '\0';
+    }
+    words.erase(exec + 1, semicolon + 1);
 }
 
 } // namespace VespermoorEngine::Host

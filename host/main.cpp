@@ -1,8 +1,11 @@
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <exception>
 #include <new>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -31,7 +34,10 @@ int run(const int argc, const char* const* const argv) {
     Host::addRootCommand(program);
     Host::addWatchCommand(program);
     try {
-        program.parse(argc, argv);
+        std::vector<std::string> words{argv + 1, argv + argc};
+        Host::joinExecCommand(words);
+        std::reverse(words.begin(), words.end());
+        program.parse(std::move(words));
     } catch (const CLI::ParseError& error) {
         return program.exit(error) == 0 ? 0 : wrongUsage;
     }

@@ -1,0 +1,28 @@
+#ifndef Vespermoor_Host_ChangeFormat_h
+#define Vespermoor_Host_ChangeFormat_h
+
+#include <string>
+
+#include "WatchedPaths.h"
+
+namespace VespermoorEngine::Host {
+
+/** @brief How a change is printed. */
+enum class ChangeFormat {
+    /** `Modify` or `Remove` and the escaped path, as a line. */
+    Text,
+    /** The same with the exact path, ended by a NUL. */
+    Null,
+    /**
+     * An object with `event` and `path`, as a line. A path that is not UTF-8 is the member
+     * `pathBase64` instead.
+     */
+    Json
+};
+
+/** @brief @p change as @p format has it, with its end. */
+std::string formatted(const Change& change, ChangeFormat format);
+
+} // namespace VespermoorEngine::Host
+
+#endif

@@ -1,0 +1,38 @@
+#ifndef Vespermoor_Host_ErrorQueue_h
+#define Vespermoor_Host_ErrorQueue_h
+
+#include <cstddef>
+#include <string>
+
+#include "Failure.h"
+
+namespace VespermoorEngine::Host {
+
+/**
+ * @brief Lines for standard error that never wait for its reader.
+ *
+ * For commands that go on for hours: a pipe that nobody reads is full after 64 KiB, and a plain
+ * write would stop them for good. Lines that do not fit wait here, as many as a pipe holds; further
+ * ones are dropped and counted, and the count is printed as soon as the reader goes on.
+ */
+class ErrorQueue {
+public:
+    /** @brief Adds @p text as a line, escaped. */
+    void addLine(Containers::StringView text);
+
+    /** @brief Adds @p message as the program's own line, as @ref printError() prints it. */
+    void addError(Containers::StringView message);
+
+    /** @brief Writes as many lines as the reader takes at once. */
+    void flush();
+
+private:
+    bool writeSome();
+
+    std::string lines;
+    std::size_t dropped = 0;
+};
+
+} // namespace VespermoorEngine::Host
+
+#endif

@@ -1,0 +1,94 @@
+#ifndef Vespermoor_Host_WatchedPaths_h
+#define Vespermoor_Host_WatchedPaths_h
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include <VespermoorEditor/Utils/FileWatch.h>
+
+#include "ErrorQueue.h"
+
+namespace VespermoorEngine::Host {
+
+/** @brief Absolute path of a changed entry, and what happened to it. */
+struct Change {
+    std::string path;
+    FileWatch::Event event;
+};
+
+/**
+ * @brief Directories, with all below them, and files whose changes the user asked for.
+ *
+ * Adds to @ref FileWatch what a user expects on top of it: of a file only its own changes, through
+ * a link too; globs of what to leave out; a line for a directory that goes away. Changes of files
+ * that standard output or standard error go to are left out, since printing them would cause the
+ * next one.
+ */
+class WatchedPaths {
+public:
+    /**
+     * @brief Watches @p paths, and passes on to @p errors what the library reports.
+     *
+     * @p exclusions are globs as of fnmatch(3). One leaves out entries if it matches their path
+     * below the watched directory, the beginning of that path up to a slash, or a name in it.
+     * Throws @ref Failure if a path does not exist or cannot be watched.
+     */
+    WatchedPaths(const std::vector<std::string>& paths, std::vector<std::string> exclusions,
+                 ErrorQueue& errors);
+    WatchedPaths(const WatchedPaths&) = delete;
+    WatchedPaths& operator=(const WatchedPaths&) = delete;
+
+    /** @brief Number of kernel watches. */
+    std::size_t directoryCount() const { return watch.directoryCount(); }
+
+    /**
+     * @brief The changes since the last call, each once however many paths it concerns.
+     *
+     * A watched directory that has gone is an error and not watched any more.
+     */
+    std::vector<Change> takeChanges();
+
+    /** @brief Whether any path is still watched. */
+    bool anyLeft() const;
+
+private:
+    /* Device, inode and time of birth. The next directory often gets the inode of the one that was
+       deleted last. */
+    using Identity =
+        std::tuple<std::uint32_t, std::uint32_t, std::uint64_t, std::int64_t, std::uint32_t>;
+    struct Root {
+        /* The name that the user gave. */
+        std::string name;
+        /* Absolute path of the directory, or of the one that holds the file. */
+        std::string directory;
+        /* Absolute path of the file, empty for a directory. */
+        std::string file;
+        Identity identity;
+        bool gone = false;
+    };
+
+    static std::optional<Identity> identityOf(const std::string& directory);
+    static std::optional<std::string> whyGone(const Root& root);
+    void add(const std::string& name, const std::string& path);
+    void hear(std::size_t position, Containers::StringView path, FileWatch::Event event);
+    bool isExcluded(const Root& root, const std::string& path) const;
+    bool isOwnOutput(const std::string& path) const;
+
+    std::vector<std::string> exclusions;
+    ErrorQueue& errors;
+    std::vector<Root> roots;
+    /* Device and inode of the regular files that are standard output and standard error. */
+    std::vector<std::pair<std::uint64_t, std::uint64_t>> ownOutputs;
+    std::vector<Change> changes;
+    /* Root that heard the last of the changes. */
+    std::size_t lastPosition = 0;
+    FileWatch watch;
+};
+
+} // namespace VespermoorEngine::Host
+
+#endif
