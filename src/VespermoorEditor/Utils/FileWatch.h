@@ -168,6 +168,9 @@ public:
      */
     VESPERMOOR_EDITOR_UTILS_EXPORT bool update();
 
+    /* The documentation for hosts ends here: steps that update() takes follow. */
+    /** @cond STEPS */
+
     /** @brief Kernel watches that the open trees ask for; a directory in two of them counts twice.
      */
     std::size_t directoryCount() const {
@@ -197,6 +200,8 @@ public:
 
     /** @brief Takes all records from the kernel, follows directories, and queues deliveries. */
     VESPERMOOR_EDITOR_UTILS_EXPORT void updateLinux();
+
+    /** @endcond */
 
 private:
     friend struct FileWatchTestAccess;
