@@ -120,8 +120,18 @@ void addGenerateCommand(CLI::App& program) {
         ->type_name("FILE")
         ->excludes(watchFlag)
         ->excludes(checkFlag);
-    command->footer("Example, in the root of the sources:\n"
-                    "  vespermoor-utils generate --check examples/components/manifest.json");
+    command->footer(R"(A manifest, with paths relative to it:
+  {
+      "outputs": [{
+          "file": "include/Names.h",
+          "data": ["names.json"],
+          "template": "templates/names.h.tmpl"
+      }]
+  }
+vespermoor-manifest(5) describes all members.
+
+Example, in the root of the sources:
+  vespermoor-utils generate --check examples/components/manifest.json)");
     command->callback([options] {
         if (options->watch) {
             watch(*options);
