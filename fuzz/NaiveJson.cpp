@@ -92,8 +92,9 @@ const rapidjson::Value* child(const rapidjson::Value& value, const std::string& 
             }
         }
     }
-    if (value.IsArray() && !step.empty() &&
-        step.find_first_not_of("0123456789") == std::string::npos) {
+    const bool isIndex = !step.empty() && (step == "0" || step.front() != '0') &&
+                         step.find_first_not_of("0123456789") == std::string::npos;
+    if (value.IsArray() && isIndex) {
         const unsigned long long index = std::strtoull(step.data(), nullptr, 10);
         return index < value.Size() ? &value[rapidjson::SizeType(index)] : nullptr;
     }
@@ -124,8 +125,7 @@ const rapidjson::Value* walkPointer(const rapidjson::Value& root, const std::str
     }
     const rapidjson::Value* value = &root;
     for (auto step = steps.begin() + 1; step != steps.end() && value; ++step) {
-        const bool zeros = value->IsArray() && step->size() > 1 && step->front() == '0';
-        value = zeros ? nullptr : child(*value, *step);
+        value = child(*value, *step);
     }
     return value;
 }
