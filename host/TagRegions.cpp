@@ -131,6 +131,11 @@ Containers::String replaceRegions(const Containers::StringView path,
     if (Utils::replaceTagContent(result.first(), replacements).first() != result.first()) {
         throw Failure{path, "the new content would form a tag with the text next to it"};
     }
+    /* The new content can bring in the first line end, or take it out. */
+    const ConvertedReplacements next{given, lineEndsOf(result.first())};
+    if (Utils::replaceTagContent(result.first(), next.all()).first() != result.first()) {
+        throw Failure{path, "the new content would mix line ends with the text around it"};
+    }
     return std::move(result.first());
 }
 

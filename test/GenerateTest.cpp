@@ -302,10 +302,11 @@ TEST(Generate, RefusesAManifestAsAWhole) {
     }
 }
 
-/* The last five would give another file with every run. `tags` refuses them too. */
+/* The last six would give another file with every run. `tags` refuses them too. */
 TEST(Generate, RefusesRegions) {
     const Project project;
-    save("content", "first here\n");
+    save("content", "first here\n\r\n");
+    save("whole.tmpl", "first here\n\r\n");
     const struct {
         const char *text, *start, *end, *reason;
     } rows[]{
@@ -317,6 +318,7 @@ TEST(Generate, RefusesRegions) {
         {"1[b]old here", "[b]", "here", "content between '[b]' and 'here' contains tag 'here'"},
         {"1[b]]first", "[b]", "]first",
          "the new content would form a tag with the text next to it"},
+        {"1[b]2", "[b]", "2", "the new content would mix line ends with the text around it"},
     };
     for (const auto& row : rows) {
         save("region.txt", row.text);
