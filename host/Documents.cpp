@@ -1,76 +1,190 @@
 #include "Documents.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
-#include <filesystem>
+#include <limits>
 #include <string>
+#include <utility>
 
-#include <Corrade/Containers/Optional.h>
 #include <Corrade/Containers/StringStl.h>
 #include <Corrade/Utility/Format.h>
-#include <VespermoorEditor/Utils/RapidJsonUtils.h>
 
-#include "Failure.h"
 #include "Files.h"
 
 namespace VespermoorEngine::Host {
 
 namespace {
 
+using namespace Corrade::Containers::Literals;
+
+constexpr double integerMinusZero = std::numeric_limits<double>::quiet_NaN();
+
 Containers::String reasonOf(const rapidjson::ParseErrorCode code) {
     const Containers::StringView reason = rapidjson::GetParseError_En(code);
     return reason.exceptSuffix(reason.hasSuffix('.') ? 1 : 0);
 }
 
-/* Reads JSON without recursion and without keeping it, and takes what the library takes: as many
-   levels, and only numbers that fit a double. */
-class Validator : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Validator> {
+/* A document that takes the parser's events in place of its base and refuses some of them. */
+class ParsedDocument : public rapidjson::Document {
 public:
-    bool Double(const double number) { return std::isfinite(number); }
-    bool StartObject() { return ++levels <= RapidJsonUtils::maxNesting; }
-    bool EndObject(rapidjson::SizeType) { return --levels >= 0; }
-    bool StartArray() { return StartObject(); }
-    bool EndArray(rapidjson::SizeType) { return --levels >= 0; }
-
-    /* Why this has ended the reading, if it has. */
-    Containers::String reason() const {
-        return levels > RapidJsonUtils::maxNesting ? nestedTooDeep()
-                                                   : reasonOf(rapidjson::kParseErrorNumberTooBig);
+    bool Double(const double number) {
+        return std::isfinite(number) ? rapidjson::Document::Double(number) : refuseTooBig();
     }
 
+    /* A number that the parser has checked and not read. */
+    bool RawNumber(const char* const text, const rapidjson::SizeType size, bool) {
+        const char* const end = text + size;
+        const bool isInteger =
+            std::none_of(text, end, [](const char c) { return c == '.' || c == 'e' || c == 'E'; });
+        return isInteger ? integer(text, end) : decimal({text, end});
+    }
+
+    bool StartObject() { return descend() && rapidjson::Document::StartObject(); }
+    bool StartArray() { return descend() && rapidjson::Document::StartArray(); }
+    bool EndObject(const rapidjson::SizeType count) {
+        --levels;
+        return rapidjson::Document::EndObject(count);
+    }
+    bool EndArray(const rapidjson::SizeType count) {
+        --levels;
+        return rapidjson::Document::EndArray(count);
+    }
+
+    /* Why an event was refused. */
+    Containers::String reason;
+
 private:
+    bool refuse(Containers::String why) {
+        reason = std::move(why);
+        return false;
+    }
+    bool refuseTooBig() { return refuse(reasonOf(rapidjson::kParseErrorNumberTooBig)); }
+
+    bool descend() { return ++levels <= RapidJsonUtils::maxNesting || refuse(nestedTooDeep()); }
+
+    bool integer(const char* const text, const char* const end) {
+        std::int64_t number = 0;
+        if (std::from_chars(text, end, number).ec == std::errc{}) {
+            return number == 0 && *text == '-' ? rapidjson::Document::Double(integerMinusZero)
+                                               : Int64(number);
+        }
+        std::uint64_t large = 0;
+        return std::from_chars(text, end, large).ec == std::errc{}
+                   ? Uint64(large)
+                   : refuse("The integer is not between -2^63 and 2^64 - 1"_s);
+    }
+
+    /* The C library rounds to the nearest double, whatever the number of digits. */
+    bool decimal(const std::string& text) { return Double(std::strtod(text.data(), nullptr)); }
+
     int levels = 0;
 };
 
-Containers::StringView withoutByteOrderMark(const Containers::StringView json) {
-    return json.exceptPrefix(json.hasPrefix("\xef\xbb\xbf") ? 3 : 0);
+/* Where a low surrogate is escaped without a high one before it, or the size of `json`. Backslashes
+   occur only in strings, and `json` has nothing but valid escapes. */
+std::size_t findLoneLowSurrogate(const Containers::StringView json) {
+    const auto surrogateAt = [&](const char* const escape) -> char {
+        const bool isSurrogate = json.end() - escape >= 6 && escape[1] == 'u' &&
+                                 (escape[2] | 0x20) == 'd' && escape[3] > '7';
+        return !isSurrogate ? '\0' : (escape[3] | 0x20) < 'c' ? 'H' : 'L';
+    };
+    const char* escape = json.begin();
+    while ((escape = std::find(escape, json.end(), '\\')) < json.end()) {
+        const char surrogate = surrogateAt(escape);
+        if (surrogate == 'L') {
+            break;
+        }
+        escape += std::min<std::ptrdiff_t>(surrogate == 'H' ? 12 : 2, json.end() - escape);
+    }
+    return std::size_t(escape - json.begin());
 }
 
-/* Throws where `json`, which `name` stands for in the message, is not what the library takes. */
-void validate(const Containers::StringView name, const Containers::StringView json) {
-    rapidjson::MemoryStream stream{json.data(), json.size()};
-    Validator validator;
-    const rapidjson::ParseResult result =
-        rapidjson::Reader{}.Parse<rapidjson::kParseIterativeFlag>(stream, validator);
-    if (!result.IsError() && stream.Tell() == json.size()) {
-        return;
+/* The parser's reason, unless that misses what is there. */
+Containers::String reasonAt(const rapidjson::ParseErrorCode code,
+                            const Containers::StringView rest) {
+    const bool isInString = code == rapidjson::kParseErrorStringInvalidEncoding ||
+                            code == rapidjson::kParseErrorStringEscapeInvalid;
+    if (isInString && !rest.isEmpty() && static_cast<unsigned char>(rest.front()) < 0x20) {
+        return "A control character in a string must be escaped"_s;
     }
-    const rapidjson::ParseErrorCode code =
-        result.IsError() ? result.Code() : rapidjson::kParseErrorDocumentRootNotSingular;
-    const std::size_t offset = result.IsError() ? result.Offset() : stream.Tell();
-    const Containers::StringView before = json.prefix(std::min(offset, json.size()));
+    if (code == rapidjson::kParseErrorDocumentEmpty && !rest.isEmpty()) {
+        return "Unexpected character "_s + rest.prefix(1);
+    }
+    return reasonOf(code);
+}
+
+[[noreturn]] void failAt(const Containers::StringView name, const Containers::StringView json,
+                         const std::size_t offset, const Containers::StringView reason) {
+    const Containers::StringView before = json.prefix(offset);
     const std::size_t line = 1 + std::size_t(std::count(before.begin(), before.end(), '\n'));
     const Containers::StringView newline = before.findLast('\n');
     const std::size_t column =
         1 + std::size_t(before.end() - (newline.data() ? newline.end() : before.begin()));
-    throw Failure{Utility::format("{}:{}:{}", name, line, column),
-                  code == rapidjson::kParseErrorTermination ? validator.reason() : reasonOf(code)};
+    throw Failure{Utility::format("{}:{}:{}", name, line, column), reason};
 }
 
-bool isRegularFile(const Containers::StringView path) {
-    std::error_code error;
-    return std::filesystem::is_regular_file(std::string{path}, error);
+template <unsigned int flags>
+rapidjson::Document parse(const Containers::StringView name, const Containers::StringView json) {
+    rapidjson::MemoryStream stream{json.data(), json.size()};
+    rapidjson::Reader reader;
+    rapidjson::ParseResult result;
+    ParsedDocument document;
+    auto read = [&](rapidjson::Document&) {
+        /* Without recursion, which ends the process if it goes too deep. */
+        result = reader.Parse<flags | rapidjson::kParseIterativeFlag>(stream, document);
+        return !result.IsError();
+    };
+    document.Populate(read);
+    /* To the parser a NUL is the end of the text. */
+    if (!result.IsError() && stream.Tell() != json.size()) {
+        result.Set(rapidjson::kParseErrorDocumentRootNotSingular, stream.Tell());
+    }
+    const std::size_t offset =
+        result.IsError() ? std::min(result.Offset(), json.size()) : json.size();
+    const std::size_t lone = findLoneLowSurrogate(json.prefix(offset));
+    if (lone != offset) {
+        failAt(name, json, lone, reasonOf(rapidjson::kParseErrorStringUnicodeSurrogateInvalid));
+    }
+    if (result.IsError()) {
+        failAt(name, json, offset,
+               result.Code() == rapidjson::kParseErrorTermination
+                   ? document.reason
+                   : reasonAt(result.Code(), json.exceptPrefix(offset)));
+    }
+    return std::move(document);
 }
+
+/* Cuts digits off after `decimals` fractional ones. */
+std::string decimalText(const double number, const int decimals) {
+    char scientific[32];
+    const char* const end = std::to_chars(scientific, std::end(scientific), std::abs(number),
+                                          std::chars_format::scientific)
+                                .ptr;
+    const char* const exponentMark = std::find<const char*>(scientific, end, 'e');
+    char text[64];
+    const int length =
+        int(std::remove_copy<const char*>(scientific, exponentMark, text, '.') - text);
+    const int exponent = std::atoi(exponentMark + 1) - (length - 1);
+    return {text, rapidjson::internal::Prettify(text, length, exponent, decimals)};
+}
+
+template <class Base>
+class ExactWriter : public Base {
+public:
+    ExactWriter(rapidjson::StringBuffer& buffer, const int decimals)
+        : Base{buffer}, decimals{decimals} {}
+
+    bool Double(const double number) {
+        const std::string text =
+            std::isnan(number) ? "-0"
+                               : (std::signbit(number) ? "-" : "") + decimalText(number, decimals);
+        return Base::RawValue(text.data(), text.size(), rapidjson::kNumberType);
+    }
+
+private:
+    int decimals;
+};
 
 } // namespace
 
@@ -78,32 +192,30 @@ Containers::String nestedTooDeep() {
     return Utility::format("Nested deeper than {} levels", RapidJsonUtils::maxNesting);
 }
 
+rapidjson::Document parseDocument(const Containers::StringView name,
+                                  const Containers::StringView json, const Numbers numbers) {
+    const Containers::StringView text = json.exceptPrefix(json.hasPrefix("\xef\xbb\xbf") ? 3 : 0);
+    return numbers == Numbers::Exact ? parse<rapidjson::kParseNumbersAsStringsFlag>(name, text)
+                                     : parse<rapidjson::kParseNoFlags>(name, text);
+}
+
 rapidjson::Document readDocument(const Containers::StringView path) {
-    /* The library says that a text is no JSON, and reading it again says where and why. A pipe can
-       be read only once. */
-    if (isRegularFile(path)) {
-        Utility::Error silent{nullptr};
-        ValueOrError<rapidjson::Document> document = RapidJsonUtils::parseJsonFile(path);
-        if (document) {
-            return std::move(document).value();
-        }
-    }
     return parseDocument(path, readFile(path));
 }
 
-rapidjson::Document parseDocument(const Containers::StringView name,
-                                  const Containers::StringView json) {
-    const Containers::StringView text = withoutByteOrderMark(json);
-    validate(name, text);
-    rapidjson::Document document;
-    document.Parse(text.data(), text.size());
-    return document;
-}
-
-Containers::String printDocument(const rapidjson::Value& value, const int decimals) {
-    const Containers::Optional<Containers::String> text =
-        RapidJsonUtils::jsonToString(value, decimals);
-    return *text + "\n";
+rapidjson::StringBuffer printExactly(const rapidjson::Value& value, const JsonFormat& format) {
+    rapidjson::StringBuffer buffer;
+    if (format.compact) {
+        ExactWriter<rapidjson::Writer<rapidjson::StringBuffer>> writer{buffer, format.decimals};
+        value.Accept(writer);
+    } else {
+        ExactWriter<rapidjson::PrettyWriter<rapidjson::StringBuffer>> writer{buffer,
+                                                                             format.decimals};
+        writer.SetIndent(' ', format.indent);
+        value.Accept(writer);
+    }
+    buffer.Put('\n');
+    return buffer;
 }
 
 } // namespace VespermoorEngine::Host

@@ -1,6 +1,7 @@
 #include "Commands.h"
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -23,17 +24,23 @@ namespace {
 struct Options {
     std::string path;
     std::string pointer;
-    int decimals = RapidJsonUtils::defaultMaxDecimalPlaces;
-    /* Each a JSON Pointer, an equals sign and JSON text. */
-    std::vector<std::string> assignments;
+    JsonFormat format;
+    bool raw = false;
+    /* In the order of the command line. */
+    std::vector<std::function<void(rapidjson::Document&)>> edits;
     std::string output;
 };
 
-/* The library takes a text that is no pointer as the root; a person is told. Empty where `text` is
-   a pointer. */
+/* The library takes a text that is no pointer as the root; a person is told. Returns the message,
+   or nothing if `text` is a pointer. */
 std::string checkPointer(const std::string& text) {
     return rapidjson::Pointer{text.data(), text.size()}.IsValid() ? ""
                                                                   : text + " is no JSON Pointer";
+}
+
+std::string checkMember(const std::string& text) {
+    const bool isRoot = text.find('/') == std::string::npos;
+    return isRoot && checkPointer(text).empty() ? "the root cannot be deleted" : checkPointer(text);
 }
 
 std::string checkAssignment(const std::string& text) {
@@ -42,10 +49,11 @@ std::string checkAssignment(const std::string& text) {
                                        : checkPointer(text.substr(0, equals));
 }
 
-const rapidjson::Value& find(const rapidjson::Document& document, const Options& options) {
-    const rapidjson::Value* const value = RapidJsonUtils::valueByPointer(document, options.pointer);
+rapidjson::Value& find(rapidjson::Document& document, const std::string& pointer,
+                       const std::string& name) {
+    rapidjson::Value* const value = RapidJsonUtils::valueByPointer(document, pointer);
     if (!value) {
-        throw Failure{options.path, "Nothing at " + options.pointer};
+        throw Failure{name, "Nothing at " + pointer};
     }
     return *value;
 }
@@ -114,12 +122,8 @@ std::size_t nesting(const rapidjson::Value& value) {
     return levels + (value.IsArray() || value.IsObject());
 }
 
-void assign(rapidjson::Document& document, const std::string& assignment) {
-    const std::size_t equals = assignment.find('=');
-    const std::string pointer = assignment.substr(0, equals);
-    const rapidjson::Document value = parseDocument(
-        "--set " + pointer, Containers::StringView{assignment}.exceptPrefix(equals + 1));
-
+void assign(rapidjson::Document& document, const std::string& pointer,
+            const rapidjson::Value& value) {
     const rapidjson::Pointer steps{pointer.data(), pointer.size()};
     if (steps.GetTokenCount() + nesting(value) > RapidJsonUtils::maxNesting) {
         throw Failure{"--set", nestedTooDeep()};
@@ -135,12 +139,79 @@ void assign(rapidjson::Document& document, const std::string& assignment) {
     write(place, value);
 }
 
-void run(const Options& options) {
-    rapidjson::Document document = readDocument(options.path);
-    for (const std::string& assignment : options.assignments) {
-        assign(document, assignment);
+/* The JSON text of an option. Says how to write a string, since the quotes are easily forgotten and
+   the shell takes them away. */
+rapidjson::Document parseValue(const std::string& pointer, const std::string& text) {
+    const std::string name = "--set " + pointer;
+    try {
+        return parseDocument(name, text, Numbers::Exact);
+    } catch (const Failure& failure) {
+        if (text.find_first_of("\"[{-0123456789") == 0) {
+            throw;
+        }
+        throw Failure{std::string{failure.what()} + "; strings need quotes: --set '" +
+                      escaped(pointer + "=\"" + text) + "\"' or --set-string"};
     }
-    output(options.output, printDocument(find(document, options), options.decimals));
+}
+
+void set(rapidjson::Document& document, const std::string& assignment) {
+    const std::size_t equals = assignment.find('=');
+    const std::string pointer = assignment.substr(0, equals);
+    assign(document, pointer, parseValue(pointer, assignment.substr(equals + 1)));
+}
+
+void setString(rapidjson::Document& document, const std::string& assignment) {
+    const std::size_t equals = assignment.find('=');
+    const char* const text = assignment.data() + equals + 1;
+    assign(document, assignment.substr(0, equals),
+           rapidjson::Value{text, rapidjson::SizeType(assignment.size() - equals - 1),
+                            document.GetAllocator()});
+}
+
+void erase(rapidjson::Document& document, const std::string& pointer) {
+    rapidjson::Value* const value = &find(document, pointer, "--delete");
+    rapidjson::Value& parent = find(document, pointer.substr(0, pointer.rfind('/')), "--delete");
+    if (parent.IsArray()) {
+        parent.Erase(value);
+        return;
+    }
+    parent.EraseMember(std::find_if(parent.MemberBegin(), parent.MemberEnd(),
+                                    [&](const auto& member) { return &member.value == value; }));
+}
+
+rapidjson::Document read(const std::string& path) {
+    const Input input = readInput(path);
+    return parseDocument(input.name, input.content, Numbers::Exact);
+}
+
+void run(const Options& options) {
+    rapidjson::Document document = read(options.path);
+    for (const auto& edit : options.edits) {
+        edit(document);
+    }
+    const rapidjson::Value& value = find(document, options.pointer, options.path);
+    if (options.raw && value.IsString()) {
+        output(options.output,
+               Containers::StringView{value.GetString(), value.GetStringLength()} + "\n");
+        return;
+    }
+    const rapidjson::StringBuffer text = printExactly(value, options.format);
+    output(options.output, {text.GetString(), text.GetSize()});
+}
+
+/* An option that changes the document and can be given more than once. */
+CLI::Option* addEdit(CLI::App& command, const std::shared_ptr<Options>& options,
+                     const std::string& name, const std::string& typeName,
+                     void (*const edit)(rapidjson::Document&, const std::string&),
+                     const std::string& description) {
+    const auto add = [options, edit](const std::string& text) {
+        options->edits.emplace_back(
+            [edit, text](rapidjson::Document& document) { edit(document, text); });
+    };
+    /* At once, since the order of different options matters. */
+    return command.add_option_function<std::string>(name, add, description)
+        ->type_name(typeName)
+        ->trigger_on_parse();
 }
 
 } // namespace
@@ -149,20 +220,30 @@ void addJsonCommand(CLI::App& program) {
     CLI::App* const command =
         program.add_subcommand("json", "Print a JSON document or a value in it, and write values");
     const auto options = std::make_shared<Options>();
-    command->add_option("FILE", options->path, "The document")->required();
-    command
-        ->add_option(
-            "--set", options->assignments,
+    command->add_option("FILE", options->path, "The document; - for standard input")->required();
+    addEdit(*command, options, "--set", "POINTER=JSON", set,
             "Write JSON to the place that a JSON Pointer leads to; missing members are made")
-        ->type_name("POINTER=JSON")
         ->check(checkAssignment);
+    addEdit(*command, options, "--set-string", "POINTER=TEXT", setString,
+            "Write a string, which is given without quotes")
+        ->check(checkAssignment);
+    addEdit(*command, options, "--delete", "POINTER", erase,
+            "Remove the member or element that a JSON Pointer leads to")
+        ->check(checkMember);
     command
         ->add_option("--pointer", options->pointer, "JSON Pointer (RFC 6901) to the value to print")
         ->check(checkPointer);
     command
-        ->add_option("--decimals", options->decimals,
+        ->add_option("--decimals", options->format.decimals,
                      "Cut numbers off after so many fractional digits")
         ->check(CLI::Range(1, RapidJsonUtils::defaultMaxDecimalPlaces));
+    CLI::Option* const indent =
+        command->add_option("--indent", options->format.indent, "Blanks to a level")
+            ->check(CLI::Range(0, 32))
+            ->capture_default_str();
+    command->add_flag("--compact", options->format.compact, "Print everything on one line")
+        ->excludes(indent);
+    command->add_flag("--raw", options->raw, "Print a string without quotes and escapes");
     addOutputOption(*command, options->output);
     command->footer("Example, in the root of the sources:\n"
                     "  vespermoor-utils json examples/greeting/user.json --pointer /user/name");

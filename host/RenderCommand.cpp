@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -25,12 +26,17 @@ struct Options {
 };
 
 void run(const Options& options) {
-    NamedTemplate source = readTemplate(options.templatePath);
+    std::vector<std::string> inputs = options.data;
+    inputs.push_back(options.templatePath);
+    expectOneStandardInput(inputs);
+    Input input = readInput(options.templatePath);
+    NamedTemplate source = compileTemplate(input.name, std::move(input.content));
     std::vector<rapidjson::Document> documents;
     documents.reserve(options.data.size());
     Scopes scopes;
     for (const std::string& path : options.data) {
-        documents.push_back(readDocument(path));
+        const Input text = readInput(path);
+        documents.push_back(parseDocument(text.name, text.content));
         scopes.add(documents.back());
     }
     output(options.output, render(source, scopes.all()));
@@ -42,10 +48,12 @@ void addRenderCommand(CLI::App& program) {
     CLI::App* const command =
         program.add_subcommand("render", "Render a template against JSON documents");
     const auto options = std::make_shared<Options>();
-    command->add_option("TEMPLATE", options->templatePath, "The template")->required();
+    command->add_option("TEMPLATE", options->templatePath, "The template; - for standard input")
+        ->required();
     command
         ->add_option("--data", options->data,
-                     "JSON documents; the first one that has a name decides its value")
+                     "JSON documents; the first one that has a name decides its value; - for "
+                     "standard input")
         /* Otherwise a path in brackets is taken as a list. */
         ->expected(1, 1 << 20)
         ->allow_extra_args(false)
