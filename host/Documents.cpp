@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <iterator>
 #include <limits>
 #include <string>
 #include <utility>
@@ -157,15 +160,13 @@ rapidjson::Document parse(const Containers::StringView name, const Containers::S
 
 /* Cuts digits off after `decimals` fractional ones. */
 std::string decimalText(const double number, const int decimals) {
-    char scientific[32];
-    const char* const end = std::to_chars(scientific, std::end(scientific), std::abs(number),
-                                          std::chars_format::scientific)
-                                .ptr;
-    const char* const exponentMark = std::find<const char*>(scientific, end, 'e');
+    char scientific[32]{};
+    std::to_chars(scientific, std::end(scientific), std::abs(number),
+                  std::chars_format::scientific);
+    const char* const mark = std::strchr(scientific, 'e');
     char text[64];
-    const int length =
-        int(std::remove_copy<const char*>(scientific, exponentMark, text, '.') - text);
-    const int exponent = std::atoi(exponentMark + 1) - (length - 1);
+    const auto length = int(std::remove_copy<const char*>(scientific, mark, text, '.') - text);
+    const int exponent = std::atoi(mark + 1) - (length - 1);
     return {text, rapidjson::internal::Prettify(text, length, exponent, decimals)};
 }
 

@@ -251,10 +251,9 @@ public:
     int read(const int descriptor, const std::size_t limit) {
         while (size <= limit) {
             if (size == capacity) {
-                reserve(std::max<std::size_t>(2 * capacity, 1 << 16));
+                reserve(std::min(std::max<std::size_t>(2 * capacity, 1 << 16), limit + 1));
             }
-            const ssize_t count =
-                ::read(descriptor, data + size, std::min(capacity, limit + 1) - size);
+            const ssize_t count = ::read(descriptor, data + size, capacity - size);
             if (count == 0) {
                 return 0;
             }

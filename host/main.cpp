@@ -1,8 +1,10 @@
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <exception>
 #include <new>
+#include <numeric>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,12 +21,74 @@ namespace {
 constexpr int failed = 1;
 constexpr int wrongUsage = 2;
 
+constexpr const char* usualLines =
+    "Usual lines:\n"
+    "  vespermoor-utils json FILE --pointer POINTER\n"
+    "  vespermoor-utils render TEMPLATE --data FILE --output FILE\n"
+    "  vespermoor-utils generate MANIFEST\n"
+    "  vespermoor-utils tags FILE --region START END FILE --output FILE\n"
+    "  vespermoor-utils case kebab TEXT\n"
+    "  vespermoor-utils search TEXT DIRECTORY\n"
+    "  vespermoor-utils root\n"
+    "  vespermoor-utils watch DIRECTORY";
+
+/* The number of bytes to insert, remove or replace to make `to` from `from`; nothing if one begins
+   with all of the other. */
+std::size_t distance(const std::string& from, const std::string& to) {
+    if (to.compare(0, from.size(), from) == 0) {
+        return 0;
+    }
+    std::vector<std::size_t> row(to.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i != from.size(); ++i) {
+        std::size_t diagonal = std::exchange(row[0], i + 1);
+        for (std::size_t j = 0; j != to.size(); ++j) {
+            const std::size_t replaced = diagonal + (from[i] != to[j]);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
+        }
+    }
+    return row.back();
+}
+
+std::string nearestCommand(const CLI::App& program, const std::string& typed) {
+    std::string nearest;
+    for (const CLI::App* const command : program.get_subcommands({})) {
+        if (nearest.empty() || distance(typed, command->get_name()) < distance(typed, nearest)) {
+            nearest = command->get_name();
+        }
+    }
+    return nearest;
+}
+
+/* What was wrong with the command line. CLI11 only says that it found no command. */
+std::string usageError(const CLI::App& program, const CLI::ParseError& error) {
+    const std::vector<std::string> unknown = program.remaining();
+    if (!program.get_subcommands().empty() || unknown.empty()) {
+        return error.what();
+    }
+    if (unknown.front().compare(0, 1, "-") == 0) {
+        return "Unknown option " + unknown.front();
+    }
+    return "Unknown command " + unknown.front() + "; did you mean " +
+           nearestCommand(program, unknown.front()) + "?";
+}
+
+int exitWith(const CLI::App& program, const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) {
+        return program.exit(error);
+    }
+    Host::printError(usageError(program, error));
+    std::fputs("Run with --help for more information.\n", stderr);
+    return wrongUsage;
+}
+
 int run(const int argc, const char* const* const argv) {
     CLI::App program{"Services of the Vespermoor editor for the command line", "vespermoor-utils"};
     program.require_subcommand(1);
-    program.failure_message([](const CLI::App*, const CLI::Error& error) {
-        return Host::escaped(error.what()) + "\nRun with --help for more information.\n";
-    });
+    program.set_version_flag("--version", "vespermoor-utils " VESPERMOOR_VERSION,
+                             "Print the version and exit");
+    program.footer(usualLines);
     Host::addJsonCommand(program);
     Host::addRenderCommand(program);
     Host::addGenerateCommand(program);
@@ -39,7 +103,7 @@ int run(const int argc, const char* const* const argv) {
         std::reverse(words.begin(), words.end());
         program.parse(std::move(words));
     } catch (const CLI::ParseError& error) {
-        return program.exit(error) == 0 ? 0 : wrongUsage;
+        return exitWith(program, error);
     }
     return 0;
 }
