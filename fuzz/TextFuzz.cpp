@@ -47,6 +47,7 @@ private:
 
 const std::locale locales[]{
     std::locale::classic(),
+    {std::locale::classic(), new std::ctype_byname<char>{"C.UTF-8"}},
     {std::locale::classic(), new FunctionFacet{[](int c) { return c; }}},      // no case
     {std::locale::classic(), new FunctionFacet{[](int c) { return c % 86; }}}, // three are equal
 };
