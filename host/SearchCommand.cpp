@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <Corrade/Containers/Array.h>
 #include <Corrade/Containers/StringStl.h>
 #include <VespermoorEditor/Utils/String.h>
 

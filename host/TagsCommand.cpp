@@ -18,7 +18,7 @@ namespace {
 
 struct Options {
     std::string path;
-    /* Three for each region: start tag, end tag, and the file with the new content. */
+    /* Three per region: start tag, end tag, and the file with the new content. */
     std::vector<std::string> regions;
     std::string output;
 };
@@ -39,15 +39,15 @@ void run(const Options& options) {
 
 void addTagsCommand(CLI::App& program) {
     CLI::App* const command =
-        program.add_subcommand("tags", "Replace what stands between tags in a file");
+        program.add_subcommand("tags", "Replace the text between tags in a file");
     const auto options = std::make_shared<Options>();
     command->add_option("FILE", options->path, "The file")->required();
     command
         ->add_option("--region", options->regions,
-                     "Start tag, end tag, and a file with what shall stand between them")
+                     "Start tag, end tag, and a file with the new text between them")
         ->type_name("START END CONTENT_FILE")
         ->type_size(3)
-        /* Otherwise a tag in brackets is taken as a list. */
+        /* Otherwise CLI11 takes a tag in brackets for a list. */
         ->allow_extra_args(false)
         ->required();
     addOutputOption(*command, options->output);
