@@ -30,7 +30,9 @@ void run(const Options& options) {
         options.directory ? Utils::findEditorRoot(Containers::StringView{start})
                           : Utils::findEditorRoot();
     if (!root) {
-        throw Failure{start, "no data root is found from here"};
+        throw Failure{start,
+                      "no data root: no directory from here upwards has an entry shaders, and "
+                      "there is no ../share/vespermoorengine"};
     }
     print("data root: " + std::string{*root} + '\n');
 }
@@ -45,7 +47,10 @@ void addRootCommand(CLI::App& program) {
         "DIR", [options](const std::string& directory) { options->directory = directory; },
         "Where the search for the data root starts; if not given, in the directory of the "
         "executables");
-    command->footer("Example, in the root of the sources:\n"
+    command->footer("The data root is the directory of the editor's shaders and other data: the "
+                    "nearest one\nfrom the executables upwards that has an entry shaders, or "
+                    "../share/vespermoorengine, which\nan installed editor brings.\n\n"
+                    "Example, in the root of the sources:\n"
                     "  vespermoor-utils root examples/installation/bin");
     command->callback([options] { run(*options); });
 }

@@ -24,15 +24,21 @@ struct Options {
 };
 
 void run(const Options& options) {
+    std::vector<std::string> inputs{options.path};
+    for (std::size_t i = 2; i < options.regions.size(); i += 3) {
+        inputs.push_back(options.regions[i]);
+    }
+    expectOneStandardInput(inputs);
     std::vector<Containers::String> contents;
     contents.reserve(options.regions.size() / 3);
     Containers::Array<Utils::TagReplacement> replacements;
     for (std::size_t i = 0; i != options.regions.size(); i += 3) {
-        contents.push_back(readFile(options.regions[i + 2]));
+        contents.push_back(readInput(options.regions[i + 2]).content);
         arrayAppend(replacements, Utils::TagReplacement{options.regions[i], options.regions[i + 1],
                                                         contents.back()});
     }
-    output(options.output, replaceRegions(options.path, readFile(options.path), replacements));
+    const Input file = readInput(options.path);
+    output(options.output, replaceRegions(file.name, file.content, replacements));
 }
 
 } // namespace
@@ -41,7 +47,7 @@ void addTagsCommand(CLI::App& program) {
     CLI::App* const command =
         program.add_subcommand("tags", "Replace the text between tags in a file");
     const auto options = std::make_shared<Options>();
-    command->add_option("FILE", options->path, "The file")->required();
+    command->add_option("FILE", options->path, "The file; - for standard input")->required();
     command
         ->add_option("--region", options->regions,
                      "Start tag, end tag, and a file with the new text between them")

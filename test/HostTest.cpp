@@ -270,7 +270,9 @@ TEST_F(HostCommandTest, FindsTheDataRoot) {
     makeTree(directory.path(), {"bin/", "elsewhere/shaders/"});
     fs::copy_file(VESPERMOOR_PROGRAM, "bin/program");
     fs::create_directory_symlink(fs::path{VESPERMOOR_PROGRAM}.parent_path() / "../lib", "lib");
-    const std::string none = ": no data root is found from here\nexit 1\n";
+    const std::string none =
+        ": no data root: no directory from here upwards has an entry shaders, and there is "
+        "no ../share/vespermoorengine\nexit 1\n";
     const struct {
         const char *made, *start;
         std::string expected;

@@ -9,6 +9,9 @@ _vespermoor_utils() {
     elif [ "${current#-}" != "$current" ]; then
         words=$("$program" "${COMP_WORDS[1]}" --help 2>/dev/null |
             sed -nE 's/^  (-[a-z],)?(--[a-z-]+).*/\2/p')
+    elif [ "${COMP_WORDS[1]}" = case ]; then
+        [ "$COMP_CWORD" -ne 2 ] || words="kebab camel"
+        compopt +o default 2>/dev/null
     fi
     mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
 }

@@ -13,5 +13,9 @@ function __vespermoor_utils_options
 end
 
 complete -c vespermoor-utils -n __fish_use_subcommand -f -a '(__vespermoor_utils_commands)'
+complete -c vespermoor-utils -n '__fish_seen_subcommand_from case' -f
+complete -c vespermoor-utils \
+    -n '__fish_seen_subcommand_from case; and test (count (commandline -opc)) -eq 2' \
+    -a 'kebab camel'
 complete -c vespermoor-utils -n 'string match -q -- "-*" (commandline -ct)' \
     -a '(__vespermoor_utils_options)'

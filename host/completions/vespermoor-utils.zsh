@@ -13,6 +13,8 @@ _vespermoor-utils() {
         found=(${(f)"$(_call_program options $words[1] $words[2] --help |
             sed -nE 's/^  (-[a-z],)?(--[a-z-]+).*/\2/p')"})
         compadd -a found
+    elif [[ $words[2] == case ]]; then
+        ((CURRENT == 3)) && compadd kebab camel
     else
         _files
     fi
