@@ -25,14 +25,7 @@ inline namespace VespermoorStandins {
 
 enum class icon { info, warning, error, question };
 
-enum class opt : std::uint8_t { none = 0, multiselect = 1, force_overwrite = 2, force_path = 4 };
-
-inline opt operator|(opt a, opt b) {
-    return opt(std::uint8_t(a) | std::uint8_t(b));
-}
-inline bool operator&(opt a, opt b) {
-    return (std::uint8_t(a) & std::uint8_t(b)) != 0;
-}
+enum class opt : std::uint8_t { none = 0, multiselect = 1 };
 
 namespace internal {
 
@@ -113,7 +106,7 @@ public:
     ~Process() { output(); }
 
     /* Hands over the arguments as they are, no shell in between. What the program complains about
-       goes nowhere: toolkits are talkative. On failure nothing runs and the output is empty. */
+         goes nowhere: toolkits are talkative. On failure nothing runs and the output is empty. */
     void start(std::string program, std::vector<std::string> arguments) {
         std::vector<char*> argv{program.data()};
         for (std::string& argument : arguments)
@@ -140,8 +133,8 @@ public:
     }
 
     /* All that the program prints, once it has ended. It is its own end that counts, since a daemon
-       started by it may hold the output open; where the system cannot tell of that end, it is the
-       end of the output. */
+         started by it may hold the output open; where the system cannot tell of that end, it is the
+         end of the output. */
     const std::string& output() {
         while (_pid) {
             pollfd events[]{{_pipe, POLLIN, 0}, {_exited, POLLIN, 0}};
@@ -250,9 +243,8 @@ private:
             arguments.push_back("--save");
         if (type == Type::Folder)
             arguments.push_back("--directory");
-        if (!(options & opt::force_overwrite))
-            arguments.push_back("--confirm-overwrite");
-        if (options & opt::multiselect)
+        arguments.push_back("--confirm-overwrite");
+        if (options == opt::multiselect)
             arguments.push_back("--multiple");
         return arguments;
     }
@@ -262,7 +254,7 @@ private:
         Arguments arguments{type == Type::Open   ? "--getopenfilename"
                             : type == Type::Save ? "--getsavefilename"
                                                  : "--getexistingdirectory"};
-        if (options & opt::multiselect) {
+        if (options == opt::multiselect) {
             arguments.push_back("--multiple");
             arguments.push_back("--separate-output");
         }

@@ -62,6 +62,12 @@ TEST(JsonObjectTest, Numbers) {
     }
 }
 
+/* The numbers of a value of a fixed size, in storage order. */
+template <std::size_t size, class T>
+std::vector<float> numbers(const T& value) {
+    return {&value.data()[0], &value.data()[0] + size};
+}
+
 TEST(JsonObjectTest, OtherKinds) {
     EXPECT_EQ(TestObject{"[1, 2, 3]"}.size(), 3);
     EXPECT_EQ((TestObject{R"({"a": 1, "b": 2})"}.size()), 2);
@@ -72,15 +78,15 @@ TEST(JsonObjectTest, OtherKinds) {
         EXPECT_EQ(object.size(), 0) << json;
         EXPECT_FALSE(object.asBool() || object.isNull()) << json;
     }
-    EXPECT_EQ(TestObject{"[1, 2.5]"}.asVector2(), (Magnum::Vector2{1.0f, 2.5f}));
-    EXPECT_EQ(TestObject{"[1, -2, 3]"}.asVector3(), (Magnum::Vector3{1.0f, -2.0f, 3.0f}));
-    EXPECT_EQ(TestObject{"[1, 2, 3, 4]"}.asVector4(), (Magnum::Vector4{1.0f, 2.0f, 3.0f, 4.0f}));
-    EXPECT_EQ(TestObject{"[-1, 2]"}.asVector2i(), (Magnum::Vector2i{-1, 2}));
-    EXPECT_EQ(TestObject{"[1, 2, 3, 4, 5, 6, 7, 8, 9, 1, 2, 3, 4, 5, 6, 7]"}.asMatrix4()[3],
-              (Magnum::Vector4{4.0f, 5.0f, 6.0f, 7.0f}));
-    const auto quaternion = TestObject{"[0.5, -0.5, 0.25, 0.75, 99]"}.asQuaternion();
-    EXPECT_EQ(quaternion.vector(), (Magnum::Vector3{0.5f, -0.5f, 0.25f}));
-    EXPECT_EQ(quaternion.scalar(), 0.75f);
+    EXPECT_THAT(numbers<2>(TestObject{"[1, 2.5]"}.asVector2()), ElementsAre(1.0f, 2.5f));
+    EXPECT_THAT(numbers<3>(TestObject{"[1, -2, 3]"}.asVector3()), ElementsAre(1, -2, 3));
+    EXPECT_THAT(numbers<4>(TestObject{"[1, 2, 3, 4]"}.asVector4()), ElementsAre(1, 2, 3, 4));
+    EXPECT_THAT(numbers<2>(TestObject{"[-1, 2]"}.asVector2i()), ElementsAre(-1, 2));
+    EXPECT_THAT(numbers<4>(TestObject{"[0.5, -0.5, 0.25, 0.75, 99]"}.asQuaternion()),
+                ElementsAre(0.5f, -0.5f, 0.25f, 0.75f));
+    const char* const matrix = "[1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16]";
+    EXPECT_THAT(numbers<16>(TestObject{matrix}.asMatrix4()),
+                ElementsAre(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16));
 }
 
 TEST(JsonObjectTest, AllocatedArrays) {

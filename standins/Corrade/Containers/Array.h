@@ -81,23 +81,15 @@ public:
     T* end() { return _data + _size; }
     const T* end() const { return _data + _size; }
 
-    T& front() { return first(); }
     const T& front() const { return first(); }
     T& back() { return last(); }
     const T& back() const { return last(); }
     T& operator[](std::size_t i) { return at(i); }
     const T& operator[](std::size_t i) const { return at(i); }
 
-    ArrayView<T> slice(std::size_t begin, std::size_t end) { return view().slice(begin, end); }
-    ArrayView<const T> slice(std::size_t begin, std::size_t end) const {
-        return view().slice(begin, end);
-    }
     ArrayView<T> prefix(std::size_t size) { return view().prefix(size); }
     ArrayView<const T> prefix(std::size_t size) const { return view().prefix(size); }
     ArrayView<T> exceptPrefix(std::size_t size) { return view().exceptPrefix(size); }
-    ArrayView<const T> exceptPrefix(std::size_t size) const { return view().exceptPrefix(size); }
-    ArrayView<T> exceptSuffix(std::size_t size) { return view().exceptSuffix(size); }
-    ArrayView<const T> exceptSuffix(std::size_t size) const { return view().exceptSuffix(size); }
 
     /** The caller frees the memory; take `deleter()` before, as it is reset here. */
     T* release() {

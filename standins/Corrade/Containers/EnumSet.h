@@ -25,11 +25,9 @@ public:
     constexpr explicit operator UnderlyingType() const { return _value; }
 
     constexpr bool operator==(EnumSet other) const { return _value == other._value; }
-    constexpr bool operator!=(EnumSet other) const { return _value != other._value; }
 
     /* A superset, not a larger number */
     constexpr bool operator>=(EnumSet other) const { return (*this & other) == other; }
-    constexpr bool operator<=(EnumSet other) const { return other >= *this; }
 
     /* Operators on small types give int */
     constexpr EnumSet operator~() const { return EnumSet{UnderlyingType(~_value & fullValue)}; }
@@ -40,7 +38,6 @@ public:
         return EnumSet{UnderlyingType(_value & other._value)};
     }
     EnumSet& operator|=(EnumSet other) { return *this = *this | other; }
-    EnumSet& operator&=(EnumSet other) { return *this = *this & other; }
 
 private:
     UnderlyingType _value;

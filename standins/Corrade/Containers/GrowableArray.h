@@ -100,14 +100,10 @@ bool isWithin(Array<T>& array, const T* element) {
 } // namespace Implementation
 
 template <class T>
-bool arrayIsGrowable(Array<T>& array) {
-    return Implementation::GrowableMemory<T>::owns(array);
-}
-
-template <class T>
 std::size_t arrayCapacity(Array<T>& array) {
-    return arrayIsGrowable(array) ? Implementation::GrowableMemory<T>::capacity(array.data())
-                                  : array.size();
+    return Implementation::GrowableMemory<T>::owns(array)
+               ? Implementation::GrowableMemory<T>::capacity(array.data())
+               : array.size();
 }
 
 /** Gives room for exactly `capacity` elements unless there is more, and returns what there is. */

@@ -33,13 +33,6 @@ public:
 
     explicit operator bool() const { return bool(_value); }
 
-    bool operator==(const Optional& other) const { return _value == other._value; }
-    bool operator!=(const Optional& other) const { return !operator==(other); }
-    bool operator==(NullOptT) const { return !_value; }
-    bool operator!=(NullOptT) const { return bool(_value); }
-    bool operator==(const T& other) const { return _value && *_value == other; }
-    bool operator!=(const T& other) const { return !operator==(other); }
-
     T* operator->() { return &checked(*this); }
     const T* operator->() const { return &checked(*this); }
     T& operator*() & { return checked(*this); }

@@ -20,11 +20,6 @@ public:
     constexpr Pair() : _first(), _second() {}
     constexpr Pair(F first, S second) : _first(std::move(first)), _second(std::move(second)) {}
 
-    constexpr bool operator==(const Pair& other) const {
-        return _first == other._first && _second == other._second;
-    }
-    constexpr bool operator!=(const Pair& other) const { return !operator==(other); }
-
     constexpr F& first() & { return _first; }
     constexpr F first() && { return std::move(_first); }
     constexpr const F& first() const& { return _first; }

@@ -41,14 +41,11 @@ public:
 
     explicit operator bool() const { return _pointer; }
 
-    T* get() { return _pointer; }
-    const T* get() const { return _pointer; }
     T* operator->() { return checked(); }
     const T* operator->() const { return checked(); }
     T& operator*() { return *checked(); }
     const T& operator*() const { return *checked(); }
 
-    void reset(T* pointer = nullptr) { delete std::exchange(_pointer, pointer); }
     T* release() { return std::exchange(_pointer, nullptr); }
 
 private:

@@ -15,9 +15,7 @@ public:
     Reference(T&&) = delete;
 
     constexpr operator T&() const { return *_reference; }
-    constexpr T& get() const { return *_reference; }
     constexpr T* operator->() const { return _reference; }
-    constexpr T& operator*() const { return *_reference; }
 
 private:
     T* _reference;

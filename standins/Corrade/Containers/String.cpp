@@ -45,14 +45,6 @@ String::String(char* const data, const std::size_t size, const Deleter deleter) 
         "Containers::String: can only take ownership of a non-null null-terminated array");
 }
 
-char* String::release() {
-    char* const data = _data;
-    _data = emptyText;
-    _sizeAndGlobal = 0;
-    _deleter = keep;
-    return data;
-}
-
 } // namespace Containers
 } // namespace VespermoorStandins
 } // namespace Corrade

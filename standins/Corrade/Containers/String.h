@@ -35,7 +35,6 @@ public:
     VESPERMOOR_STANDINS_EXPORT String() noexcept;
     VESPERMOOR_STANDINS_EXPORT String(const char* data, std::size_t size);
     String(StringView view) : String{view.data(), view.size()} {}
-    String(MutableStringView view) : String{view.data(), view.size()} {}
     template <class Text, class = Implementation::IfPointerTo<Text, const char>>
     String(Text data) : String{StringView{data}} {}
     template <class Other, class = decltype(Implementation::StringConverter<
@@ -79,44 +78,14 @@ public:
     }
     char* data() { return _data; }
     const char* data() const { return _data; }
-    Deleter deleter() const { return _deleter; }
     std::size_t size() const { return _sizeAndGlobal & ~GlobalMask; }
     bool isEmpty() const { return !size(); }
     char* begin() { return _data; }
     const char* begin() const { return _data; }
-    char* end() { return _data + size(); }
     const char* end() const { return _data + size(); }
-
-    char front() const { return view().front(); }
-    char back() const { return view().back(); }
-    char& operator[](std::size_t i) { return at(i); }
-    char operator[](std::size_t i) const { return at(i); }
-
-    StringView slice(std::size_t begin, std::size_t end) const { return view().slice(begin, end); }
-    StringView prefix(std::size_t size) const { return view().prefix(size); }
-    StringView exceptPrefix(std::size_t size) const { return view().exceptPrefix(size); }
-    StringView exceptSuffix(std::size_t size) const { return view().exceptSuffix(size); }
-    bool hasPrefix(StringView prefix) const { return view().hasPrefix(prefix); }
-    bool hasSuffix(StringView suffix) const { return view().hasSuffix(suffix); }
-    StringView find(StringView text) const { return view().find(text); }
-    bool contains(StringView text) const { return view().contains(text); }
-    Array<StringView> split(char delimiter) const { return view().split(delimiter); }
-
-    /** The caller frees the memory; take `deleter()` before, as the string is empty after. */
-    VESPERMOOR_STANDINS_EXPORT char* release();
 
 private:
     static constexpr std::size_t GlobalMask = std::size_t(StringViewFlag::Global);
-
-    StringView view() const { return *this; }
-    char& at(std::size_t i) const {
-        VESPERMOOR_STANDINS_DEBUG_ASSERT(
-            i <= size(),
-            "Containers::String::operator[](): index %zu out of range for %zu null-terminated "
-            "bytes",
-            i, size());
-        return _data[i];
-    }
 
     char* _data;
     std::size_t _sizeAndGlobal;

@@ -140,28 +140,10 @@ public:
     constexpr BasicStringView exceptSuffix(std::size_t size) const {
         return slice(0, this->size() - size);
     }
-    /** Expects that the string begins or ends with the text. */
-    BasicStringView exceptPrefix(Text prefix) const {
-        VESPERMOOR_STANDINS_ASSERT(
-            hasPrefix(prefix),
-            "Containers::StringView::exceptPrefix(): string doesn't begin with %.*s",
-            int(prefix.size()), prefix.data());
-        return exceptPrefix(prefix.size());
-    }
-    BasicStringView exceptSuffix(Text suffix) const {
-        VESPERMOOR_STANDINS_ASSERT(
-            hasSuffix(suffix),
-            "Containers::StringView::exceptSuffix(): string doesn't end with %.*s",
-            int(suffix.size()), suffix.data());
-        return exceptSuffix(suffix.size());
-    }
     BasicStringView trimmedPrefix(Text characters) const {
         const std::size_t kept = bytes().find_first_not_of(characters.bytes());
         return exceptPrefix(kept == std::string_view::npos ? size() : kept);
     }
-
-    /** An empty view has no parts; a delimiter at an end has an empty one beside it. */
-    VESPERMOOR_STANDINS_EXPORT Array<BasicStringView> split(char delimiter) const;
 
     bool hasPrefix(Text prefix) const { return bytes().substr(0, prefix.size()) == prefix.bytes(); }
     bool hasPrefix(char prefix) const { return size() && _data[0] == prefix; }
@@ -229,15 +211,6 @@ inline bool operator!=(StringView a, StringView b) {
 }
 inline bool operator<(StringView a, StringView b) {
     return Implementation::standard(a) < Implementation::standard(b);
-}
-inline bool operator<=(StringView a, StringView b) {
-    return Implementation::standard(a) <= Implementation::standard(b);
-}
-inline bool operator>=(StringView a, StringView b) {
-    return Implementation::standard(a) >= Implementation::standard(b);
-}
-inline bool operator>(StringView a, StringView b) {
-    return Implementation::standard(a) > Implementation::standard(b);
 }
 VESPERMOOR_STANDINS_EXPORT String operator+(StringView a, StringView b);
 

@@ -22,20 +22,9 @@ public:
     constexpr Triple(F first, S second, T third)
         : _first(std::move(first)), _second(std::move(second)), _third(std::move(third)) {}
 
-    constexpr bool operator==(const Triple& other) const {
-        return _first == other._first && _second == other._second && _third == other._third;
-    }
-    constexpr bool operator!=(const Triple& other) const { return !operator==(other); }
-
-    constexpr F& first() & { return _first; }
-    constexpr F first() && { return std::move(_first); }
-    constexpr const F& first() const& { return _first; }
-    constexpr S& second() & { return _second; }
-    constexpr S second() && { return std::move(_second); }
-    constexpr const S& second() const& { return _second; }
-    constexpr T& third() & { return _third; }
-    constexpr T third() && { return std::move(_third); }
-    constexpr const T& third() const& { return _third; }
+    constexpr const F& first() const { return _first; }
+    constexpr const S& second() const { return _second; }
+    constexpr const T& third() const { return _third; }
 
 private:
     F _first;

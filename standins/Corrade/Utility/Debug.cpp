@@ -78,25 +78,10 @@ Debug& Debug::operator<<(bool value) {
 Debug& Debug::operator<<(int value) {
     return print(value);
 }
-Debug& Debug::operator<<(long value) {
-    return print(value);
-}
-Debug& Debug::operator<<(long long value) {
-    return print(value);
-}
-Debug& Debug::operator<<(unsigned value) {
-    return print(value);
-}
 Debug& Debug::operator<<(unsigned long value) {
     return print(value);
 }
-Debug& Debug::operator<<(unsigned long long value) {
-    return print(value);
-}
 Debug& Debug::operator<<(float value) {
-    return print(value);
-}
-Debug& Debug::operator<<(double value) {
     return print(value);
 }
 

@@ -34,13 +34,8 @@ public:
     Debug& operator<<(Containers::StringView value);
     Debug& operator<<(bool value);
     Debug& operator<<(int value);
-    Debug& operator<<(long value);
-    Debug& operator<<(long long value);
-    Debug& operator<<(unsigned value);
     Debug& operator<<(unsigned long value);
-    Debug& operator<<(unsigned long long value);
     Debug& operator<<(float value);
-    Debug& operator<<(double value);
     /* Would be taken for a boolean */
     Debug& operator<<(const void* value) = delete;
 

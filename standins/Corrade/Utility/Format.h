@@ -2,7 +2,6 @@
 #define VespermoorStandins_Corrade_Utility_Format_h
 
 #include <cstddef>
-#include <limits>
 #include <type_traits>
 #include <variant>
 
@@ -18,35 +17,24 @@ namespace Utility {
 
 namespace Implementation {
 
-struct FormattedFloat {
-    double value;
-    int digits;
-};
-using FormatArgument =
-    std::variant<long long, unsigned long long, FormattedFloat, Containers::StringView>;
+using FormatArgument = std::variant<long long, unsigned long long, double, Containers::StringView>;
 
-/* No more than the real one takes: neither the strings of the standard library, nor what converts
-   to a view, nor characters that are not bytes, nor scoped enumerations. */
+/* No more than the real one takes: no strings of the standard library or other types that convert
+   to a view, no enumerations, and no characters. */
 template <class T, class... Others>
 constexpr bool isOneOf = (std::is_same_v<T, Others> || ...);
 template <class T>
-constexpr bool isText = isOneOf<std::decay_t<T>, const char*, char*, Containers::StringView,
-                                Containers::MutableStringView, Containers::String>;
-template <class T>
-constexpr bool isEnumeration =
-    std::conjunction_v<std::is_enum<T>, std::is_convertible<T, long long>>;
-template <class T>
-constexpr bool isInteger = std::is_integral_v<T> && !isOneOf<T, wchar_t, char16_t, char32_t>;
+constexpr bool isText =
+    isOneOf<std::decay_t<T>, const char*, char*, Containers::StringView, Containers::String>;
 
 template <class T>
 FormatArgument formatArgument(const T& value) {
-    if constexpr (isEnumeration<T>) {
-        return formatArgument(std::underlying_type_t<T>(value));
-    } else if constexpr (isInteger<T>) {
-        using Widest = std::conditional_t<std::is_signed_v<T>, long long, unsigned long long>;
-        return Widest(value);
-    } else if constexpr (isOneOf<T, float, double>) {
-        return FormattedFloat{value, std::numeric_limits<T>::digits10};
+    if constexpr (isOneOf<T, int, long, long long>) {
+        return static_cast<long long>(value);
+    } else if constexpr (isOneOf<T, unsigned, unsigned long, unsigned long long>) {
+        return static_cast<unsigned long long>(value);
+    } else if constexpr (isOneOf<T, double>) {
+        return value;
     } else {
         static_assert(isText<T>, "no argument of this type can be formatted");
         return Containers::StringView{value};
@@ -58,7 +46,8 @@ format(const char* format, const FormatArgument* arguments, std::size_t count);
 
 } // namespace Implementation
 
-/** Of the placeholders of the real one only `{}`, `{0}` and `{:.4f}`; any other aborts. */
+/** Knows the placeholders `{}` for texts and integers and `{:.4f}` for doubles; any other brace
+    aborts. */
 template <class... Args>
 Containers::String format(const char* format, const Args&... args) {
     const Implementation::FormatArgument arguments[]{Implementation::formatArgument(args)..., 0ll};

@@ -5,9 +5,10 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,9 +16,11 @@
 #include "Corrade/Containers/Array.h"
 #include "Corrade/Containers/ArrayView.h"
 #include "Corrade/Containers/GrowableArray.h"
+#include "Corrade/Containers/Implementation/Assertion.h"
 #include "Corrade/Containers/Optional.h"
 #include "Corrade/Containers/Pair.h"
 #include "Corrade/Containers/String.h"
+#include "Corrade/Containers/StringStl.h"
 #include "Corrade/Containers/StringView.h"
 #include "Corrade/Utility/Debug.h"
 #include "Corrade/Utility/Format.h"
@@ -29,19 +32,34 @@ namespace Path {
 
 namespace {
 
+namespace fs = std::filesystem;
+
 using Containers::Optional;
 using Containers::StringView;
 using namespace Containers::Literals;
 
-/* Prints what failed and why the system refused. The error is read first of all, before anything
-   here can overwrite it. */
+/* Prints what failed and why the system refused. */
+template <class... Args>
+bool fail(std::error_code error, const char* message, const Args&... args) {
+    Error{} << format(message, args...) << Debug::nospace << ": error" << error.value() << "("
+            << Debug::nospace << error.message() << Debug::nospace << ")";
+    return false;
+}
+
+/* The error is read first of all, before anything here can overwrite it. */
 template <class... Args>
 bool fail(const char* message, const Args&... args) {
-    const int error = errno;
-    Error{} << format(message, args...) << Debug::nospace << ":"
-            << "error" << error << "(" << Debug::nospace << std::strerror(error) << Debug::nospace
-            << ")";
-    return false;
+    return fail(std::error_code{errno, std::generic_category()}, message, args...);
+}
+
+/* A link counts as the entry it leads to. One that leads nowhere is never skipped. */
+bool isSkipped(const fs::directory_entry& entry, ListFlags flags) {
+    std::error_code ignored;
+    if (!(flags & (ListFlag::SkipFiles | ListFlag::SkipSpecial)) || entry.is_directory(ignored))
+        return false;
+    return flags >=
+               (entry.is_regular_file(ignored) ? ListFlag::SkipFiles : ListFlag::SkipSpecial) &&
+           entry.exists(ignored);
 }
 
 class File {
@@ -131,28 +149,10 @@ bool isDirectory(StringView path) {
            S_ISDIR(status.st_mode);
 }
 
-/* Tries the whole path first: in most calls its parent is there. */
 bool make(StringView path) {
-    if (path.isEmpty())
-        return true;
-    if (path.hasSuffix('/'))
-        return make(path.exceptSuffix(1));
-    const Containers::String name = Containers::String::nullTerminatedView(path);
-    if (mkdir(name.data(), 0777) == 0)
-        return true;
-    if (errno != EEXIST) {
-        const StringView parent = split(path).first();
-        if (!parent.isEmpty() && !exists(parent) && !make(parent))
-            return false;
-        if (mkdir(name.data(), 0777) == 0)
-            return true;
-    }
-    if (errno != EEXIST)
-        return fail("Utility::Path::make(): can't create {}", path);
-    if (isDirectory(name))
-        return true;
-    Error{} << "Utility::Path::make():" << path << "exists but is not a directory";
-    return false;
+    std::error_code error;
+    fs::create_directories(std::string_view{path.data(), path.size()}, error);
+    return !error || fail(error, "Utility::Path::make(): can't create {}", path);
 }
 
 bool remove(StringView path) {
@@ -177,15 +177,13 @@ Optional<Containers::String> executableLocation() {
 }
 
 Optional<Containers::String> currentDirectory() {
-    char* const directory = getcwd(nullptr, 0);
-    if (!directory) {
-        const int error = errno;
-        Error{} << "Utility::Path::currentDirectory(): error" << error << "(" << Debug::nospace
-                << std::strerror(error) << Debug::nospace << ")";
+    std::error_code error;
+    const fs::path directory = fs::current_path(error);
+    if (error) {
+        fail(error, "Utility::Path::currentDirectory()");
         return {};
     }
-    return Containers::String{directory, std::strlen(directory),
-                              [](char* data, std::size_t) { std::free(data); }};
+    return Containers::String{directory.c_str()};
 }
 
 Optional<Containers::String> homeDirectory() {
@@ -195,54 +193,22 @@ Optional<Containers::String> homeDirectory() {
     return {};
 }
 
-namespace {
-
-/* The type of what an entry leads to; that of the entry itself where it leads nowhere. */
-unsigned char entryType(DIR* directory, const dirent& entry) {
-    struct stat status;
-    if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN)
-        return entry.d_type;
-    if (fstatat(dirfd(directory), entry.d_name, &status, 0) != 0)
-        return DT_LNK;
-    return (unsigned char)(IFTODT(status.st_mode));
-}
-
-bool isSkipped(DIR* directory, const dirent& entry, ListFlags flags) {
-    const StringView name = entry.d_name;
-    if (flags >= ListFlag::SkipDotAndDotDot && (name == "."_s || name == ".."_s))
-        return true;
-    if (!(flags & (ListFlag::SkipFiles | ListFlag::SkipDirectories | ListFlag::SkipSpecial)))
-        return false;
-    switch (entryType(directory, entry)) {
-    case DT_LNK:
-        return false;
-    case DT_REG:
-        return flags >= ListFlag::SkipFiles;
-    case DT_DIR:
-        return flags >= ListFlag::SkipDirectories;
-    default:
-        return flags >= ListFlag::SkipSpecial;
-    }
-}
-
-} // namespace
-
 Optional<Containers::Array<Containers::String>> list(StringView path, ListFlags flags) {
-    DIR* const directory = opendir(Containers::String::nullTerminatedView(path).data());
-    if (!directory) {
-        fail("Utility::Path::list(): can't list {}", path);
+    VESPERMOOR_STANDINS_DEBUG_ASSERT(
+        flags >= ListFlag::SkipDotAndDotDot,
+        "Utility::Path::list(): the stand-in always skips . and .., ask for that");
+    Containers::Array<Containers::String> names;
+    std::error_code error;
+    fs::directory_iterator entry{std::string_view{path.data(), path.size()}, error};
+    for (; !error && entry != fs::directory_iterator{}; entry.increment(error))
+        if (!isSkipped(*entry, flags))
+            arrayAppend(names, InPlaceInit, entry->path().filename().c_str());
+    if (error) {
+        fail(error, "Utility::Path::list(): can't list {}", path);
         return {};
     }
-    Containers::Array<Containers::String> names;
-    while (const dirent* const entry = readdir(directory))
-        if (!isSkipped(directory, *entry, flags))
-            arrayAppend(names, InPlaceInit, entry->d_name);
-    closedir(directory);
-
     if (flags & ListFlag::SortAscending)
         std::sort(names.begin(), names.end());
-    if (flags >= ListFlag::SortDescending && !(flags >= ListFlag::SortAscending))
-        std::reverse(names.begin(), names.end());
     return Optional<Containers::Array<Containers::String>>{std::move(names)};
 }
 

@@ -17,8 +17,8 @@ namespace Path {
 VESPERMOOR_STANDINS_EXPORT Containers::StringView fromNativeSeparators(Containers::StringView path);
 VESPERMOOR_STANDINS_EXPORT Containers::StringView toNativeSeparators(Containers::StringView path);
 
-VESPERMOOR_STANDINS_EXPORT Containers::Pair<Containers::StringView, Containers::StringView>
-split(Containers::StringView path);
+VESPERMOOR_STANDINS_EXPORT
+Containers::Pair<Containers::StringView, Containers::StringView> split(Containers::StringView path);
 VESPERMOOR_STANDINS_EXPORT Containers::String join(Containers::StringView path,
                                                    Containers::StringView filename);
 
@@ -35,17 +35,16 @@ VESPERMOOR_STANDINS_EXPORT Containers::Optional<Containers::String> homeDirector
 enum class ListFlag : unsigned char {
     SkipDotAndDotDot = 1 << 0,
     SkipFiles = 1 << 1,
-    SkipDirectories = 1 << 2,
     SkipSpecial = 1 << 3,
-    /* Holds the bit of the other order, so that ascending wins where both are given. */
-    SortAscending = 3 << 4,
-    SortDescending = 1 << 5
+    SortAscending = 3 << 4
 };
 using ListFlags = Containers::EnumSet<ListFlag>;
 CORRADE_ENUMSET_OPERATORS(ListFlags)
 
-VESPERMOOR_STANDINS_EXPORT Containers::Optional<Containers::Array<Containers::String>>
-list(Containers::StringView path, ListFlags flags = {});
+/** Expects `SkipDotAndDotDot`, without which the real one gives those entries too. */
+VESPERMOOR_STANDINS_EXPORT
+Containers::Optional<Containers::Array<Containers::String>> list(Containers::StringView path,
+                                                                 ListFlags flags);
 
 VESPERMOOR_STANDINS_EXPORT Containers::Optional<Containers::String>
 readString(Containers::StringView filename);

@@ -23,14 +23,6 @@ public:
 
     auto data() -> T (&)[16] { return reinterpret_cast<T(&)[16]>(_columns); }
     auto data() const -> const T (&)[16] { return reinterpret_cast<const T(&)[16]>(_columns); }
-    constexpr Vector4<T>& operator[](std::size_t column) { return _columns[column]; }
-    constexpr const Vector4<T>& operator[](std::size_t column) const { return _columns[column]; }
-
-    bool operator==(const Matrix4& other) const {
-        return _columns[0] == other[0] && _columns[1] == other[1] && _columns[2] == other[2] &&
-               _columns[3] == other[3];
-    }
-    bool operator!=(const Matrix4& other) const { return !operator==(other); }
 
 private:
     Vector4<T> _columns[4];

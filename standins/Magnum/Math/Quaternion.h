@@ -14,16 +14,10 @@ class Quaternion {
 public:
     constexpr Quaternion() noexcept : Quaternion{{}, T(1)} {}
     constexpr Quaternion(const Vector3<T>& vector, T scalar) noexcept
-        : _xyzw{vector.x(), vector.y(), vector.z(), scalar} {}
+        : _xyzw{vector[0], vector[1], vector[2], scalar} {}
 
     auto data() -> T (&)[4] { return _xyzw.data(); }
     auto data() const -> const T (&)[4] { return _xyzw.data(); }
-    constexpr const Vector3<T> vector() const { return {_xyzw.x(), _xyzw.y(), _xyzw.z()}; }
-    constexpr T& scalar() { return _xyzw.w(); }
-    constexpr T scalar() const { return _xyzw.w(); }
-
-    bool operator==(const Quaternion& other) const { return _xyzw == other._xyzw; }
-    bool operator!=(const Quaternion& other) const { return !operator==(other); }
 
 private:
     Vector4<T> _xyzw;

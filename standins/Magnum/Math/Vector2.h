@@ -13,11 +13,6 @@ class Vector2 : public Vector<2, T> {
 public:
     constexpr Vector2() noexcept = default;
     constexpr Vector2(T x, T y) noexcept : Vector<2, T>(x, y) {}
-
-    constexpr T& x() { return (*this)[0]; }
-    constexpr const T& x() const { return (*this)[0]; }
-    constexpr T& y() { return (*this)[1]; }
-    constexpr const T& y() const { return (*this)[1]; }
 };
 
 } // namespace Math

@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <fstream>
-#include <functional>
 
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -28,7 +27,7 @@ struct Stubs {
         }
     }
 
-    /* What `show` returns in a process of its own, since the real header looks for its helper once
+    /* The result of `show` in a process of its own, since the real header looks for its helper once
        in a process. */
     static std::string result(const std::function<std::string()>& show) {
         ChildProcess dialogs{[&]() -> std::string {
@@ -50,16 +49,9 @@ struct Stubs {
     const ScopedCurrentDirectory current{directory.path()};
 };
 
-/* @ stands for the directory of the test, which is the current one. */
+/* With @ for the directory of the test, which is the current one. */
 TEST(PortableFileDialogs, RunTheHelperOfTheDesktop) {
-    const struct {
-        const char* path;
-        const char* desktop;
-        Texts installed;
-        /* The one that runs, if any. */
-        std::string chosen;
-    } rows[]{
-        // clang-format off
+    const std::tuple<const char*, const char*, Texts, std::string> rows[]{
         {"@/bin", "", {}, ""},
         {"@/bin", "", {"bin/kdialog", "bin/qarma", "bin/matedialog", "bin/zenity"}, "bin/zenity"},
         {"@/bin", "KDE", {"bin/kdialog", "bin/zenity"}, "bin/kdialog"},
@@ -69,67 +61,60 @@ TEST(PortableFileDialogs, RunTheHelperOfTheDesktop) {
         {"@/bin:@/b:@/c", "", {"b/zenity", "c/zenity", "bin/zenity/folder"}, "b/zenity"},
         {":@/bin", "", {"zenity"}, "zenity"},
         {"@/bin:", "", {"zenity"}, "zenity"},
-        {"", "", {"zenity"}, ""},
-        // clang-format on
-    };
-    for (const auto& row : rows) {
-        const Stubs stubs{row.installed, "echo /a"};
-        const ScopedVariable path{"PATH", stubs.directory.expanded(row.path)};
-        const ScopedVariable desktop{"XDG_SESSION_DESKTOP", row.desktop};
+        {"", "", {"zenity"}, ""}};
+    for (const auto& [searched, session, installed, chosen] : rows) {
+        const Stubs stubs{installed, "echo /a"};
+        const ScopedVariable path{"PATH", stubs.directory.expanded(searched)};
+        const ScopedVariable desktop{"XDG_SESSION_DESKTOP", session};
         EXPECT_EQ(Stubs::result([] { return pfd::select_folder{"title"}.result(); }),
-                  row.chosen.empty() ? "" : "/a");
+                  chosen.empty() ? "" : "/a");
         const Texts run = recorded(stubs.directory);
-        EXPECT_EQ(run.empty() ? "" : fs::proximate(stubs.directory.expanded(run[0])), row.chosen);
+        EXPECT_EQ(run.empty() ? "" : fs::proximate(stubs.directory.expanded(run[0])), chosen);
     }
 }
 
-/* Quotes, blanks, a line end, what a shell would take to heart, a dash at the start. */
+/* Quotes, blanks, a line end, characters that a shell acts on, a dash at the start. */
 const std::string odd = "-a 'b' \"c\"\n$(d) `e` \\ | %s";
 
+/* The options that kdialog gets. */
+template <class Show>
+Texts options(const Show show) {
+    const Stubs stubs{{"bin/kdialog"}, ""};
+    EXPECT_EQ(Stubs::result([&] { return show(), ""; }), "");
+    return recordedOptions(stubs.directory);
+}
+
 TEST(PortableFileDialogs, HandEveryTextOverToKdialog) {
-    const struct {
-        void (*show)();
-        Texts options;
-    } rows[]{
-        // clang-format off
-        {[] { pfd::open_file(odd, odd, {odd, "*.a *.b", "All", "*"}, pfd::opt::multiselect); },
-         {"--getopenfilename", "--multiple", "--separate-output", "--title=" + odd, odd,
-          odd + "(*.a *.b) | All(*)"}},
-        {[] { pfd::select_folder("t", "p"); }, {"--getexistingdirectory", "--title=t", "p", ""}},
-        {[] { pfd::notify(odd, odd, pfd::icon::warning); },
-         {"--icon=warning", "--title=" + odd, "--passivepopup=" + odd, "5"}},
-        // clang-format on
+    const auto open = [] {
+        pfd::open_file(odd, odd, {odd, "*.a *.b", "All", "*"}, pfd::opt::multiselect);
     };
-    for (const auto& row : rows) {
-        const Stubs stubs{{"bin/kdialog"}, ""};
-        EXPECT_EQ(Stubs::result([&] { return row.show(), ""; }), "");
-        EXPECT_THAT(recordedOptions(stubs.directory),
-                    testing::UnorderedElementsAreArray(row.options));
-    }
+    EXPECT_THAT(options(open), testing::UnorderedElementsAre("--getopenfilename", "--multiple",
+                                                             "--separate-output", "--title=" + odd,
+                                                             odd, odd + "(*.a *.b) | All(*)"));
+    EXPECT_THAT(options([] { pfd::select_folder("t", "p"); }),
+                testing::UnorderedElementsAre("--getexistingdirectory", "--title=t", "p", ""));
+    EXPECT_THAT(options([] { pfd::notify(odd, odd, pfd::icon::warning); }),
+                testing::UnorderedElementsAre("--icon=warning", "--title=" + odd,
+                                              "--passivepopup=" + odd, "5"));
 }
 
 TEST(PortableFileDialogs, ReadAnAnswerWhateverTheExitStatus) {
+    const Stubs stubs{{"bin/zenity"}, "/bin/cat answer; exit 1"};
+    const auto answers = [&](const std::string& answer) {
+        writeFile(stubs.directory / "answer", answer);
+        const auto one = [] { return pfd::save_file{"title"}.result(); };
+        const auto all = [] { return std::to_string(pfd::open_file{"title"}.result().size()); };
+        return Texts{Stubs::result(one), Stubs::result(all)};
+    };
     std::string many;
     for (int i = 0; i != 20000; ++i) {
         many += "/a\n";
     }
-    const struct {
-        std::string answer, one;
-        std::size_t files;
-    } rows[]{
-        // clang-format off
-        {"\n", "", 0}, {"/a/\n", "/a", 1}, {"/a\n\n/b\n", "/a\n\n/b", 1},
-        {"/a\n/cut", "/a\n/cut", 1}, {many + "/b\n", many + "/b", 20001},
-        // clang-format on
-    };
-    const Stubs stubs{{"bin/zenity"}, "/bin/cat answer; exit 1"};
-    for (const auto& row : rows) {
-        writeFile(stubs.directory / "answer", row.answer);
-        EXPECT_EQ(Stubs::result([] { return pfd::save_file{"title"}.result(); }), row.one);
-        EXPECT_EQ(
-            Stubs::result([] { return std::to_string(pfd::open_file{"title"}.result().size()); }),
-            std::to_string(row.files));
-    }
+    EXPECT_EQ(answers("\n"), (Texts{"", "0"}));
+    EXPECT_EQ(answers("/a/\n"), (Texts{"/a", "1"}));
+    EXPECT_EQ(answers("/a\n\n/b\n"), (Texts{"/a\n\n/b", "1"}));
+    EXPECT_EQ(answers("/a\n/cut"), (Texts{"/a\n/cut", "1"}));
+    EXPECT_EQ(answers(many + "/b\n"), (Texts{many + "/b", "20001"}));
 }
 
 TEST(PortableFileDialogs, EndWithTheHelperAndNotWithItsDaemon) {
