@@ -1,21 +1,22 @@
 #include "VespermoorEditor/Utils/EditorUtils.h"
 
-#include <optional>
-
 #include <Corrade/Containers/Optional.h>
 
 #include "Processes.h"
 #include "Support.h"
+#include "Tree.h"
 #include "VespermoorEditor/Utils/System.h"
 
 namespace VespermoorEngine::Test {
 namespace {
 
-TEST(ExecutablesPath, IsEmptyAndNoRootIsSearchedWhereTheSystemCannotTell) {
+/* An empty start would find both decoys, which are around the current directory. */
+TEST(ExecutablesPath, IsEmptyAndNoRootIsSearchedIfTheSystemCannotTell) {
     EXPECT_EQ(text(Utils::executablesPath()), fs::read_symlink("/proc/self/exe").parent_path());
     const TemporaryDirectory directory;
-    writeFile(directory / "shaders/phong", "");
-    const ScopedCurrentDirectory current{directory.path()};
+    writeFile(directory / "a/shaders/phong", "");
+    writeFile(directory / "share/vespermoorengine/x", "");
+    const ScopedCurrentDirectory current{directory / "a"};
     const std::optional<std::string> result = resultWithMount("/proc", [] {
         const Messages messages;
         const std::string path = text(Utils::executablesPath());
@@ -31,31 +32,23 @@ TEST(ExecutablesPath, IsEmptyAndNoRootIsSearchedWhereTheSystemCannotTell) {
     EXPECT_EQ(*result, "none " + message + message);
 }
 
-/* @ stands for the directory of the test, which is the current one. */
+/* With @ for the directory of the test, which is the current one. */
 TEST(FindEditorRoot, SearchesUpwardsAndThenTheInstallation) {
-    const struct {
-        std::vector<const char*> files;
-        std::string start, expected;
-    } rows[]{
-        // clang-format off
+    const std::tuple<std::vector<std::string>, std::string, std::string> rows[]{
         {{}, "@/a/bin", "none"},
         {{"a/shaders/x", "a/share/vespermoorengine/x"}, "@/a/bin", "@/a"},
         {{"a/shaders/x"}, "a/bin", "a"},
         {{"a/share/vespermoorengine/x"}, "@/a/bin", "@/a/share/vespermoorengine"},
         {{"a/share/vespermoorengine/x"}, "a/bin", "@/a/share/vespermoorengine"},
         {{"a/share/vespermoorengine"}, "@/a/bin", "@/a/share/vespermoorengine"},
-        {{"a/share/vespermoorengine/x"}, "@/a/bin/b", "none"},
-        // clang-format on
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.start + " to " + row.expected);
+        {{"a/share/vespermoorengine/x"}, "@/a/bin/b", "none"}};
+    for (const auto& [files, start, expected] : rows) {
+        SCOPED_TRACE(start + " to " + expected);
         const TemporaryDirectory directory;
-        for (const char* const file : row.files) {
-            writeFile(directory / file, "");
-        }
+        makeTree(directory.path(), files);
         const ScopedCurrentDirectory current{directory.path()};
-        const auto root = Utils::findEditorRoot(view(directory.expanded(row.start)));
-        EXPECT_EQ(root ? directory.shortened(text(*root)) : "none", row.expected);
+        const auto root = Utils::findEditorRoot(view(directory.expanded(start)));
+        EXPECT_EQ(root ? directory.shortened(text(*root)) : "none", expected);
     }
 }
 

@@ -11,9 +11,9 @@
 #include <gmock/gmock.h>
 
 #include "FileWatchState.h"
+#include "Processes.h"
 #include "Support.h"
 #include "Tree.h"
-#include "Unprivileged.h"
 
 namespace VespermoorEngine::Test {
 namespace {

@@ -8,7 +8,7 @@
 
 namespace VespermoorEngine::Test {
 
-/** @brief Document of the text @p json; fails the test where that is no JSON. */
+/** @brief Document of the text @p json; fails the test if that is not JSON. */
 inline rapidjson::Document parse(const std::string& json) {
     rapidjson::Document document;
     document.Parse(json.data(), json.size());

@@ -73,15 +73,12 @@ std::string missingPrograms(const std::string& programs) {
                     "; do command -v $program > /dev/null || printf '%s ' $program; done");
 }
 
-void writeScript(const std::string& path, const std::string& commands) {
-    writeFile(path, "#!/bin/sh\n" + commands + '\n');
-    fs::permissions(path, fs::perms::owner_all);
-}
-
 void writeRecorder(const TemporaryDirectory& directory, const std::string& name,
                    const std::string& commands) {
-    writeScript(directory / name,
-                R"(printf '%s\0' "$0" "$PWD" "$@" >> ')" + directory / "record" + "'\n" + commands);
+    writeFile(directory / name, "#!/bin/sh\n"
+                                R"(printf '%s\0' "$0" "$PWD" "$@" >> ')" +
+                                    directory / "record" + "'\n" + commands + '\n');
+    fs::permissions(directory / name, fs::perms::owner_all);
 }
 
 std::vector<std::string> recorded(const TemporaryDirectory& directory) {
@@ -161,6 +158,14 @@ int ChildProcess::stop(const std::vector<int>& signals) {
         return waitid(P_PID, id_t(_process), &end, WEXITED | WNOHANG | WNOWAIT) != 0 || end.si_pid;
     });
     return end.si_code == CLD_EXITED ? end.si_status : -1;
+}
+
+int unprivileged(const std::function<int()>& operation) {
+    ChildProcess child{[&]() -> std::string {
+        const bool dropped = geteuid() != 0 || (setgid(65534) == 0 && setuid(65534) == 0);
+        return dropped ? std::to_string(operation()) : "-1";
+    }};
+    return std::stoi(child.result(std::chrono::minutes{1}).value_or("-1"));
 }
 
 std::string outputOf(const std::string& command) {

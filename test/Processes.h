@@ -33,11 +33,8 @@ private:
     std::string _before;
 };
 
-/** @brief Those of @p programs that `PATH` does not lead to, with blanks in between. */
+/** @brief The @p programs that `PATH` does not lead to, with blanks in between. */
 std::string missingPrograms(const std::string& programs);
-
-/** @brief Makes @p path an executable shell script. */
-void writeScript(const std::string& path, const std::string& commands);
 
 /**
  * @brief Makes @p name a program that adds to the file `record` of @p directory how it was run.
@@ -75,8 +72,8 @@ public:
     /**
      * @brief Calls @p operation in a copy of this process.
      *
-     * For what blocks until somebody else has done something, or keeps things for the rest of its
-     * process.
+     * For an operation that blocks until another process has done something, or that keeps state
+     * for the rest of its process.
      */
     explicit ChildProcess(const std::function<std::string()>& operation);
 
@@ -84,14 +81,14 @@ public:
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    /** @brief What the operation returned, or nothing if it has not yet after that time. */
+    /** @brief Result of the operation, or nothing if it has not ended after that time. */
     std::optional<std::string> result(std::chrono::milliseconds patience);
 
     /**
-     * @brief Sends @p signals, waits for the end and returns the exit code, or -1 where a signal
+     * @brief Sends @p signals, waits for the end and returns the exit code, or -1 if a signal
      * ended it.
      *
-     * Fails the test where it does not end.
+     * Fails the test if it does not end.
      */
     int stop(const std::vector<int>& signals);
 
@@ -101,14 +98,20 @@ private:
     std::string _received;
 };
 
-/** @brief What the shell's @p command printed. */
+/**
+ * @brief Result of @p operation in a copy of this process without the privileges of root, who is
+ * refused nothing.
+ */
+int unprivileged(const std::function<int()>& operation);
+
+/** @brief Output of the shell's @p command. */
 std::string outputOf(const std::string& command);
 
 /**
- * @brief What @p operation returns in a copy of this process that alone sees an empty tmpfs on
+ * @brief Result of @p operation in a copy of this process that alone sees an empty tmpfs on
  * @p path.
  *
- * Nothing where the machine does not let this user mount.
+ * Nothing if the machine does not let this user mount.
  */
 std::optional<std::string> resultWithMount(const std::string& path,
                                            const std::function<std::string()>& operation);

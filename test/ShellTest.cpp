@@ -2,7 +2,6 @@
 
 #include <Corrade/Containers/Pair.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
 
 #include "Processes.h"
 #include "Support.h"
@@ -12,6 +11,7 @@ namespace VespermoorEngine::Test {
 namespace {
 
 using namespace std::string_literals;
+using testing::ElementsAre;
 
 /* A home without a profile, so that the login shell has nothing of its own to print. */
 class Shell : public testing::Test {
@@ -20,73 +20,55 @@ protected:
     const ScopedVariable home{"HOME", directory.path()};
 };
 
+using Captured = std::pair<int, std::string>;
+
+/* Wait status and output. */
+Captured captured(const std::string& command, const char* const in = "") {
+    Containers::String output = "of an earlier command";
+    const int status = runShellCommandCapture(view(command), output, in);
+    EXPECT_EQ(output.data()[output.size()], '\0');
+    return {status, text(output)};
+}
+
 TEST_F(Shell, GivesOutputAndWaitStatus) {
     writeFile(directory / ".profile", "variable=of_a_login_shell");
-    struct Row {
-        std::string command, output;
-        int status = 0;
-    };
-    std::vector<Row> rows{
-        {R"(printf "a\000b\000")", "a\0b\0"s},
-        {"echo out; echo error >&2; echo out", "out\nerror\nout\n"},
-        {"echo before; exit 1", "before\n", 1 << 8},
-        {"echo {} {0} }{ $variable", "{} {0} }{ of_a_login_shell\n"},
-        {"echo a'; echo 'b", "a\nb\n"},
-    };
+    EXPECT_EQ(captured(R"(printf "a\000b\000")"), Captured(0, "a\0b\0"s));
+    EXPECT_EQ(captured("echo out; echo error >&2; echo out"), Captured(0, "out\nerror\nout\n"));
+    EXPECT_EQ(captured("echo {} {0} }{ $variable"), Captured(0, "{} {0} }{ of_a_login_shell\n"));
+    EXPECT_EQ(captured("echo a'; echo 'b"), Captured(0, "a\nb\n"));
+    EXPECT_EQ(captured("echo before; exit 3"), Captured(3 << 8, "before\n"));
     for (const std::size_t size : {0, 1, 8191, 8192, 8193, 64 << 20}) {
-        rows.push_back({"head -c " + std::to_string(size) + " /dev/zero", std::string(size, '\0')});
-    }
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.command);
-        Containers::String output = "of an earlier command";
-        EXPECT_EQ(runShellCommandCapture(view(row.command), output, {}), row.status);
-        EXPECT_EQ(output.size(), row.output.size());
-        EXPECT_TRUE(text(output) == row.output);
-        EXPECT_EQ(output.data()[output.size()], '\0');
+        const std::string command = "head -c " + std::to_string(size) + " /dev/zero";
+        EXPECT_TRUE(captured(command) == Captured(0, std::string(size, '\0'))) << command;
     }
 }
 
 TEST_F(Shell, RunsInTheDirectoryOrNotAtAll) {
     const ScopedCurrentDirectory current{directory.path()};
     fs::create_directory(directory / "{} a b");
-    const std::pair<const char*, const char*> rows[]{
-        {"", "@\n"}, {"{} a b", "@/{} a b\n"}, {"missing", ""}};
-    for (const auto& [in, expected] : rows) {
-        Containers::String output = "of an earlier command";
-        testing::internal::CaptureStderr();
-        const int status = runShellCommandCapture("pwd", output, in);
-        EXPECT_EQ(testing::internal::GetCapturedStderr().empty(), status == 0);
-        EXPECT_EQ(WIFEXITED(status) && WEXITSTATUS(status) == 0, *expected != 0) << status;
-        EXPECT_EQ(directory.shortened(text(output)), expected);
-        EXPECT_EQ(fs::current_path(), directory.path());
-    }
+    EXPECT_EQ(captured("pwd"), Captured(0, directory.path() + '\n'));
+    EXPECT_EQ(captured("pwd", "{} a b"), Captured(0, directory / "{} a b\n"));
+    testing::internal::CaptureStderr();
+    const auto [status, output] = captured("pwd", "missing");
+    EXPECT_NE(testing::internal::GetCapturedStderr(), "");
+    EXPECT_NE(status, 0);
+    EXPECT_EQ(output, "");
+    EXPECT_EQ(fs::current_path(), directory.path());
 }
 
-/* Whether the outer shell makes room for the inner one or waits for it, and then reports its end,
-   is its own choice. */
-TEST_F(Shell, TellsOfAKilledCommand) {
-    Containers::String output;
-    const int status = runShellCommandCapture("echo before; kill -9 $$", output, {});
-    EXPECT_THAT(text(output), testing::StartsWith("before\n"));
-    EXPECT_THAT(status, testing::AnyOf(SIGKILL, (128 + SIGKILL) << 8));
-}
-
-TEST_F(Shell, GivesAStatusOfItsOwnWhereThereIsNone) {
-    Containers::String output = "of an earlier command";
+TEST_F(Shell, GivesAStatusOfItsOwnIfThereIsNone) {
     rlimit before;
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
     const rlimit none{3, before.rlim_max};
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
-    const int notStarted = runShellCommandCapture("true", output, {});
+    const Captured notStarted = captured("true");
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
-    EXPECT_EQ(notStarted, 1);
-    EXPECT_EQ(text(output), "of an earlier command");
+    EXPECT_EQ(notStarted, Captured(1, "of an earlier command"));
 
     /* The kernel itself reaps the children of a process that ignores their end. */
     const sighandler_t handler = std::signal(SIGCHLD, SIG_IGN);
-    EXPECT_EQ(runShellCommandCapture("echo new", output, {}), -1);
+    EXPECT_EQ(captured("echo new"), Captured(-1, "new\n"));
     std::signal(SIGCHLD, handler);
-    EXPECT_EQ(text(output), "new\n");
 }
 
 using Variable = Containers::Pair<Containers::String, Containers::String>;
@@ -110,7 +92,7 @@ TEST(ChangeDirectory, ChangesThatOfTheProcessOrNothing) {
     const ScopedCurrentDirectory current{fs::current_path()};
     const TemporaryDirectory directory;
     const std::string longer = directory.path() + "missing";
-    EXPECT_EQ(changeDirectory(view(longer).exceptSuffix("missing")), 0);
+    EXPECT_EQ(changeDirectory(view(longer).prefix(directory.path().size())), 0);
     EXPECT_EQ(fs::current_path(), directory.path());
     const Messages messages;
     EXPECT_EQ(changeDirectory("missing"), -1);
@@ -118,36 +100,32 @@ TEST(ChangeDirectory, ChangesThatOfTheProcessOrNothing) {
     EXPECT_EQ(messages.text(), "");
 }
 
-/* An `xdg-open` first in PATH records its runs. */
+/* Program, directory and arguments of the `xdg-open` that `launch` runs, if it does. With @ for the
+   current directory, which has `a folder`. */
+std::vector<std::string> launched(const std::function<void()>& launch) {
+    const TemporaryDirectory directory;
+    writeRecorder(directory, "bin/xdg-open");
+    fs::create_directory(directory / "a folder");
+    const ScopedVariable path{"PATH", directory / "bin:" + std::getenv("PATH")};
+    const ScopedCurrentDirectory current{directory.path()};
+    testing::internal::CaptureStderr();
+    launch();
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(fs::current_path(), directory.path());
+    return recorded(directory);
+}
+
 TEST(Launch, HandsOverToTheDesktop) {
-    const struct {
-        void (*launch)();
-        /* Program, directory and arguments, with @ for the directory of the test. */
-        std::vector<std::string> run;
-    } rows[]{
-        // clang-format off
-        {[] { openBrowser("https://a.example/{}?b=c"); },
-         {"@/bin/xdg-open", "@", "https://a.example/{}?b=c"}},
-        {[] { openBrowser("a b;true"); }, {"@/bin/xdg-open", "@", "a", "b"}},
-        {[] { openWithSystemFilebrowser("a {}  'b'"); }, {"@/bin/xdg-open", "@", "a {}  'b'"}},
-        {[] { openWithSystemDefault("a  b.txt", "a folder"); },
-         {"@/bin/xdg-open", "@/a folder", "a  b.txt"}},
-        {[] { openWithSystemDefault("a", ""); }, {"@/bin/xdg-open", "@", "a"}},
-        {[] { openWithSystemDefault("a", "missing"); }, {}},
-        // clang-format on
-    };
-    for (const auto& row : rows) {
-        const TemporaryDirectory directory;
-        writeRecorder(directory, "bin/xdg-open");
-        fs::create_directory(directory / "a folder");
-        const ScopedVariable path{"PATH", directory / "bin:" + std::getenv("PATH")};
-        const ScopedCurrentDirectory current{directory.path()};
-        testing::internal::CaptureStderr();
-        row.launch();
-        testing::internal::GetCapturedStderr();
-        EXPECT_EQ(recorded(directory), row.run);
-        EXPECT_EQ(fs::current_path(), directory.path());
-    }
+    const std::string program = "@/bin/xdg-open";
+    EXPECT_THAT(launched([] { openBrowser("https://a.example/{}?b=c"); }),
+                ElementsAre(program, "@", "https://a.example/{}?b=c"));
+    EXPECT_THAT(launched([] { openBrowser("a b;true"); }), ElementsAre(program, "@", "a", "b"));
+    EXPECT_THAT(launched([] { openWithSystemFilebrowser("a {}  'b'"); }),
+                ElementsAre(program, "@", "a {}  'b'"));
+    EXPECT_THAT(launched([] { openWithSystemDefault("a  b.txt", "a folder"); }),
+                ElementsAre(program, "@/a folder", "a  b.txt"));
+    EXPECT_THAT(launched([] { openWithSystemDefault("a", ""); }), ElementsAre(program, "@", "a"));
+    EXPECT_THAT(launched([] { openWithSystemDefault("a", "missing"); }), ElementsAre());
 }
 
 TEST(GenerateUUID, IsRandomAndOfVersion4) {

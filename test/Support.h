@@ -34,7 +34,7 @@ public:
     /** @brief Copy of @p text with the path for every at sign. */
     std::string expanded(const std::string& text) const;
 
-    /** @brief Copy of @p text with an at sign wherever the path stands. */
+    /** @brief Copy of @p text with an at sign for every occurrence of the path. */
     std::string shortened(const std::string& text) const;
 
 private:
@@ -44,15 +44,15 @@ private:
 /** @brief Makes @p path and the directories above it hold exactly @p content. */
 void writeFile(const std::string& path, const std::string& content);
 
-/** @brief Whole content of @p path; fails the test where it cannot be read. */
+/** @brief Whole content of @p path; fails the test if it cannot be read. */
 std::string readFile(const std::string& path);
 
-/** @brief Collects what goes to `Error` and `Warning` while it lives. */
+/** @brief Collects the output of `Error` and `Warning` while it lives. */
 class Messages {
 public:
     Messages() : error{&collected}, warning{&collected} {}
 
-    /** @brief What was printed so far. */
+    /** @brief The output so far. */
     std::string text() const { return collected.str(); }
 
 private:
@@ -71,7 +71,7 @@ inline Corrade::Containers::StringView view(const std::string& string) {
     return {string.data(), string.size()};
 }
 
-/** @brief Waits until @p condition holds; fails the test where that takes more than a minute. */
+/** @brief Waits until @p condition holds; fails the test if that takes more than a minute. */
 template <class Condition>
 void waitUntil(const Condition& condition) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::minutes{1};

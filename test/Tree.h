@@ -28,7 +28,7 @@ inline void makeTree(const std::string& root, const std::vector<std::string>& en
     }
 }
 
-/** @brief What lies below @p root, in the form that @ref makeTree() takes, sorted by name. */
+/** @brief Everything below @p root, in the form that @ref makeTree() takes, sorted by name. */
 inline std::vector<std::string> tree(const std::string& root) {
     std::map<std::string, std::string> entries;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator{root}) {

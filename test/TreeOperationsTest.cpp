@@ -1,14 +1,15 @@
 #include "VespermoorEditor/Utils/System.h"
 
+#include <regex>
+
+#include "Processes.h"
 #include "Support.h"
 #include "Tree.h"
-#include "Unprivileged.h"
 
 namespace VespermoorEngine::Test {
 namespace {
 
 using testing::ElementsAre;
-using testing::ElementsAreArray;
 
 using ListFlag = Utility::Path::ListFlag;
 using Names = std::vector<std::string>;
@@ -28,6 +29,20 @@ TEST(IsSymlink, TellsLinksFromWhatTheyLeadTo) {
               "isSymlink(): Unable to stat path @/none : No such file or directory\n");
 }
 
+/* The entries of a list with commas, and the other way round. */
+Names listed(const std::string& text) {
+    const std::regex comma{", "};
+    return {std::sregex_token_iterator{text.begin(), text.end(), comma, -1}, {}};
+}
+
+std::string list(const Names& names) {
+    std::string text;
+    for (const std::string& name : names) {
+        text += (text.empty() ? "" : ", ") + name;
+    }
+    return text;
+}
+
 const VisitFlags all = VisitFlag::IncludeRoot | VisitFlag::Recursive | VisitFlag::FollowSymlinks;
 const VisitFlags recursive = VisitFlag::Recursive;
 const VisitFlags withRoot = VisitFlag::IncludeRoot | VisitFlag::Recursive;
@@ -45,53 +60,41 @@ auto noting(const TemporaryDirectory& root, Names& visited, bool (*const next)(c
         }};
 }
 
+/* The visits of a walk from `start` through a tree of the entries. */
+std::string visits(const std::string& entries, const Utility::Path::ListFlags listFlags,
+                   const VisitFlags visitFlags, const char* const start = "r") {
+    const TemporaryDirectory root;
+    makeTree(root.path(), listed(entries));
+    Names visited;
+    const Messages messages;
+    EXPECT_TRUE(visitPath((root / start).data(),
+                          noting(root, visited, [](const fs::path&) { return true; }), listFlags,
+                          visitFlags));
+    EXPECT_EQ(messages.text(), "");
+    return list(visited);
+}
+
 TEST(VisitPath, GoesThroughTheTreeInOrder) {
-    const struct {
-        const char* name;
-        Names entries;
-        const char* start;
-        Utility::Path::ListFlags listFlags;
-        VisitFlags visitFlags;
-        Names visited;
-    } rows[]{
-        // clang-format off
-        {"breadth first, backwards", {"r/a/x", "r/a/y", "r/b"}, "r", everything, withRoot,
-         {"r/a/y", "r/a/x", "r/b", "r/a", "r"}},
-        {"deeper levels come before shallower ones", {"r/a/x/1", "r/b/2", "r/c"}, "r", everything,
-         recursive, {"r/a/x/1", "r/b/2", "r/a/x", "r/c", "r/b", "r/a"}},
-        {"sort order of the caller is not taken", {"r/a", "r/b"}, "r",
-         everything | ListFlag::SortDescending, recursive, {"r/b", "r/a"}},
-        {"not recursive", {"r/a/x", "r/b"}, "r", everything, VisitFlag::IncludeRoot,
-         {"r/b", "r/a", "r"}},
-        {"plain file", {"r"}, "r", everything, withRoot, {"r"}},
-        {"directories alone", {"r/a/b/", "r/a/f", "r/g", "r/l -> a", "r/h -> g"}, "r", directories,
-         recursive, {"r/a/b", "r/l", "r/a"}},
-        {"links are leaves", {"r/a/x", "r/l -> a", "r/none -> gone"}, "r", everything, recursive,
-         {"r/a/x", "r/none", "r/l", "r/a"}},
-        {"start link is a leaf", {"d/x", "r -> d"}, "r", everything, withRoot, {"r"}},
-        {"start link is followed", {"d/x", "r -> d"}, "r", everything, all, {"r/x", "r"}},
-        {"links are followed, however many lead to one place",
-         {"d/x", "r/a -> ../d", "r/b -> ../d", "r/c -> a"}, "r", everything, all,
-         {"r/c/x", "r/b/x", "r/a/x", "r/c", "r/b", "r/a", "r"}},
-        {"cycle to the start", {"r/a/l -> ../../r"}, "r", everything, all, {"r/a/l", "r/a", "r"}},
-        {"cycle outside of the tree", {"d/e/l -> ..", "r/a -> ../d"}, "r", everything, all,
-         {"r/a/e/l", "r/a/e", "r/a", "r"}},
-        {"link to above the start is followed once", {"w/r/up -> .."}, "w/r", everything, all,
-         {"w/r/up/r/up", "w/r/up/r", "w/r/up", "w/r"}},
-        // clang-format on
-    };
-    for (const auto& row : rows) {
-        const TemporaryDirectory root;
-        makeTree(root.path(), row.entries);
-        Names visited;
-        const Messages messages;
-        const std::string start = root / row.start;
-        EXPECT_TRUE(visitPath(start.data(),
-                              noting(root, visited, [](const fs::path&) { return true; }),
-                              row.listFlags, row.visitFlags));
-        EXPECT_EQ(visited, row.visited) << row.name;
-        EXPECT_EQ(messages.text(), "") << row.name;
-    }
+    EXPECT_EQ(visits("r/a/x, r/a/y, r/b", everything, withRoot), "r/a/y, r/a/x, r/b, r/a, r");
+    EXPECT_EQ(visits("r/a/x/1, r/b/2, r/c", everything, recursive),
+              "r/a/x/1, r/b/2, r/a/x, r/c, r/b, r/a");
+    EXPECT_EQ(visits("r/a/x, r/b", everything, VisitFlag::IncludeRoot), "r/b, r/a, r");
+    EXPECT_EQ(visits("r", everything, withRoot), "r");
+    EXPECT_EQ(visits("r/a/b/, r/a/f, r/g, r/l -> a, r/h -> g", directories, recursive),
+              "r/a/b, r/l, r/a");
+}
+
+TEST(VisitPath, FollowsLinksThatAreNoCycle) {
+    EXPECT_EQ(visits("r/a/x, r/l -> a, r/none -> gone", everything, recursive),
+              "r/a/x, r/none, r/l, r/a");
+    EXPECT_EQ(visits("d/x, r -> d", everything, withRoot), "r");
+    EXPECT_EQ(visits("d/x, r -> d", everything, all), "r/x, r");
+    EXPECT_EQ(visits("d/x, r/a -> ../d, r/b -> ../d, r/c -> a", everything, all),
+              "r/c/x, r/b/x, r/a/x, r/c, r/b, r/a, r");
+    EXPECT_EQ(visits("r/a/l -> ../../r", everything, all), "r/a/l, r/a, r");
+    EXPECT_EQ(visits("d/e/l -> .., r/a -> ../d", everything, all), "r/a/e/l, r/a/e, r/a, r");
+    /* A link to a directory above the start is followed once. */
+    EXPECT_EQ(visits("w/r/up -> ..", everything, all, "w/r"), "w/r/up/r/up, w/r/up/r, w/r/up, w/r");
 }
 
 TEST(VisitPath, LetsTheVisitorEndTheWalkAndChangeTheTree) {
@@ -112,9 +115,8 @@ TEST(VisitPath, LetsTheVisitorEndTheWalkAndChangeTheTree) {
 
 TEST(DeleteRecursive, RemovesTheTreeAndNothingBeside) {
     const TemporaryDirectory root;
-    makeTree(root.path(),
-             {"keep/x", "r/a/b/c", "r/empty/", "r/out -> ../keep", "r/none -> gone", "r/a/up -> ..",
-              "start -> keep", "r/-rf/a b", "r/a\nb/it's \"q\"", "r/\xff/\xfe"});
+    makeTree(root.path(), {"keep/x", "r/a/b/c", "r/empty/", "r/out -> ../keep", "r/none -> gone",
+                           "r/a/up -> ..", "start -> keep", "r/-rf/a b", "r/a\nb/\xff"});
     const Messages messages;
     EXPECT_TRUE(deleteRecursive((root / "r").data()));
     EXPECT_THAT(tree(root.path()), ElementsAre("keep/", "keep/x", "start -> keep"));
@@ -124,52 +126,42 @@ TEST(DeleteRecursive, RemovesTheTreeAndNothingBeside) {
     EXPECT_EQ(messages.text(), "");
 }
 
-TEST(CopyRecursive, Arrives) {
-    const struct {
-        const char* name;
-        Names before;
-        const char *source, *destination;
-        Names result;
-    } rows[]{
-        // clang-format off
-        {"empty directories", {"s/a/f", "s/e/", "s/g"}, "s", "d", {"a/", "a/f", "e/", "g"}},
-        {"merge", {"s/a/f", "d/a/old", "d/b"}, "s", "d", {"a/", "a/f", "a/old", "b"}},
-        {"links are looked through", {"o/x", "s/dir -> ../o", "s/file -> ../o/x", "s/two -> ../o"},
-         "s", "d", {"dir/", "dir/x", "file", "two/", "two/x"}},
-        {"cycle", {"s/a/f", "s/a/l -> .."}, "s", "d", {"a/", "a/f", "a/l/"}},
-        {"cycle outside of the source", {"o/p/l -> ..", "s/a -> ../o"}, "s", "d",
-         {"a/", "a/p/", "a/p/l/"}},
-        {"destination inside", {"s/a/f", "s/g"}, "s", "s/x/y/d", {"a/", "a/f", "g"}},
-        {"inside by way of what is missing", {"s/a/f"}, "s", "s/x/../d", {"a/", "a/f"}},
-        {"inside through a link", {"d/", "s/l -> ../d", "s/f"}, "s", "d", {"f"}},
-        {"onto itself", {"s/a/f", "l -> s"}, "s", "l", {"a/", "a/f"}},
-        {"odd names", {"s/-rf/a b", "s/a\nb/it's \"q\"", "s/\xff/\xfe"}, "s", "d",
-         {"-rf/", "-rf/a b", "a\nb/", "a\nb/it's \"q\"", "\xff/", "\xff/\xfe"}},
-        // clang-format on
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        const TemporaryDirectory root;
-        makeTree(root.path(), row.before);
-        const Messages messages;
-        EXPECT_TRUE(copyRecursive((root / row.source).data(), (root / row.destination).data()));
-        EXPECT_EQ(messages.text(), "");
-        const std::string destination = fs::canonical(root / row.destination);
-        EXPECT_THAT(tree(destination), ElementsAreArray(row.result));
-        for (const std::string& entry : row.before) {
-            if (entry.back() != '/' && entry.find(" -> ") == std::string::npos) {
-                EXPECT_EQ(readFile(root / entry), entry);
-            }
-        }
-        for (const std::string& entry : row.result) {
-            if (entry.back() == 'f' || entry.back() == '\xfe') {
-                EXPECT_EQ(readFile(destination + '/' + entry), "s/" + entry);
-            }
+/* The destination after a copy of `source` to it in a tree of the entries. Each file `f` of the
+   result is a copy of the one in `s`, which is unchanged. */
+std::string copied(const std::string& entries, const char* const source,
+                   const char* const destination) {
+    const TemporaryDirectory root;
+    makeTree(root.path(), listed(entries));
+    const Messages messages;
+    EXPECT_TRUE(copyRecursive((root / source).data(), (root / destination).data()));
+    EXPECT_EQ(messages.text(), "");
+    const std::string copy = fs::canonical(root / destination);
+    for (const std::string& entry : tree(copy)) {
+        if (entry.back() == 'f') {
+            EXPECT_EQ(readFile(root / "s/" + entry), "s/" + entry);
+            EXPECT_EQ(readFile(copy + '/' + entry), "s/" + entry);
         }
     }
+    return list(tree(copy));
 }
 
-TEST(CopyRecursive, FailsWhereAFileCannotBeCopied) {
+TEST(CopyRecursive, Arrives) {
+    EXPECT_EQ(copied("s/a/f, s/e/, s/g", "s", "d"), "a/, a/f, e/, g");
+    EXPECT_EQ(copied("s/a/f, d/a/old, d/b", "s", "d"), "a/, a/f, a/old, b");
+    EXPECT_EQ(copied("s/-rf/a b, s/a\nb", "s", "d"), "-rf/, -rf/a b, a\nb");
+    /* Links are looked through, also out of the source, and cycles end. */
+    EXPECT_EQ(copied("o/x, s/dir -> ../o, s/file -> ../o/x, s/two -> ../o", "s", "d"),
+              "dir/, dir/x, file, two/, two/x");
+    EXPECT_EQ(copied("s/a/f, s/a/l -> ..", "s", "d"), "a/, a/f, a/l/");
+    EXPECT_EQ(copied("o/p/l -> .., s/a -> ../o", "s", "d"), "a/, a/p/, a/p/l/");
+    /* Into the source, in ways that do not show it, and onto it. */
+    EXPECT_EQ(copied("s/a/f, s/g", "s", "s/x/y/d"), "a/, a/f, g");
+    EXPECT_EQ(copied("s/a/f", "s", "s/x/../d"), "a/, a/f");
+    EXPECT_EQ(copied("d/, s/l -> ../d, s/f", "s", "d"), "f");
+    EXPECT_EQ(copied("s/a/f, l -> s", "s", "l"), "a/, a/f");
+}
+
+TEST(CopyRecursive, FailsIfAFileCannotBeCopied) {
     const TemporaryDirectory root;
     makeTree(root.path(), {"file", "dangling/l -> gone", "s/f", "taken/f/", "same/f -> ../s/f",
                            "full/f -> /dev/full"});
@@ -188,7 +180,7 @@ TEST(CopyRecursive, FailsWhereAFileCannotBeCopied) {
               Utility::Path::copy((root / "s/f").data(), "/dev/full"));
 }
 
-/* The file in the locked directory is the deepest and so the first that is to be removed; a
+/* The file in the locked directory is the deepest, and so the first to be removed. A
    directory that cannot be listed stays empty in the copy. */
 TEST(UnreadableDirectory, StopsTheDeletionAndIsEmptyInTheCopy) {
     const TemporaryDirectory root;
