@@ -39,7 +39,7 @@ inline mode_t modeOf(const std::string& path) {
     return stat(path.c_str(), &status) == 0 ? status.st_mode : 0;
 }
 
-/* What is searched where PATH is not set. */
+/* The directories to search if PATH is not set. */
 inline std::string standardPath() {
     std::string path(confstr(_CS_PATH, nullptr, 0), '\0');
     confstr(_CS_PATH, path.data(), path.size());
@@ -47,7 +47,7 @@ inline std::string standardPath() {
     return path;
 }
 
-/* The path of a program, or nothing where PATH has none of that name. An empty element of PATH, at
+/* The path of a program, or nothing if PATH has none of that name. An empty element of PATH, at
    its end too, is the current directory, but an empty PATH has no elements. */
 inline std::string findProgram(const std::string& name) {
     const std::string path = std::getenv("PATH") ? environment("PATH") : standardPath();
@@ -69,8 +69,8 @@ struct Helper {
 };
 
 /* The first one of an order that puts GTK's dialogs before KDE's, except on a KDE desktop, where
-   the most common of them gives way. Looked up for each dialog: that is cheap beside showing one,
-   and so nothing is kept between them. */
+   the most common of them is skipped. Looked up for each dialog: that is cheap compared with
+   showing one, so nothing is cached. */
 inline Helper findHelper() {
     const std::string kdialog = findProgram("kdialog");
     const bool preferKdialog = !kdialog.empty() && environment("XDG_SESSION_DESKTOP") == "KDE";
@@ -133,7 +133,7 @@ public:
     }
 
     /* All that the program prints, once it has ended. It is its own end that counts, since a daemon
-         started by it may hold the output open; where the system cannot tell of that end, it is the
+         started by it may hold the output open; if the system cannot report that, it is the
          end of the output. */
     const std::string& output() {
         while (_pid) {
@@ -198,7 +198,7 @@ private:
     Process _process;
 };
 
-/* Every text stands behind a `=` or behind a `--`, so none can be taken for an option. */
+/* Every text comes after a `=` or a `--`, so none can be taken for an option. */
 class file_dialog : public dialog {
 protected:
     enum class Type { Open, Save, Folder };
@@ -211,7 +211,7 @@ protected:
                  : kdialogArguments(type, title, path, filters, options));
     }
 
-    /* Without the line end, and without the slash that some helpers put behind a directory. */
+    /* Without the line end, and without the slash that some helpers put after a directory. */
     std::string onePath() {
         std::string path = output();
         while (!path.empty() && (path.back() == '\n' || path.back() == '/'))

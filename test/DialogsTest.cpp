@@ -126,8 +126,8 @@ std::string namedWindow() {
     return windows.substr(0, windows.find('\n'));
 }
 
-/* Types the keys until the dialog has closed: what is typed before the chooser has read the folder
-   has no effect. */
+/* Types the keys until the dialog has closed: keys that are typed before the chooser has read the
+   folder have no effect. */
 std::optional<std::string> typeUntilClosed(ChildProcess& dialog, const std::string& keys) {
     std::string window;
     waitUntil([&] { return !(window = namedWindow()).empty() || dialog.result(0s); });

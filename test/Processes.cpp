@@ -121,7 +121,7 @@ ChildProcess::ChildProcess(const std::function<std::string()>& operation) {
     }
     if (_process == 0) {
         setpgid(0, 0);
-        prctl(PR_SET_PDEATHSIG, SIGKILL); // Where the test itself is killed.
+        prctl(PR_SET_PDEATHSIG, SIGKILL); // If the test itself is killed.
         const std::string result = operation();
         _exit(write(ends[1], result.data(), result.size()) == ssize_t(result.size()) ? 0 : 1);
     }

@@ -66,7 +66,7 @@ std::vector<std::string> recordedOptions(const TemporaryDirectory& directory);
  */
 class ChildProcess {
 public:
-    /** @brief Runs @p command by `/bin/sh`, best with an `exec` in front. */
+    /** @brief Runs @p command by `/bin/sh`, which best begins with `exec`. */
     explicit ChildProcess(const std::string& command);
 
     /**

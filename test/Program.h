@@ -5,7 +5,7 @@
 
 namespace VespermoorEngine::Test {
 
-/** @brief What a run of the program left behind. */
+/** @brief Exit code and output of a run of the program. */
 struct ProgramRun {
     int exitCode;
     std::string output;
@@ -15,15 +15,15 @@ struct ProgramRun {
 /** @brief Runs the real `vespermoor-utils` with @p arguments to its end. */
 ProgramRun runProgram(const std::vector<std::string>& arguments);
 
-/** @brief A run of the real `vespermoor-utils` that goes on beside the test. */
+/** @brief A run of the real `vespermoor-utils` that continues beside the test. */
 class BackgroundProgram : public ChildProcess {
 public:
     /** @brief Starts it in @p directory, which gets its output and its errors as files. */
     BackgroundProgram(const std::string& directory, const std::vector<std::string>& arguments);
 
-    /** @brief What it has printed so far. */
+    /** @brief Its output so far. */
     std::string output() const;
-    /** @brief What it has printed to standard error so far. */
+    /** @brief Its output to standard error so far. */
     std::string error() const;
 
 private:

@@ -27,7 +27,7 @@ Containers::Optional<rapidjson::Document> readScene(const Containers::StringView
 }
 
 //! [title]
-/* Nothing where the template or the scene is wrong; the reason is printed then. */
+/* Empty if the template or the scene is wrong; the reason is printed then. */
 Containers::String title(const Containers::StringView templatePath,
                          const Containers::StringView scenePath) {
     const Containers::Optional<Containers::String> source = Utility::Path::readString(templatePath);
@@ -41,7 +41,7 @@ Containers::String title(const Containers::StringView templatePath,
 //! [title]
 
 //! [edit]
-/* What the editor does when the user hides everything and marks the scene. */
+/* The edit when the user hides everything and marks the scene. */
 bool hideScene(const Containers::StringView path) {
     Containers::Optional<rapidjson::Document> scene = readScene(path);
     if (!scene) {

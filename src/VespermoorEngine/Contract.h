@@ -15,7 +15,7 @@ namespace VespermoorEngine {
  * @brief Ends the process because its own code broke a contract.
  *
  * Writes @p items as one line, with single blanks between them, to the default output of
- * `Corrade::Utility::Error`, also where that stream is redirected, and calls `abort()`.
+ * `Corrade::Utility::Error`, also while that stream is redirected, and calls `abort()`.
  */
 template <class... T>
 [[noreturn]] void breakContract(const T&... items) {

@@ -19,8 +19,8 @@ class Function;
  *
  * The stored callable is moved by copying its bytes and without a call to its move constructor, so
  * it has to survive that: function pointers and captures of pointers, references and numbers do, a
- * capture that holds its own address (many standard strings and lists) does not. What it refers to
- * has to outlive it.
+ * capture that holds its own address (many standard strings and lists) does not. Everything it
+ * refers to has to outlive it.
  */
 template <class Result, class... Arguments>
 class Function<Result(Arguments...)> {
@@ -34,7 +34,7 @@ public:
     /**
      * @brief Stores @p callable, whose call operator is constant.
      *
-     * What it returns is dropped where the signature returns nothing.
+     * Its result is dropped if the signature returns nothing.
      * One that is larger than @ref Capacity or aligned more strictly than `std::max_align_t`
      * does not compile.
      */

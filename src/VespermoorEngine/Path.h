@@ -16,7 +16,7 @@ namespace Path {
  *
  * A relative path is taken from the current directory. `.` and `..` are resolved and doubled and
  * trailing slashes dropped as text: nothing is looked up, so links stay what they are and the path
- * need not exist. `..` at the root stays at the root. Empty where the path is relative and the
+ * need not exist. `..` at the root stays at the root. Empty if the path is relative and the
  * system cannot tell the current directory.
  */
 VESPERMOOR_ENGINE_EXPORT Containers::String absolute(Containers::StringView path);
@@ -36,7 +36,7 @@ VESPERMOOR_ENGINE_EXPORT bool isParentPath(Containers::StringView directory,
  *
  * Goes from @p directory itself to the root, a relative one to its first component. Returns a
  * prefix of @p directory without trailing slashes (apart from the root's own), or a
- * default-constructed view where nothing was found.
+ * default-constructed view if nothing was found.
  */
 VESPERMOOR_ENGINE_EXPORT Containers::StringView upwardsSearch(Containers::StringView directory,
                                                               Containers::StringView name);

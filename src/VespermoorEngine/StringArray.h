@@ -38,7 +38,7 @@ public:
      * @brief Empty list with room for @p sizeHint bytes, terminators included, plus one.
      *
      * The hint is no limit. A list of blank-separated words taken from a text of @p sizeHint bytes
-     * needs one terminator more than the text has blanks, which is what the byte on top is for.
+     * needs one terminator more than the text has blanks, hence the extra byte.
      */
     explicit StringArray(std::size_t sizeHint);
 

@@ -13,7 +13,7 @@
 namespace VespermoorEngine {
 
 /**
- * @brief Read-only list of strings, packed one behind the other in one character store.
+ * @brief Read-only list of strings, packed one after the other in one character store.
  *
  * Every string is followed by one NUL byte in the store, so string `i` starts at `offsets[i]`, is
  * `offsets[i + 1] - offsets[i] - 1` bytes long and can be handed to a function that expects a
@@ -33,7 +33,7 @@ public:
      * @brief String at @p index, expected to be below @ref size().
      *
      * The view is `Corrade::Containers::StringViewFlag::NullTerminated` and lives as long as
-     * the character store stands unchanged. An index out of range aborts with
+     * the character store does not change. An index out of range aborts with
      * `StringArrayView::get(): invalid index 2 for size 2`.
      */
     Containers::StringView get(std::size_t index) const {

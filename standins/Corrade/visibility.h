@@ -1,7 +1,7 @@
 #ifndef VespermoorStandins_Corrade_visibility_h
 #define VespermoorStandins_Corrade_visibility_h
 
-/** Marks what libVespermoorStandins.so offers; everything else in it is hidden. */
+/** Marks the interface of libVespermoorStandins.so; everything else in it is hidden. */
 #define VESPERMOOR_STANDINS_EXPORT __attribute__((visibility("default")))
 
 #endif

@@ -12,7 +12,7 @@ namespace Utils {
 /**
  * @brief Directory that holds the running executable, without a trailing slash unless it is `/`.
  *
- * Empty where the system cannot tell; `Corrade::Utility::Path::executableLocation()` then
+ * Empty if the system cannot tell; `Corrade::Utility::Path::executableLocation()` then
  * prints why.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT Containers::String executablesPath();
@@ -22,9 +22,9 @@ VESPERMOOR_EDITOR_UTILS_EXPORT Containers::String executablesPath();
  *
  * The nearest directory from @p start upwards that holds an entry named `shaders`, as
  * @ref Path::upwardsSearch() gives it, of a relative @p start not further up than its first
- * component. Where there is none, the installed `../share/vespermoorengine` relative to @p start,
+ * component. If there is none, the installed `../share/vespermoorengine` relative to @p start,
  * made absolute, if anything of that name exists: whether it is a directory is not asked. No value
- * where neither is found.
+ * if neither is found.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT Containers::Optional<Containers::String>
 findEditorRoot(Containers::StringView start);
@@ -32,7 +32,7 @@ findEditorRoot(Containers::StringView start);
 /**
  * @brief Data root of the editor, as seen from the directory that holds the running executable.
  *
- * No value also where the system cannot tell which directory that is;
+ * No value also if the system cannot tell which directory that is;
  * `Corrade::Utility::Path::executableLocation()` then prints why.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT Containers::Optional<Containers::String> findEditorRoot();

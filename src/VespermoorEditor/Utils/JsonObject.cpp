@@ -78,8 +78,8 @@ void writeArray(JsonObject& object, const Elements& elements) {
     }
 }
 
-/* The writable value as an array: a copy of the readable one where the two differ, and empty where
-   that is no array. */
+/* The writable value as an array: a copy of the readable one if the two differ, and empty if that
+   is not an array. */
 rapidjson::Value& updatedArray(JsonObject& object) {
     const rapidjson::Value& readable = object.value();
     rapidjson::Value& writable = object.mutableValue();

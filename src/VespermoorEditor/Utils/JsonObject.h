@@ -26,9 +26,9 @@ namespace VespermoorEngine {
 /**
  * @brief Typed access to one JSON value.
  *
- * Holds no data: the five pure virtual operations of a subclass tell where the value lies, which
- * can be a member of a document, a place that does not exist yet, or one value to read from and
- * another one to write to. Everything else works on what those five hand out.
+ * Holds no data: the five pure virtual operations of a subclass decide which value is meant. It can
+ * be a member of a document, a place that does not exist yet, or one value to read from and another
+ * one to write to. Every other operation works on the results of those five.
  *
  * Views that a read returns alias the value's own storage. They live until that value, or the array
  * that holds it, changes or the document ends. A read trusts its caller about the kind of the value
@@ -43,10 +43,10 @@ public:
     virtual bool exists() = 0;
 
     /**
-     * @brief New accessor for what lies at @p path, owned by the caller.
+     * @brief New accessor for the value at @p path, owned by the caller.
      *
-     * A slash in @p path is a step down, and there is none in front. Never a null pointer: for a
-     * path that leads nowhere, @ref exists() of the result is false.
+     * A slash in @p path is a step down; the path does not begin with one. Never a null pointer:
+     * for a path that leads nowhere, @ref exists() of the result is false.
      */
     virtual Containers::Pointer<JsonObject> member(Containers::StringView path) = 0;
 
@@ -92,7 +92,7 @@ public:
 
     /** @name Fixed-size types, read from an array of numbers
      *
-     * An array of another size aborts with the message of the array read behind it,
+     * An array of another size aborts with the message of the array read that it calls,
      * `JsonObject::asFloatArray(): Sizes do not match` or
      * `JsonObject::asIntArray(): Sizes do not match`. Nothing is allocated.
      *
@@ -169,7 +169,7 @@ public:
     /** @name Replacing with a single value
      *
      * Overwrites @ref mutableValue(), whatever kind it had, without a look at @ref value(). Here
-     * and in every other write, memory comes from @ref allocator(); what the old value held stays
+     * and in every other write, memory comes from @ref allocator(); that of the old value stays
      * in the document's pool until the document ends.
      *
      * @{ */
@@ -191,7 +191,7 @@ public:
      *
      * Overwrites @ref mutableValue(), whatever it held, with an array whose memory is allocated
      * once, at exactly the size of the input. Nothing in the input is an empty array, not null.
-     * Where the old value is a string, the new strings must not be views of it, since it is
+     * If the old value is a string, the new strings must not be views of it, since it is
      * overwritten first. Views of an old array's elements may be stored.
      *
      * @{ */
@@ -234,9 +234,9 @@ public:
 
     /** @name Editing an array
      *
-     * Where @ref value() and @ref mutableValue() are different values, the appending operations
-     * first make the latter a deep copy of the former, and what is no array then becomes an empty
-     * one. The string to append must not be a view of an old value that is overwritten so.
+     * If @ref value() and @ref mutableValue() are different values, the appending operations first
+     * make the latter a deep copy of the former. A value that is not an array then becomes an empty
+     * one. The string to append must not be a view of an old value that this overwrites.
      *
      * @{ */
 
@@ -247,7 +247,7 @@ public:
      * @brief Appends a copy of @p string unless the array has an equal string already.
      *
      * Strings of the array are compared up to their first NUL, case included, and elements of
-     * other kinds are passed over. Where an equal one is found, a copy made before stays made.
+     * other kinds are skipped. If an equal one is found, a copy made before stays in place.
      */
     void pushBackStringUnique(Containers::StringView string);
 

@@ -29,12 +29,12 @@ constexpr int maxNesting = 1024;
  * Four blanks to a level, every member and element on its own line, members in stored order, no
  * trailing newline. Doubles print with at most @p maxDecimalPlaces fractional digits, expected to
  * be at least 1; digits past that are cut off, not rounded, and at least one stays. A number that
- * prints with an exponent keeps all its digits. NaN prints as
- * 0.0 and an infinity as the largest finite double of its sign, so every number has a text.
+ * prints with an exponent keeps all its digits. NaN prints as 0.0 and an infinity as the largest
+ * finite double of its sign, so every number has a text.
  *
- * Empty where the writer fails, which a value with a string that is not UTF-8 does not cause. The
- * writer recurses, so a value nested tens of thousands of levels deep exhausts the stack. A
- * @p maxDecimalPlaces below 1 aborts with `RapidJsonUtils::jsonToString(): maxDecimalPlaces must be
+ * Empty if the writer fails; a string that is not UTF-8 does not make it fail. The writer recurses,
+ * so a value nested tens of thousands of levels deep exhausts the stack. A @p maxDecimalPlaces
+ * below 1 aborts with `RapidJsonUtils::jsonToString(): maxDecimalPlaces must be
  * greater than 0`.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT Containers::Optional<Containers::String>
@@ -57,15 +57,15 @@ parseJsonFile(Containers::StringView filename, rapidjson::Type type = rapidjson:
 /**
  * @brief The child of @p value under the single step @p key, with its name.
  *
- * In an object the first member whose name equals @p key. In an array @p key is an index as
- * `std::stoul()` reads it in base 10: leading white space and a sign are taken, what follows the
- * digits is not looked at, and the text is read up to its NUL, so @p key has to be NUL-terminated
- * there.
+ * In an object, the first member whose name equals @p key. In an array, @p key is an index as
+ * `std::stoul()` reads it in base 10: leading white space and a sign are accepted, and everything
+ * after the digits is ignored. The text is read up to its NUL, so @p key has to be NUL-terminated
+ * if @p value is an array.
  *
  * The name is a NUL-terminated view of the member's name, or a default-constructed one for an array
  * element; it and the pointer live until the object or array changes. The pair is empty (a
- * default-constructed view and a null pointer) where there is no such child or @p value is of
- * another kind. A key on an array that is no number throws `std::invalid_argument`, one too
+ * default-constructed view and a null pointer) if there is no such child or @p value is of another
+ * kind. A key on an array that is not a number throws `std::invalid_argument`, one too
  * large for `unsigned long` `std::out_of_range`.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT Containers::Pair<Containers::StringView, rapidjson::Value*>
@@ -96,7 +96,7 @@ VESPERMOOR_EDITOR_UTILS_EXPORT const rapidjson::Value* getMember(const rapidjson
                                                                  Containers::StringView name);
 
 /**
- * @brief Value of the first member of @p object whose name equals @p name, added where missing.
+ * @brief Value of the first member of @p object whose name equals @p name, added if it is missing.
  *
  * A new member goes to the end, with a copy of @p name and an empty object as its value, both in
  * memory of @p allocator; that can move the other members. The kind is not tested: @p object has to
@@ -134,7 +134,7 @@ namespace rapidjson {
 
 /**
  * @brief Prints @p value as @ref VespermoorEngine::RapidJsonUtils::jsonToString() does, with all
- * fractional digits; `Containers::NullOpt` where that is empty.
+ * fractional digits; `Containers::NullOpt` if that is empty.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT Corrade::Utility::Debug& operator<<(Corrade::Utility::Debug& debug,
                                                                    const Value& value);

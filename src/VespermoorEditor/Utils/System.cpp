@@ -33,7 +33,7 @@ using ListFlag = Utility::Path::ListFlag;
 using Visitor = Function<bool(Containers::StringView)>;
 using Enter = Function<void(Containers::StringView, bool)>;
 
-/* What stands at a path, links looked through. Nothing is the same as no other. */
+/* The entry at a path, links looked through. A missing one is the same as no other. */
 struct Entry {
     bool isSame(const Entry& other) const {
         return exists && other.exists && device == other.device && inode == other.inode;
@@ -76,7 +76,7 @@ bool leadsBack(const Containers::StringView path, const std::size_t startSize) {
     return false;
 }
 
-/* Appends what `names` hold, if anything, with `directory` in front. */
+/* Appends the path of each of the `names`, if there are any, in `directory`. */
 void appendNames(Containers::Array<Containers::String>& paths, const Containers::String& directory,
                  const Containers::Optional<Containers::Array<Containers::String>>& names) {
     if (!names) {
@@ -113,7 +113,7 @@ Containers::Array<Containers::String> collect(const Containers::StringView path,
     return paths;
 }
 
-/* Topmost directory that has to be made before `path` can be; the path itself where only that is
+/* Topmost directory that has to be made before `path` can be; the path itself if only that is
    missing, or nothing. */
 Containers::StringView topmostMissing(Containers::StringView path) {
     for (;;) {
@@ -125,8 +125,8 @@ Containers::StringView topmostMissing(Containers::StringView path) {
     }
 }
 
-/* Directories that a copy makes outside of what it copies: the destination, and the topmost of
-   those made to hold it. They are left out where they lie inside the source. */
+/* Directories that a copy makes beside its copies: the destination, and the topmost of those made
+   to hold it. They are left out if they lie inside the source. */
 struct OwnDirectories {
     bool contain(const Entry& entry) const {
         return entry.isSame(destination) || entry.isSame(topmost);
@@ -230,12 +230,12 @@ Containers::String readAll(std::FILE* const file) {
     return Implementation::takeString(bytes, size);
 }
 
-/* Nobody is told the status: where the program is missing the caller could do nothing about it. */
+/* The status goes to nobody: a caller could do nothing about a missing program. */
 void launch(const Containers::String& line) {
     [[maybe_unused]] const int status = std::system(line.data());
 }
 
-/* Where the trash of this user would be: the environment decides which single place counts. */
+/* The place for the trash of this user: the environment decides which single one counts. */
 Containers::Optional<Containers::String> trashRoot() {
     const Containers::String dataHome = std::getenv("XDG_DATA_HOME");
     if (!dataHome.isEmpty()) {
@@ -248,8 +248,8 @@ Containers::Optional<Containers::String> trashRoot() {
     return *home + (*home == "/root"_s ? "/.Trash"_s : "/.local/share/Trash"_s);
 }
 
-/* Moves `path` into the trash `directory`, with a UUID behind its name where something there has
-   it. A link that leads nowhere does not count, and the move replaces it. */
+/* Moves `path` into the trash `directory`, with a UUID after its name if an entry there has it.
+   A link that leads nowhere does not count, and the move replaces it. */
 bool moveInto(const Containers::StringView directory, const Containers::StringView path) {
     Containers::String target = Utility::Path::join(directory, Utility::Path::split(path).second());
     if (Utility::Path::exists(target)) {

@@ -12,7 +12,7 @@
 
 namespace VespermoorEngine {
 
-/** @brief What a walk of @ref VespermoorEngine::visitPath() expands and visits. */
+/** @brief The entries that a walk of @ref VespermoorEngine::visitPath() expands and visits. */
 enum class VisitFlag : std::uint8_t {
     /** The visitor is called for the start path too, last of all. */
     IncludeRoot = 1,
@@ -30,18 +30,18 @@ CORRADE_ENUMSET_OPERATORS(VisitFlags)
 /**
  * @brief Whether @p path itself is a symbolic link, whatever it leads to.
  *
- * False, and `isSymlink(): Unable to stat path <path> : <reason>` on `Error`, where the system
- * cannot tell.
+ * If the system cannot tell, prints `isSymlink(): Unable to stat path <path> : <reason>` to `Error`
+ * and returns false.
  */
 bool isSymlink(Containers::StringView path);
 
 /**
- * @brief Calls @p visitor for what lies below @p path, children before their directory.
+ * @brief Calls @p visitor for everything below @p path, children before their directory.
  *
  * The whole tree is listed before the first call, so the visitor may change it. Names within a
  * directory come in descending order, the start path last. @p listFlags pick the entries that are
  * seen, sorting aside, and have to hold `SkipDotAndDotDot`. The visitor gets the start path
- * as it was passed and everything else with its directory's path in front, in a NUL-terminated view
+ * as it was passed and everything else with the path of its directory, in a NUL-terminated view
  * that lives during the call; it returns whether to go on.
  *
  * A directory that cannot be listed is visited and not expanded. So is, under
@@ -50,7 +50,7 @@ bool isSymlink(Containers::StringView path);
  * to one place: the ways through directories that are full of links to each other soon are too
  * many.
  *
- * Returns whether every call was made and returned true; false where @p path does not exist.
+ * Returns whether every call was made and returned true; false if @p path does not exist.
  */
 bool visitPath(Containers::StringView path, Function<bool(Containers::StringView)> visitor,
                Utility::Path::ListFlags listFlags, VisitFlags visitFlags);
@@ -69,16 +69,16 @@ bool visitPath(Containers::StringView path, Function<void(Containers::StringView
 /**
  * @brief Copies the directory @p source with all it holds to @p destination.
  *
- * Directories are made where they are missing, and files replace those that bear their name; what
- * only the destination holds stays. Links are looked through: the result holds directories and
+ * Missing directories are made, and files replace those of the same name. Entries that only the
+ * destination has stay. Links are looked through: the result holds directories and
  * files in their place. A link to a directory that the copy passed on its way from @p source to
  * the link, which would make a cycle, becomes an empty directory. A destination inside the source
  * is copied without itself and without the directories made to hold it.
  *
- * Where both paths are one directory there is nothing to do, which is true. A named pipe in the
- * source is waited for until somebody writes to it.
+ * If both paths are one directory, nothing is done and the result is true. A named pipe in the
+ * source blocks the copy until another process writes to it.
  *
- * Returns false as soon as a file cannot be copied, and what was made so far stays. A file of the
+ * Returns false as soon as a file cannot be copied; everything made so far stays. A file of the
  * destination that is one of the source under another name, such as a link to it, cannot be
  * replaced by itself and stays as it is. A directory that cannot be listed becomes an empty one,
  * which is no failure. For a plain file as @p source the result is false, since both paths get a
@@ -90,9 +90,9 @@ bool copyRecursive(Containers::StringView source, Containers::StringView destina
 /**
  * @brief Removes @p path with all it holds; links are removed as links.
  *
- * Returns false where nothing is there, and as soon as something cannot be removed: what went
+ * Returns false if nothing is there, and as soon as something cannot be removed: what went
  * before is gone then and the rest stays. A link that leads nowhere counts as nothing when it is
- * @p path itself, and stays. A link with a slash behind it names the directory it leads to: what
+ * @p path itself, and stays. A link with a slash after it names the directory it leads to: what
  * that holds is removed, the link cannot be, and the result is false.
  */
 bool deleteRecursive(Containers::StringView path);
@@ -101,28 +101,28 @@ bool deleteRecursive(Containers::StringView path);
  * @brief Directory of the editor's files that belong to the current user.
  *
  * `.VespermoorEngine` in the home directory, whether it exists or not; it is not created. Empty
- * where there is no home directory, for which `Corrade::Utility::Path::homeDirectory()` prints
+ * if there is no home directory, for which `Corrade::Utility::Path::homeDirectory()` prints
  * a message.
  */
 Containers::String appDirectory();
 
 /**
- * @brief Runs @p command in a login shell and captures what it prints.
- * @param[in] command           Stands between the single quotes of
+ * @brief Runs @p command in a login shell and captures its output.
+ * @param[in] command           Placed between the single quotes of
  *      ``/bin/sh -lc '<command>' 2>&1``. Nothing is escaped, so it must not contain a single quote.
- * @param[out] output           Replaced by all that the command wrote to its standard output and
- *      standard error, byte for byte and in order. What the login shell prints while it reads its
- *      profile is part of it, and so is what `cd` prints: the directory where it was found
- *      through `CDPATH` or is `-`.
- * @param[in] workingDirectory  Stands between the double quotes of `cd "<directory>" && ` in front
- *      of that line; the current directory of the process stays. It must not contain a double
+ * @param[out] output           Replaced by everything that the command wrote to its standard output
+ * and standard error, byte for byte and in order. The output of the login shell's profile is part
+ * of it, and so is that of `cd`: it prints the directory if it was found through `CDPATH` or is
+ * `-`.
+ * @param[in] workingDirectory  Placed between the double quotes of `cd "<directory>" && ` before
+ *      that line; the current directory of the process stays. It must not contain a double
  *      quote, a `$`, a backquote or a backslash, which the shell would act on. Null or empty for no
  *      change of directory.
  * @return Wait status of the shell as `pclose()` gives it: an exit code of 3 is 768. 1
- *      where no shell could be started, with @p output untouched.
+ *      if no shell could be started, with @p output untouched.
  *
- * Blocks until the command has ended and holds the whole output in memory. Where the directory
- * cannot be entered the command does not run: @p output is then empty, the status is not zero and
+ * Blocks until the command has ended and holds the whole output in memory. If the directory
+ * cannot be entered, the command does not run: @p output is then empty, the status is not zero and
  * the shell's message goes to the standard error of the process.
  */
 int runShellCommandCapture(Containers::StringView command, Containers::String& output,
@@ -130,7 +130,7 @@ int runShellCommandCapture(Containers::StringView command, Containers::String& o
 
 /**
  * @brief Sets variables in the environment of the process, each a name and a value.
- * @return 0, or what `setenv()` gave for the last one that could not be set.
+ * @return 0, or the result of `setenv()` for the last one that could not be set.
  *
  * A variable that is already set keeps its value, which is no failure; of two pairs with one name
  * the first counts. A failure does not stop the others. Programs started later inherit them.
@@ -140,15 +140,15 @@ int setShellEnvironment(
 
 /**
  * @brief Changes the current directory of the process.
- * @return What `chdir()` gives: 0, or -1 with the directory unchanged.
+ * @return The result of `chdir()`: 0, or -1 with the directory unchanged.
  */
 int changeDirectory(Containers::StringView path);
 
 /**
  * @brief Opens @p url in the desktop's browser.
- * @param url   Stands bare at the end of `xdg-open <url>`. Nothing is escaped, so it must not
- *      contain blanks, quotes or any other character that the shell acts on, such as the `&`
- *      between the fields of a query.
+ * @param url   Placed without quotes at the end of `xdg-open <url>`. Nothing is escaped, so it must
+ * not contain blanks, quotes or any other character that the shell acts on, such as the `&` between
+ * the fields of a query.
  *
  * Blocks until `xdg-open` has ended. Nothing tells whether it could be started.
  */
@@ -156,7 +156,7 @@ void openBrowser(Containers::StringView url);
 
 /**
  * @brief Shows @p path in the desktop's file browser.
- * @param path  Stands between the double quotes of `xdg-open "<path>"`. Nothing is escaped, so it
+ * @param path  Placed between the double quotes of `xdg-open "<path>"`. Nothing is escaped, so it
  *      must not contain a double quote, a `$`, a backquote or a backslash.
  *
  * Blocks until `xdg-open` has ended. Nothing tells whether it could be started.
@@ -165,12 +165,12 @@ void openWithSystemFilebrowser(Containers::StringView path);
 
 /**
  * @brief Opens @p path with the program that the desktop has for its kind.
- * @param path              Stands between the double quotes that end
+ * @param path              Placed between the double quotes that end
  *      `cd "<directory>" && xdg-open "<path>"`. Nothing is escaped, so it must not contain a double
  *      quote, a `$`, a backquote or a backslash.
- * @param workingDirectory  Stands between the first double quotes of that line, under the same
+ * @param workingDirectory  Placed between the first double quotes of that line, under the same
  *      rule. Relative paths start there; the current directory of the process stays. It has to be
- *      a directory that can be entered, or nothing is opened; an empty one stands for the current.
+ *      a directory that can be entered, or nothing is opened; empty for the current one.
  *
  * Blocks until `xdg-open` has ended. Nothing tells whether it could be started.
  */
@@ -182,28 +182,28 @@ Containers::String generateUUID();
 /**
  * @brief Directory that receives what the user moves to the trash.
  *
- * The trash is `$XDG_DATA_HOME/Trash` where that variable is set and not empty, else `.Trash` in a
+ * The trash is `$XDG_DATA_HOME/Trash` if that variable is set and not empty, else `.Trash` in a
  * home directory of `/root` and `.local/share/Trash` in any other; only that one place counts. The
- * result is its `files` if that exists, else the trash directory itself. No value where there is
+ * result is its `files` if that exists, else the trash directory itself. No value if there is
  * neither, or no home directory, for which `Corrade::Utility::Path::homeDirectory()` prints a
  * message. Nothing is created.
  */
 Containers::Optional<Containers::String> findTrashPath();
 
 /**
- * @brief Moves @p paths to the trash or, where there is none, deletes them for good.
+ * @brief Moves @p paths to the trash or, if there is none, deletes them for good.
  * @return Whether all of them were moved or deleted. The first that fails ends the operation:
- *      those before it are gone, it and those behind it stay, apart from what a deletion already
- *      removed below it.
+ *      those before it are gone, it and those after it stay, apart from entries below it that a
+ *      deletion has already removed.
  *
- * Whether there is a trash is what @ref findTrashPath() tells, asked once for all paths; where
- * there is none because there is no home directory, its message is printed and everything deleted.
- * A directory goes as a whole. An entry whose name is taken in the trash gets a UUID directly
- * behind its name, and that name is not asked for again. The name of a link that leads nowhere
- * counts as free, and a file that is moved there replaces the link. Of a path with a slash at its
- * end nothing is left but the UUID. Where an entry came from is not recorded. An entry on another
- * file system than the trash cannot be moved there and stays. Prints what `Corrade::Utility::Path`
- * prints of the move or removal that failed.
+ * @ref findTrashPath() is called once for all paths. If
+ * there is no trash because there is no home directory, its message is printed and everything
+ * deleted. A directory goes as a whole. An entry whose name is taken in the trash gets a UUID
+ * directly after its name, and that new name is not tested again. The name of a link that leads
+ * nowhere counts as free, and a file that is moved there replaces the link. Of a path with a slash
+ * at its end nothing is left but the UUID. The origin of an entry is not recorded. An entry on
+ * another file system than the trash cannot be moved there and stays. The move or removal of
+ * `Corrade::Utility::Path` that failed prints its message.
  */
 bool moveToTrash(Containers::StringIterable paths);
 
@@ -220,8 +220,8 @@ enum class NotificationIcon : std::uint8_t { Info = 0, Warning = 1, Error = 2, Q
  * @param defaultPath   Where the dialog starts; handed over unchanged, whether it exists or not. It
  *      should be absolute: zenity and kdialog do not start in a relative one. zenity opens the
  *      folder above it, with this one selected.
- * @return Path of the folder. Empty where none was chosen, the dialog was cancelled, or none could
- *      be shown, and also where it is the root: a slash at the end is dropped.
+ * @return Path of the folder. Empty if none was chosen, the dialog was cancelled, or none could be
+ *      shown, and also for the root, since a slash at the end is dropped.
  *
  * Blocks until the dialog has closed.
  */
@@ -254,7 +254,7 @@ Containers::Array<Containers::String> openFileDialog(Containers::StringView titl
  * @param defaultPath   As with @ref openFileDialog(), so a name that does not exist yet is not
  *      proposed.
  * @param filters       As with @ref openFileDialog().
- * @return Path of the file. Empty where none was chosen, the dialog was cancelled, or none could be
+ * @return Path of the file. Empty if none was chosen, the dialog was cancelled, or none could be
  *      shown.
  *
  * Blocks until the dialog has closed; the dialog itself asks before an existing file is chosen.

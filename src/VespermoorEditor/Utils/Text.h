@@ -13,13 +13,13 @@
 namespace VespermoorEngine::Implementation {
 
 /* Data of `text`, or of the empty text for a view without data. RapidJSON and the standard library
-   read from where a text begins, however short it is. */
+   read the first byte of a text, however short it is. */
 inline const char* dataOrEmpty(const Containers::StringView text) {
     return text.data() ? text.data() : "";
 }
 
 /* Moves the first `size` bytes of `buffer` into a string without copying them. `buffer` is empty
-   afterwards. Unless it is empty already, it needs room for a terminator behind those bytes. */
+   afterwards. Unless it is empty already, it needs room for a terminator after those bytes. */
 inline Containers::String takeString(Containers::Array<char>& buffer, const std::size_t size) {
     if (buffer.isEmpty()) {
         return {};

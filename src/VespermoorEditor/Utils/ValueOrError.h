@@ -25,7 +25,7 @@ public:
     /*implicit*/ ValueOrError(Containers::String&& message) noexcept
         : reason{std::move(message)}, hasValue{false} {}
 
-    /** @brief Takes over what @p other holds. */
+    /** @brief Takes over the value or message of @p other. */
     ValueOrError(ValueOrError&& other) noexcept : hasValue{other.hasValue} { takeFrom(other); }
 
     /** @overload */

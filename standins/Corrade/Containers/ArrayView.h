@@ -14,7 +14,7 @@ inline namespace VespermoorStandins {
 namespace Containers {
 namespace Implementation {
 
-/** What views are made of besides an array of C: specialized beside each such container. */
+/** Whether views of it can be made, as of an array of C: specialized beside each container. */
 template <class Container>
 constexpr bool hasElements = false;
 template <class T>

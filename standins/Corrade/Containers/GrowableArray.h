@@ -16,7 +16,7 @@ namespace Containers {
 namespace Implementation {
 
 /**
- * Memory that remembers its capacity in front of the first element. An array that owns such memory
+ * Memory that remembers its capacity before the first element. An array that owns such memory
  * is told by its deleter, so it stays an ordinary array that can be released and handed on.
  */
 template <class T>
@@ -31,7 +31,7 @@ struct GrowableMemory {
     }
     static bool owns(const Array<T>& array) { return array._deleter == deleter; }
 
-    /** Moves the elements to memory for exactly `capacity` of them, dropping what exceeds it. */
+    /** Moves the elements to memory for exactly `capacity` of them, dropping elements past that. */
     static void reallocate(Array<T>& array, std::size_t capacity) {
         const std::size_t size = std::min(array._size, capacity);
         if constexpr (std::is_trivially_copyable<T>::value) {
@@ -70,7 +70,7 @@ struct GrowableMemory {
     }
 
 private:
-    /* By address: as far as the language knows, nothing lies in front of an array */
+    /* By address: as far as the language knows, nothing lies before an array */
     static char* base(T* data) {
         return reinterpret_cast<char*>(reinterpret_cast<std::uintptr_t>(data) - Offset);
     }
@@ -106,7 +106,7 @@ std::size_t arrayCapacity(Array<T>& array) {
                : array.size();
 }
 
-/** Gives room for exactly `capacity` elements unless there is more, and returns what there is. */
+/** Gives room for exactly `capacity` elements unless there is more, and returns the capacity. */
 template <class T>
 std::size_t arrayReserve(Array<T>& array, std::size_t capacity) {
     if (arrayCapacity(array) < capacity)

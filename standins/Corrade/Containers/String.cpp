@@ -7,7 +7,7 @@ inline namespace VespermoorStandins {
 namespace Containers {
 namespace {
 
-/* What every empty string refers to. Not constant because a caller may write the NUL again. */
+/* The text of every empty string. Not constant because a caller may write the NUL again. */
 char emptyText[1]{};
 
 void keep(char*, std::size_t) {}

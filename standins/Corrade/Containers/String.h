@@ -29,7 +29,7 @@ class String {
 public:
     using Deleter = void (*)(char*, std::size_t);
 
-    /** Refers to the view's memory where it is NUL-terminated, copies else. */
+    /** Refers to the view's memory if that is NUL-terminated, and copies it otherwise. */
     VESPERMOOR_STANDINS_EXPORT static String nullTerminatedView(StringView view);
 
     VESPERMOOR_STANDINS_EXPORT String() noexcept;

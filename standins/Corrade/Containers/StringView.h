@@ -44,7 +44,7 @@ CORRADE_ENUMSET_OPERATORS(StringViewFlags)
  */
 template <class T>
 class BasicStringView {
-    /* What is read only: named by T, as this class is not complete yet */
+    /* A view that is only read: named by T, as this class is not complete yet */
     using Text = BasicStringView<const T>;
 
 public:
@@ -103,7 +103,7 @@ public:
         VESPERMOOR_STANDINS_DEBUG_ASSERT(size(), "Containers::StringView::back(): view is empty");
         return _data[size() - 1];
     }
-    /** The terminator can be accessed too where there is one. */
+    /** The terminator can be accessed too, if there is one. */
     constexpr T& operator[](std::size_t i) const {
         VESPERMOOR_STANDINS_DEBUG_ASSERT(
             i < size() + isNullTerminated(),
@@ -152,7 +152,7 @@ public:
     }
     bool hasSuffix(char suffix) const { return size() && _data[size() - 1] == suffix; }
 
-    /** What is not found is an empty view at `fail`. */
+    /** A text that is not found is an empty view at `fail`. */
     BasicStringView findOr(Text text, T* fail) const {
         return found(bytes().find(text.bytes()), text.size(), fail);
     }

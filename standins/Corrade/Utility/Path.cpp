@@ -38,7 +38,7 @@ using Containers::Optional;
 using Containers::StringView;
 using namespace Containers::Literals;
 
-/* Prints what failed and why the system refused. */
+/* Prints the failed operation and the reason of the system. */
 template <class... Args>
 bool fail(std::error_code error, const char* message, const Args&... args) {
     Error{} << format(message, args...) << Debug::nospace << ": error" << error.value() << "("
@@ -93,7 +93,7 @@ struct stat statusOf(const File& file) {
     return status;
 }
 
-/* Both go on where a signal has broken in. */
+/* Both continue after a signal. */
 ssize_t readSome(const File& file, void* data, std::size_t size) {
     ssize_t count;
     do
@@ -213,7 +213,7 @@ Optional<Containers::Array<Containers::String>> list(StringView path, ListFlags 
 }
 
 /* Reads to the end, whatever size the system gives: files of /proc have more than their zero and
-   those of /sys less than their 4096. The array always has room for one byte more than what was
+   those of /sys less than their 4096. The array always has room for one more byte than was
    read, which is the NUL in the end. */
 Optional<Containers::String> readString(StringView filename) {
     const File file{filename, O_RDONLY};
@@ -259,9 +259,9 @@ namespace {
 /* Fits the caches, and most files are through in one turn. */
 constexpr std::size_t CopyBlock = std::size_t(128) << 10;
 
-/* Moves both positions by what the kernel can copy on its own, without a way through this process
+/* Copies as much as the kernel can on its own, and moves both positions: not through this process,
    and on some file systems by sharing the blocks. Whatever ends it early (two file systems, a
-   device, an old kernel, a full disk), the plain copy goes on from there and reports. Returns
+   device, an old kernel, a full disk), the plain copy continues from there and reports. Returns
    whether anything was copied. */
 bool copyInKernel(const File& in, const File& out) {
     constexpr std::size_t step = std::size_t(1) << 30;

@@ -50,7 +50,7 @@ VESPERMOOR_STANDINS_EXPORT Containers::Optional<Containers::String>
 readString(Containers::StringView filename);
 VESPERMOOR_STANDINS_EXPORT bool write(Containers::StringView filename,
                                       Containers::ArrayView<const void> data);
-/* A C string would be written with its terminating zero; a view says what is meant. */
+/* A C string would be written with its terminating zero; a view has its size. */
 template <std::size_t size>
 bool write(const Containers::StringView& filename, const char (&string)[size]) = delete;
 
