@@ -84,6 +84,8 @@ public:
     const char* begin() const { return _data; }
     const char* end() const { return _data + size(); }
 
+    StringView prefix(std::size_t size) const { return StringView{*this}.prefix(size); }
+
 private:
     static constexpr std::size_t GlobalMask = std::size_t(StringViewFlag::Global);
 

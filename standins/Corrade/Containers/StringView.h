@@ -145,6 +145,9 @@ public:
         return exceptPrefix(kept == std::string_view::npos ? size() : kept);
     }
 
+    /** An empty view has no parts; a delimiter at an end has an empty one beside it. */
+    VESPERMOOR_STANDINS_EXPORT Array<BasicStringView> split(char delimiter) const;
+
     bool hasPrefix(Text prefix) const { return bytes().substr(0, prefix.size()) == prefix.bytes(); }
     bool hasPrefix(char prefix) const { return size() && _data[0] == prefix; }
     bool hasSuffix(Text suffix) const {
