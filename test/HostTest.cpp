@@ -14,7 +14,6 @@
 #include "Program.h"
 #include "Support.h"
 #include "Tree.h"
-#include "Unprivileged.h"
 
 namespace {
 

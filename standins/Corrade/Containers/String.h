@@ -78,6 +78,7 @@ public:
     }
     char* data() { return _data; }
     const char* data() const { return _data; }
+    Deleter deleter() const { return _deleter; }
     std::size_t size() const { return _sizeAndGlobal & ~GlobalMask; }
     bool isEmpty() const { return !size(); }
     char* begin() { return _data; }
