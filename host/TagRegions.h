@@ -18,7 +18,7 @@ namespace VespermoorEngine::Host {
  * here that is an error, since the user asked for this region.
  */
 Containers::String replaceRegions(Containers::StringView path, Containers::StringView text,
-                                  Containers::ArrayView<const Utils::TagReplacement> replacements);
+                                  Containers::ArrayView<const Utils::TagReplacement> given);
 
 } // namespace VespermoorEngine::Host
 
