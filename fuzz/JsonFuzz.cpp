@@ -98,6 +98,9 @@ void testSteps(Value& root, Value& value, const std::string& pointer) {
                            : value.IsObject() ? value.MemberCount()
                                               : 0;
     expect("step past the last", !RapidJsonUtils::getSubValue(value, count).second());
+    expect("pointer past the last",
+           value.IsObject() ||
+               !RapidJsonUtils::valueByPointer(root, pointer + "/" + std::to_string(count)));
     for (unsigned i = 0; i != count; ++i) {
         const auto step = RapidJsonUtils::getSubValue(value, i);
         if (value.IsArray()) {
