@@ -1,8 +1,6 @@
 #ifndef Vespermoor_Host_DocumentScope_h
 #define Vespermoor_Host_DocumentScope_h
 
-#include <cstddef>
-
 #include <VespermoorEditor/Utils/JsonObject.h>
 
 namespace VespermoorEngine::Host {
@@ -23,11 +21,6 @@ public:
     /** @brief @p value, which has to lie inside @p document. */
     DocumentScope(rapidjson::Document& document, rapidjson::Value& value);
 
-    /* A template makes an accessor for each name and drops it right after, so the memory of the
-       last one that ended is kept for the next, on each thread. */
-    static void* operator new(std::size_t size);
-    static void operator delete(void* memory, std::size_t size);
-
     bool exists() override;
     Containers::Pointer<JsonObject> member(Containers::StringView path) override;
     rapidjson::MemoryPoolAllocator<rapidjson::CrtAllocator>& allocator() override;
@@ -46,6 +39,9 @@ public:
     bool canBeMade() const;
 
 private:
+    /* Adds the steps of a path that lead nowhere. */
+    void addMissing(Containers::StringView path);
+
     rapidjson::Document* document;
     /* What the steps lead to; where they lead nowhere, the last value that they passed. */
     rapidjson::Value* reached;

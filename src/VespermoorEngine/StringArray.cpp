@@ -1,6 +1,8 @@
 #include "VespermoorEngine/StringArray.h"
 
+#include <algorithm>
 #include <cstring>
+#include <new>
 
 #include <Corrade/Containers/GrowableArray.h>
 
@@ -8,8 +10,60 @@ namespace VespermoorEngine {
 
 namespace {
 
-/* Enough for an `if` with a comparison, so that a list of that size allocates its offsets once. */
-constexpr std::size_t initialOffsets = 5;
+/* The memory of a list that is no larger than expected: one block with a header, the offsets and
+   the characters. The array of characters owns the block, so the offsets leave it first when the
+   list grows out of it. */
+struct Block {
+    /* Enough for an `if` with a comparison. */
+    static constexpr std::size_t maxOffsets = 5;
+
+    std::size_t maxCharacters;
+    std::size_t offsets[maxOffsets];
+
+    char* characters() { return reinterpret_cast<char*>(this + 1); }
+};
+
+Block& blockOf(char* const characters) {
+    return reinterpret_cast<Block*>(characters)[-1];
+}
+
+void freeBlock(char* const characters, std::size_t) {
+    ::operator delete(&blockOf(characters));
+}
+
+void keepBlock(std::size_t*, std::size_t) {}
+
+template <class T>
+void setSize(Containers::Array<T>& array, const std::size_t size) {
+    const auto deleter = array.deleter();
+    array = Containers::Array<T>{array.release(), size, deleter};
+}
+
+bool isInBlock(const Containers::Array<std::size_t>& offsets) {
+    return offsets.deleter() == keepBlock;
+}
+
+/* These two return false if the array has left the block or would outgrow it. */
+bool addInBlock(Containers::Array<char>& store, const Containers::StringView string) {
+    const std::size_t size = store.size();
+    if (store.deleter() != freeBlock ||
+        blockOf(store.data()).maxCharacters - size <= string.size()) {
+        return false;
+    }
+    *std::copy_n(string.data(), string.size(), store.data() + size) = '\0';
+    setSize(store, size + string.size() + 1);
+    return true;
+}
+
+bool addInBlock(Containers::Array<std::size_t>& offsets, const std::size_t offset) {
+    const std::size_t size = offsets.size();
+    if (!isInBlock(offsets) || size == Block::maxOffsets) {
+        return false;
+    }
+    offsets.data()[size] = offset;
+    setSize(offsets, size + 1);
+    return true;
+}
 
 } // namespace
 
@@ -28,20 +82,28 @@ MutableStringArrayView::MutableStringArrayView(const Containers::ArrayView<char>
 MutableStringArrayView::~MutableStringArrayView() = default;
 
 StringArray::StringArray(const std::size_t sizeHint) {
-    arrayReserve(store, sizeHint + 1);
-    arrayReserve(offsets, initialOffsets);
-    arrayAppend(offsets, std::size_t{0});
+    Block& block = *new (::operator new(sizeof(Block) + sizeHint + 1)) Block;
+    block.maxCharacters = sizeHint + 1;
+    block.offsets[0] = 0;
+    offsets = Containers::Array<std::size_t>{block.offsets, 1, keepBlock};
+    store = Containers::Array<char>{block.characters(), 0, freeBlock};
     data = store.data();
 }
 
 StringArray::~StringArray() = default;
 
 void StringArray::add(const Containers::StringView string) {
-    /* Appending a view, other than making room and copying, works for a part of the store itself.
-     */
-    arrayAppend(store, Containers::arrayView(string.data(), string.size()));
-    arrayAppend(store, '\0');
-    arrayAppend(offsets, store.size());
+    if (!addInBlock(store, string)) {
+        if (isInBlock(offsets)) {
+            arrayReserve(offsets, Block::maxOffsets + 1);
+        }
+        /* Appending a view, other than making room and copying, works for a part of the store. */
+        arrayAppend(store, Containers::arrayView(string.data(), string.size()));
+        arrayAppend(store, '\0');
+    }
+    if (!addInBlock(offsets, store.size())) {
+        arrayAppend(offsets, store.size());
+    }
     characters = store;
     data = store.data();
     dataSize = store.size();

@@ -19,6 +19,14 @@ using namespace Corrade::Containers::Literals;
 
 using Scopes = Containers::ArrayView<const Containers::Reference<JsonObject>>;
 
+/* Prints the reason of a failure and returns false. */
+template <class... T>
+bool fail(const T&... items) {
+    Utility::Error error;
+    (error << ... << items);
+    return false;
+}
+
 /* First byte of the first pair of `byte` from `begin` on, or null where the text ends before. */
 const char* findPair(const char* begin, const char* const end, const char byte) {
     while (begin != end) {
@@ -32,22 +40,34 @@ const char* findPair(const char* begin, const char* const end, const char byte) 
     return nullptr;
 }
 
-/* Counting the directives costs less than moving them each time their array grows. */
-std::size_t countDirectives(const char* cursor, const char* const end) {
-    std::size_t count = 0;
-    while ((cursor = findPair(cursor, end, '{')) && (cursor = findPair(cursor + 2, end, '}'))) {
-        cursor += 2;
-        ++count;
+/* Where the delimiters of a directive begin; `close` is null if it is unterminated. */
+struct Delimiters {
+    const char* open;
+    const char* close;
+};
+
+Containers::Array<Delimiters> findDirectives(const char* cursor, const char* const end) {
+    Containers::Array<Delimiters> found;
+    while (const char* const open = findPair(cursor, end, '{')) {
+        const char* const close = findPair(open + 2, end, '}');
+        arrayAppend(found, Delimiters{open, close});
+        if (!close) {
+            break;
+        }
+        cursor = close + 2;
     }
-    return count;
+    return found;
+}
+
+Containers::StringView between(const char* const begin, const char* const end) {
+    return {begin, std::size_t(end - begin)};
 }
 
 bool isBlank(const char byte) {
-    return byte == ' ' || byte == '\t';
+    return byte <= ' ' && (byte == ' ' || byte == '\t');
 }
 
-StringArray splitTokens(const Containers::StringView body) {
-    StringArray tokens{body.size()};
+void addTokens(StringArray& tokens, const Containers::StringView body) {
     const char* cursor = body.begin();
     while (cursor != body.end()) {
         const char* const begin = cursor;
@@ -60,143 +80,153 @@ StringArray splitTokens(const Containers::StringView body) {
             tokens.add({begin, std::size_t(cursor - begin)});
         }
     }
-    return tokens;
-}
-
-/* A value is its text and one NUL. */
-Containers::Array<char> makeValue(const Containers::StringView text) {
-    Containers::Array<char> value{Corrade::NoInit, text.size() + 1};
-    std::memcpy(value.data(), text.data(), text.size());
-    value.back() = '\0';
-    return value;
-}
-
-/* What a token or an expression stands for: its text, and what keeps that text alive. A failure,
-   which has printed its reason, has a text with null data. */
-struct Evaluation {
-    Containers::StringView text;
-    Containers::Pointer<JsonObject> accessor;
-    Containers::Array<char> formatted;
-
-    explicit operator bool() const { return text.data(); }
-};
-
-Containers::Array<char> makeValue(const Evaluation& evaluation) {
-    return evaluation ? makeValue(evaluation.text) : Containers::Array<char>{};
-}
-
-Evaluation evalLiteral(const Containers::StringView token) {
-    if (token.size() < 2 || token.back() != token.front()) {
-        Utility::Error{} << "Template::render(): Unterminated string literal";
-        return {};
-    }
-    return {token.slice(1, token.size() - 1), {}, {}};
 }
 
 /* JSON strings can hold NUL bytes, which end a text in comparisons and in the output. */
 Containers::StringView upToNul(const Containers::StringView text) {
-    return text.prefix(text.findOr('\0', text.end()).begin());
+    return text.prefix(strnlen(text.data(), text.size()));
 }
 
-/* Evaluates expressions against one list of scopes. */
+template <std::size_t size>
+void copyBlockWithSlashes(const char* const from, char* const to) {
+    char block[size];
+    std::memcpy(block, from, size);
+    for (char& c : block) {
+        c = c == '.' ? '/' : c;
+    }
+    std::memcpy(to, block, size);
+}
+
+/* Copies with a slash for each dot, in blocks that the compiler turns into a few instructions. The
+   last block overlaps the one before it. */
+void copyWithSlashes(const Containers::StringView name, char* const path) {
+    constexpr std::size_t block = 8;
+    const std::size_t size = name.size();
+    if (size < block) {
+        for (std::size_t i = 0; i != size; ++i) {
+            copyBlockWithSlashes<1>(name.data() + i, path + i);
+        }
+        return;
+    }
+    for (std::size_t i = 0; i + block < size; i += block) {
+        copyBlockWithSlashes<block>(name.data() + i, path + i);
+    }
+    copyBlockWithSlashes<block>(name.end() - block, path + size - block);
+}
+
+/* Evaluates expressions against one list of scopes. The text of a value is not returned but handed
+   to a function, `use`, so that it need not be copied: it lives in the accessor, which is gone when
+   the evaluation ends. Evaluations return false if they failed and have printed the reason. */
 class Evaluator {
 public:
-    explicit Evaluator(const Scopes searched) : scopes{searched} {}
+    explicit Evaluator(const Scopes scopes) : scopes{scopes} {}
 
-    Evaluation evalExpression(const StringArrayView& tokens) {
-        switch (tokens.size()) {
-        case 1:
-            return evalSingleTokenExpr(tokens.get(0));
-        case 3:
-            return evalComparison(tokens);
-        default:
-            Utility::Error{} << "Template::render(): Number of tokens for expression unsupported:"
-                             << tokens.size();
-            return {};
+    /* Evaluates the tokens from `first` on. */
+    template <class Use>
+    bool evalExpression(const StringArrayView& tokens, const std::size_t first, const Use& use) {
+        const std::size_t count = tokens.size() - first;
+        if (count == 1) {
+            return evalSingleTokenExpr(tokens.get(first), use);
         }
+        if (count == 3) {
+            return evalComparison(tokens, first, use);
+        }
+        return fail("Template::render(): Number of tokens for expression unsupported:", count);
     }
 
 private:
-    Evaluation evalSingleTokenExpr(const Containers::StringView token) {
-        return token.front() == '\'' || token.front() == '"' ? evalLiteral(token) : evalName(token);
+    template <class Use>
+    bool evalSingleTokenExpr(const Containers::StringView token, const Use& use) {
+        return token.front() == '\'' || token.front() == '"' ? evalLiteral(token, use)
+                                                             : evalName(token, use);
     }
 
-    Evaluation evalComparison(const StringArrayView& tokens);
-    Evaluation evalName(Containers::StringView token);
-    Containers::Pointer<JsonObject> findMember(Containers::StringView name);
+    template <class Use>
+    bool evalComparison(const StringArrayView& tokens, std::size_t first, const Use& use);
+    template <class Use>
+    bool evalLiteral(Containers::StringView token, const Use& use);
+    template <class Use>
+    bool evalName(Containers::StringView token, const Use& use);
+
     Containers::StringView memberPath(Containers::StringView name);
 
     Scopes scopes;
-    /* Room for the paths that scopes are asked for, so that not every name allocates its own. */
-    Containers::Array<char> path;
+    /* Text of the left side of a comparison. */
+    Containers::Array<char> left;
+    char shortPath[64];
+    Containers::Array<char> longPath;
 };
 
-Evaluation Evaluator::evalComparison(const StringArrayView& tokens) {
-    /* Both sides first, so that each one that fails says so. The left text is copied, since the
-       accessors of a host may share the value that they give. */
-    const Containers::Array<char> left = makeValue(evalSingleTokenExpr(tokens.get(0)));
-    const Evaluation right = evalSingleTokenExpr(tokens.get(2));
-    if (!left.data() || !right) {
-        return {};
+/* The path that scopes are asked for: NUL-terminated, with a slash for each dot. It lives until the
+   next call. */
+Containers::StringView Evaluator::memberPath(const Containers::StringView name) {
+    char* path = shortPath;
+    if (name.size() >= sizeof(shortPath)) {
+        arrayResize(longPath, Corrade::NoInit, name.size() + 1);
+        path = longPath.data();
     }
-    const bool equal = Containers::StringView{left.data()} == upToNul(right.text);
-    const bool wanted = tokens.get(1) == "=="_s;
-    return {equal == wanted ? "true"_s : "false"_s, {}, {}};
+    copyWithSlashes(name, path);
+    path[name.size()] = '\0';
+    return {path, name.size(), Containers::StringViewFlag::NullTerminated};
 }
 
-Evaluation Evaluator::evalName(const Containers::StringView token) {
-    Containers::Pointer<JsonObject> accessor = findMember(token);
-    if (!accessor || !accessor->exists()) {
-        Utility::Error{} << "Template::render(): Undefined name" << token;
-        return {};
+template <class Use>
+bool Evaluator::evalComparison(const StringArrayView& tokens, const std::size_t first,
+                               const Use& use) {
+    /* Both sides first, so that each one that fails prints its reason. The left text is copied,
+       since the accessors of a host may share the value that they give. */
+    const bool hasLeft =
+        evalSingleTokenExpr(tokens.get(first), [this](const Containers::StringView text) {
+            const Containers::StringView visible = upToNul(text);
+            arrayResize(left, Corrade::NoInit, visible.size());
+            std::memcpy(left.data(), visible.data(), visible.size());
+        });
+    bool equal = false;
+    const bool hasRight = evalSingleTokenExpr(
+        tokens.get(first + 2), [this, &equal](const Containers::StringView text) {
+            equal = upToNul(text) == Containers::StringView{left.data(), left.size()};
+        });
+    if (!hasLeft || !hasRight) {
+        return false;
+    }
+    const bool wanted = tokens.get(first + 1) == "=="_s;
+    use(equal == wanted ? "true"_s : "false"_s);
+    return true;
+}
+
+template <class Use>
+bool Evaluator::evalLiteral(const Containers::StringView token, const Use& use) {
+    if (token.size() < 2 || token.back() != token.front()) {
+        return fail("Template::render(): Unterminated string literal");
+    }
+    use(token.slice(1, token.size() - 1));
+    return true;
+}
+
+template <class Use>
+bool Evaluator::evalName(const Containers::StringView token, const Use& use) {
+    const Containers::StringView path = memberPath(token);
+    Containers::Pointer<JsonObject> accessor;
+    bool exists = false;
+    for (std::size_t i = 0; i != scopes.size() && !exists; ++i) {
+        accessor = scopes[i]->member(path);
+        exists = accessor->exists();
+    }
+    if (!exists) {
+        return fail("Template::render(): Undefined name", token);
     }
     const rapidjson::Value& value = accessor->value();
     if (value.IsString()) {
-        const Containers::StringView text = accessor->asString();
-        return {text.data() ? text : ""_s, std::move(accessor), {}};
+        const char* const text = value.GetString();
+        use(text ? Containers::StringView{text, value.GetStringLength()} : ""_s);
+    } else if (value.IsBool()) {
+        use(value.IsTrue() ? "true"_s : "false"_s);
+    } else if (value.IsDouble()) {
+        use(Utility::format("{:.4f}", value.GetDouble()));
+    } else {
+        return fail("Template::render(): Unsupported type for", token);
     }
-    if (value.IsBool()) {
-        return {value.IsTrue() ? "true"_s : "false"_s, {}, {}};
-    }
-    if (value.IsDouble()) {
-        Containers::Array<char> formatted = makeValue(Utility::format("{:.4f}", value.GetDouble()));
-        const Containers::StringView text{formatted.data(), formatted.size() - 1};
-        return {text, {}, std::move(formatted)};
-    }
-    Utility::Error{} << "Template::render(): Unsupported type for" << token;
-    return {};
-}
-
-/* `name` with a slash in place of each dot, NUL-terminated. The view lives until the next call. */
-Containers::StringView Evaluator::memberPath(const Containers::StringView name) {
-    arrayResize(path, Corrade::NoInit, name.size() + 1);
-    char* const end = path.data() + name.size();
-    std::memcpy(path.data(), name.data(), name.size());
-    *end = '\0';
-    for (char* dot = path.data();
-         (dot = static_cast<char*>(std::memchr(dot, '.', std::size_t(end - dot)))); ++dot) {
-        *dot = '/';
-    }
-    return {path.data(), name.size(), Containers::StringViewFlag::NullTerminated};
-}
-
-/* The accessor from the first scope that has `name`, or else the one from the last scope. */
-Containers::Pointer<JsonObject> Evaluator::findMember(const Containers::StringView name) {
-    const Containers::StringView memberName = memberPath(name);
-    Containers::Pointer<JsonObject> accessor;
-    for (JsonObject& scope : scopes) {
-        accessor = scope.member(memberName);
-        if (accessor->exists()) {
-            break;
-        }
-    }
-    return accessor;
-}
-
-/* The tokens of an `if` behind the keyword, in the place where they are stored. */
-MutableStringArrayView conditionOf(const StringArray& tokens) {
-    return MutableStringArrayView{tokens.characters.exceptPrefix(tokens.offsets[1]),
-                                  tokens.size() - 1};
+    return true;
 }
 
 /* Output under construction. Past the reserved room it grows to the exact size needed. */
@@ -212,10 +242,12 @@ public:
 
     /* A text that a NUL ends early is filled up with NULs to its size. */
     void appendValue(const Containers::StringView text) {
+        const std::size_t visible = strnlen(text.data(), text.size());
         char* const end = grow(text.size());
-        const Containers::StringView visible = upToNul(text);
-        std::memcpy(end, visible.data(), visible.size());
-        std::memset(end + visible.size(), '\0', text.size() - visible.size());
+        std::memcpy(end, text.data(), visible);
+        if (visible != text.size()) {
+            std::memset(end + visible, '\0', text.size() - visible);
+        }
     }
 
     Containers::String release() {
@@ -249,44 +281,40 @@ Template::Template(const Containers::StringView source) : text{source.size() + 1
 
     const char* cursor = source.data();
     const char* const end = cursor + std::strlen(cursor);
-    arrayReserve(directives, countDirectives(cursor, end));
-    while (cursor != end) {
-        const char* const open = findPair(cursor, end, '{');
-        text.add({cursor, std::size_t((open ? open : end) - cursor)});
-        if (!open) {
+    const Containers::Array<Delimiters> found = findDirectives(cursor, end);
+    arrayReserve(text.offsets, found.size() + 2);
+    arrayReserve(directives, found.size());
+    for (const auto& [open, close] : found) {
+        text.add(between(cursor, open));
+        if (!close || !addDirective(between(open + 2, close))) {
+            valid = fail("Template::Template(): Syntax error: Unterminated template directive");
             return;
         }
-        const char* const close = addDirective(open + 2, end);
-        if (!close) {
-            Utility::Error{}
-                << "Template::Template(): Syntax error: Unterminated template directive";
-            valid = false;
-            return;
-        }
-        cursor = close;
+        cursor = close + 2;
+    }
+    if (cursor != end) {
+        text.add(between(cursor, end));
     }
 }
 
 Template::~Template() = default;
 
-const char* Template::addDirective(const char* begin, const char* const end) {
-    while (isBlank(*begin)) {
+bool Template::addDirective(Containers::StringView body) {
+    const char* begin = body.begin();
+    while (begin != body.end() && isBlank(*begin)) {
         ++begin;
     }
-    const char* const close = findPair(begin, end, '}');
-    if (!close) {
-        return nullptr;
+    if (begin == body.end()) {
+        return false;
     }
-    StringArray tokens = splitTokens({begin, std::size_t(close - begin)});
-    if (tokens.size() == 0) {
-        return nullptr;
-    }
-    const Containers::StringView keyword = tokens.get(0);
-    const Directive::Type type = keyword == "if"_s    ? Directive::Type::If
-                                 : keyword == "end"_s ? Directive::Type::End
-                                                      : Directive::Type::Eval;
-    arrayAppend(directives, Directive{type, std::move(tokens)});
-    return close + 2;
+    body = body.suffix(begin);
+    Directive& directive = arrayAppend(directives, Corrade::InPlaceInit, body.size());
+    addTokens(directive.tokens, body);
+    const Containers::StringView keyword = directive.tokens.get(0);
+    directive.type = keyword == "if"_s    ? Directive::Type::If
+                     : keyword == "end"_s ? Directive::Type::End
+                                          : Directive::Type::Eval;
+    return true;
 }
 
 bool Template::hasEval(const Containers::StringView name) {
@@ -301,35 +329,36 @@ bool Template::hasEval(const Containers::StringView name) {
 Containers::String Template::render(const Scopes scopes) {
     Evaluator evaluator{scopes};
     Output output{text.dataSize};
-    const std::size_t pieces = text.size() + directives.size();
-    for (std::size_t piece = 0; piece < pieces; ++piece) {
-        const std::size_t index = piece / 2;
-        if (piece % 2 == 0) {
-            output.append(text.get(index));
-            continue;
-        }
-        const Directive& directive = directives[index];
+    for (std::size_t i = 0; i != directives.size(); ++i) {
+        output.append(text.get(i));
+        const Directive& directive = directives[i];
         if (directive.type == Directive::Type::Eval) {
-            const Evaluation value = evaluator.evalExpression(directive.tokens);
-            if (!value) {
+            const auto append = [&output](const Containers::StringView value) {
+                output.appendValue(value);
+            };
+            if (!evaluator.evalExpression(directive.tokens, 0, append)) {
                 return {};
             }
-            output.appendValue(value.text);
         } else if (directive.type == Directive::Type::If) {
-            const Evaluation condition = evaluator.evalExpression(conditionOf(directive.tokens));
-            if (!condition) {
+            bool holds = false;
+            const auto test = [&holds](const Containers::StringView value) {
+                holds = value == "true"_s;
+            };
+            if (!evaluator.evalExpression(directive.tokens, 1, test)) {
                 return {};
             }
-            if (condition.text == "true"_s) {
+            if (holds) {
                 continue;
             }
-            const std::size_t next = findEnd(index + 1);
-            if (next == directives.size()) {
-                Utility::Error{} << "Template::render(): Missing 'end'";
+            i = findEnd(i + 1);
+            if (i == directives.size()) {
+                fail("Template::render(): Missing 'end'");
                 return {};
             }
-            piece = 2 * next + 1;
         }
+    }
+    if (text.size() > directives.size()) {
+        output.append(text.get(directives.size()));
     }
     return output.release();
 }
@@ -353,7 +382,13 @@ Containers::String Template::render(JsonObject& scope) {
 
 Containers::Array<char> Template::evalDirective(const Scopes scopes,
                                                 const StringArrayView& tokens) {
-    return makeValue(Evaluator{scopes}.evalExpression(tokens));
+    Containers::Array<char> value;
+    Evaluator{scopes}.evalExpression(tokens, 0, [&value](const Containers::StringView text) {
+        value = Containers::Array<char>{Corrade::NoInit, text.size() + 1};
+        std::memcpy(value.data(), text.data(), text.size());
+        value.back() = '\0';
+    });
+    return value;
 }
 
 } // namespace VespermoorEngine

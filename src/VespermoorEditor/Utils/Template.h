@@ -97,13 +97,14 @@ private:
     struct Directive {
         enum class Type : std::uint8_t { Eval, If, End };
 
+        explicit Directive(const std::size_t sizeHint) : type{}, tokens{sizeHint} {}
+
         Type type;
         StringArray tokens;
     };
 
-    /* Compiles the directive whose delimiter ends at `begin` and returns where the text behind it
-       goes on, or null where it is unterminated or empty. */
-    const char* addDirective(const char* begin, const char* end);
+    /* Compiles the directive of that body, or returns false if it has no token. */
+    bool addDirective(Containers::StringView body);
 
     /* Index of the first `end` from `directive` on, or the number of directives. */
     std::size_t findEnd(std::size_t directive) const;
