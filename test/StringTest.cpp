@@ -4,11 +4,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <locale>
-#include <random>
 
 #include "Support.h"
 #include "VespermoorEditor/Utils/StringWriter.h"
-#include "VespermoorEditor/Utils/TagSearch.h"
 
 /* The C library never frees the list of directories that it makes of LOCPATH. */
 extern "C" [[gnu::visibility("default")]] const char*
@@ -126,35 +124,6 @@ TEST_F(StandardLocales, SearchFindsTheLastPlace) {
     EXPECT_EQ(caseInsensitiveSearch("a\xf2\xd3", "\xd3\xf3", locales[1]), 1);
 }
 
-TEST_F(StandardLocales, RandomSearchesEqualStandardSearch) {
-    for (const std::locale& locale : locales) {
-        std::mt19937 random{1};
-        int matches = 0;
-        for (int round = 0; round != 2000; ++round) {
-            /* Few values at times, so that much matches in part. */
-            const unsigned values = round % 2 ? 256 : 3;
-            std::vector<char> text(random() % (round % 5 ? 60 : 900));
-            std::generate(text.begin(), text.end(), [&] { return char(0xf1 + random() % values); });
-            const std::size_t begin = random() % (text.size() + 1);
-            const std::size_t size = std::min<std::size_t>(random() % 20, text.size() - begin);
-            std::string part{text.data() + begin, size};
-            part += random() % 2 ? "b" : "";
-            for (char& c : part) {
-                c = random() % 2 ? std::toupper(c, locale) : c;
-            }
-            const auto match = std::search(text.begin(), text.end(), part.begin(), part.end(),
-                                           CaseInsensitiveStringEqual{locale});
-            const bool isMatch = match != text.end() || part.empty();
-            ASSERT_EQ(caseInsensitiveSearch({text.data(), text.size()}, view(part), locale),
-                      isMatch ? match - text.begin() : noMatch)
-                << round;
-            matches += isMatch;
-        }
-        EXPECT_GT(matches, 500);
-        EXPECT_LT(matches, 1900);
-    }
-}
-
 TEST(StringTest, ReplacesTagContent) {
     const Utils::TagReplacement a{"[a]", "[/a]", "1"};
     const Utils::TagReplacement b{"[b]", "[/b]", "2"};
@@ -195,51 +164,6 @@ TEST(StringTest, ReplacesTagContent) {
         EXPECT_EQ(result.second(), row.succeeds) << row.expected;
     }
     EXPECT_EQ(text(Utils::replaceTagContent("[a]x[/a]", {a, b}).first()), "[a]1[/a]");
-}
-
-TEST(StringTest, FindsWhatASearchForEachTagFinds) {
-    const std::string letters = "abcdefghijklmnopqrstuvwxyz0123456789[]/*";
-    struct Row {
-        std::string alphabet;
-        std::size_t longestText, shortest, longest;
-    };
-    std::mt19937 random{1};
-    for (const auto& [alphabet, longestText, shortest, longest] :
-         {Row{"ab", 200, 0, 9}, Row{"ab", 500, 6, 20}, Row{letters, 100, 0, 1},
-          Row{letters, 300, 2, 3}, Row{letters, 1000, 4, 30}}) {
-        const auto fill = [&random, &alphabet = alphabet](std::string& text, std::size_t size) {
-            while (text.size() < size) {
-                text += alphabet[random() % alphabet.size()];
-            }
-        };
-        std::size_t counts[2]{};
-        for (int round = 0; round != 300; ++round) {
-            std::string whole;
-            fill(whole, random() % longestText);
-            /* Nothing follows these bytes, so that sanitizers notice a read past them. */
-            const std::vector<char> text(whole.begin(), whole.end());
-            std::vector<std::string> tags(random() % 30);
-            std::vector<Containers::StringView> places(tags.size());
-            std::vector<Utils::SoughtTag> sought;
-            for (std::size_t i = 0; i != tags.size(); ++i) {
-                const std::size_t size = shortest + random() % (longest - shortest + 1);
-                tags[i] = whole.substr(random() % (whole.size() + 1), size);
-                tags[i].resize(tags[i].size() - (random() % 3 ? 0 : tags[i].size() / 3));
-                fill(tags[i], size);
-                sought.push_back({view(tags[i]), &places[i]});
-            }
-            Utils::findFirstOccurrences({text.data(), text.size()}, {sought.data(), sought.size()});
-            for (std::size_t i = 0; i != tags.size(); ++i) {
-                const std::size_t place = tags[i].empty() ? std::string::npos : whole.find(tags[i]);
-                const bool isFound = place != std::string::npos;
-                ASSERT_EQ(places[i].data(), isFound ? text.data() + place : nullptr) << tags[i];
-                ASSERT_EQ(places[i].size(), isFound ? tags[i].size() : 0) << tags[i];
-                ++counts[isFound];
-            }
-        }
-        EXPECT_GT(counts[true], 1000);
-        EXPECT_GT(counts[false], 100);
-    }
 }
 
 TEST(StringTest, WriterGrowsAndTerminates) {

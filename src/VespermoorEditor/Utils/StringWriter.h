@@ -9,6 +9,7 @@
 #include <Corrade/Containers/String.h>
 #include <Corrade/Containers/StringView.h>
 
+#include "VespermoorEditor/Utils/Text.h"
 #include "VespermoorEngine/Contract.h"
 
 namespace VespermoorEngine::Utils {
@@ -85,13 +86,7 @@ inline void StringWriter::append(const Containers::StringView text) {
 }
 
 inline Containers::String StringWriter::release() {
-    if (buffer.isEmpty()) {
-        return {};
-    }
-    /* Nothing has terminated the text yet where nothing was appended. */
-    buffer[size] = '\0';
-    const auto deleter = buffer.deleter();
-    return Containers::String{buffer.release(), std::exchange(size, 0), deleter};
+    return Implementation::takeString(buffer, std::exchange(size, 0));
 }
 
 } // namespace VespermoorEngine::Utils

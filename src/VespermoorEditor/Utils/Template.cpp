@@ -1,5 +1,6 @@
 #include "VespermoorEditor/Utils/Template.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -10,6 +11,7 @@
 #include <VespermoorEngine/Contract.h>
 
 #include "VespermoorEditor/Utils/JsonObject.h"
+#include "VespermoorEditor/Utils/Text.h"
 
 namespace VespermoorEngine {
 
@@ -179,7 +181,7 @@ bool Evaluator::evalComparison(const StringArrayView& tokens, const std::size_t 
         evalSingleTokenExpr(tokens.get(first), [this](const Containers::StringView text) {
             const Containers::StringView visible = upToNul(text);
             arrayResize(left, Corrade::NoInit, visible.size());
-            std::memcpy(left.data(), visible.data(), visible.size());
+            std::copy(visible.begin(), visible.end(), left.data());
         });
     bool equal = false;
     const bool hasRight = evalSingleTokenExpr(
@@ -251,9 +253,7 @@ public:
     }
 
     Containers::String release() {
-        buffer[size] = '\0';
-        const auto deleter = buffer.deleter();
-        return Containers::String{buffer.release(), size, deleter};
+        return Implementation::takeString(buffer, size);
     }
 
 private:
