@@ -262,16 +262,16 @@ int main(int argc, char** argv) {
         return registerAndPrint(argv[2]);
     }
     std::vector<Bench::Ratio> ratios{
-        {"FileWatch: 20,000 directories to a raw loop", "registerOurs/20000", "registerRaw/20000",
+        {"`FileWatch`, 20,000 directories", "a raw loop", "registerOurs/20000", "registerRaw/20000",
          1.5},
-        {"FileWatch: 100,000 directories to a raw loop", "registerOurs/100000",
+        {"`FileWatch`, 100,000 directories", "a raw loop", "registerOurs/100000",
          "registerRaw/100000", 1.5},
-        {"FileWatch: quiet tick to a read", "tickOurs", "tickRaw"},
-        {"FileWatch: drain of neighbouring records to a raw drain", "drainOurs/neighbouring:1",
+        {"`FileWatch`, a quiet tick", "one `read`", "tickOurs", "tickRaw"},
+        {"`FileWatch`, neighbouring records delivered", "a raw drain", "drainOurs/neighbouring:1",
          "drainRaw/neighbouring:1", 4.0},
-        {"FileWatch: drain of scattered records to a raw drain", "drainOurs/neighbouring:0",
+        {"`FileWatch`, scattered records delivered", "a raw drain", "drainOurs/neighbouring:0",
          "drainRaw/neighbouring:0"},
-        {"FileWatch: delivery to 100 watches to as many to one", "deliver/watches:100",
+        {"`FileWatch`, delivery to 100 watches", "as many to one", "deliver/watches:100",
          "deliver/watches:1", 1.0},
     };
     addRegistration("registerOurs", registerOurs);
@@ -285,7 +285,7 @@ int main(int argc, char** argv) {
                 ->Unit(benchmark::kMillisecond)
                 ->UseManualTime()
                 ->Iterations(1);
-            ratios.push_back({"FileWatch: 20,000 directories to " + peer.arguments[0],
+            ratios.push_back({"`FileWatch`, 20,000 directories", peer.arguments[0],
                               "registerOurs/20000", name + "/20000", 1.0});
         }
     }

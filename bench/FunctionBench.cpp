@@ -83,6 +83,6 @@ BENCHMARK(moveStandard);
 int main(int argc, char** argv) {
     return VespermoorEngine::Bench::run(
         argc, argv,
-        {{"Function: call to plain function pointer", "callFunction", "callPointer", 1.1},
-         {"Function: move to std::move_only_function", "moveFunction", "moveStandard", 1.0}});
+        {{"`Function`, a call", "a plain function pointer", "callFunction", "callPointer", 1.1},
+         {"`Function`, a move", "`std::move_only_function`", "moveFunction", "moveStandard"}});
 }

@@ -139,9 +139,9 @@ BENCHMARK(printNlohmann)->Unit(benchmark::kMillisecond);
 int main(int argc, char** argv) {
     return VespermoorEngine::Bench::run(
         argc, argv,
-        {{"parse: ours to reading the file and RapidJSON's ParseStream", "parseOurs",
+        {{"`parseJsonFile`", "reading the file and RapidJSON's `ParseStream`", "parseOurs",
           "parseRapidJson", 1.05},
-         {"parse: ours to nlohmann", "parseOurs", "parseNlohmann"},
-         {"print: ours to RapidJSON's PrettyWriter", "printOurs", "printRapidJson", 1.1},
-         {"print: ours to nlohmann", "printOurs", "printNlohmann"}});
+         {"`parseJsonFile`", "nlohmann", "parseOurs", "parseNlohmann"},
+         {"`jsonToString`", "RapidJSON's `PrettyWriter`", "printOurs", "printRapidJson", 1.1},
+         {"`jsonToString`", "nlohmann", "printOurs", "printNlohmann"}});
 }

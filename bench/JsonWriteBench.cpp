@@ -110,9 +110,9 @@ int main(int argc, char** argv) {
     return VespermoorEngine::Bench::run(
         argc, argv,
         {
-            {"setFloatArray of a million, to Reserve and PushBack", "setFloatArray",
+            {"`setFloatArray` of a million", "`Reserve` and `PushBack`", "setFloatArray",
              "pushBackFloats", 1.2},
-            {"setArray of a million strings, to Reserve and PushBack", "setArrayOfStrings",
+            {"`setArray` of a million strings", "`Reserve` and `PushBack`", "setArrayOfStrings",
              "pushBackStrings"},
         });
 }

@@ -1,6 +1,7 @@
 #include "Ratios.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <map>
 #include <optional>
 
@@ -13,7 +14,8 @@ std::size_t allocations = 0;
 
 } // namespace
 
-/* Counting in front of the C library's own functions sees the allocations of every library. */
+/* Counting before the C library's own functions are called sees the allocations of every library.
+ */
 extern "C" {
 void* __libc_malloc(std::size_t);              // NOLINT(bugprone-reserved-identifier)
 void* __libc_calloc(std::size_t, std::size_t); // NOLINT(bugprone-reserved-identifier)
@@ -59,10 +61,12 @@ public:
     }
 
     void print(const std::vector<Ratio>& ratios) const;
+    void append(const std::vector<Ratio>& ratios, std::FILE* file) const;
 
 private:
     void add(const Run& run);
     std::optional<double> valueOf(const Ratio& ratio) const;
+    double secondsOf(const std::string& name) const;
 
     std::vector<std::string> order;
     std::map<std::string, Result> results;
@@ -85,7 +89,7 @@ void LeastTimes::add(const Run& run) {
     }
 }
 
-/* Nothing where a benchmark did not run to its end. */
+/* Nothing if a benchmark did not run to its end. */
 std::optional<double> LeastTimes::valueOf(const Ratio& ratio) const {
     const auto measured = results.find(ratio.measured);
     if (measured == results.end()) {
@@ -127,11 +131,40 @@ void LeastTimes::print(const std::vector<Ratio>& ratios) const {
         if (!value) {
             continue;
         }
-        std::printf("ratio  %-66s %7.3f", ratio.name.data(), *value);
+        const std::string name = ratio.work + ", to " + ratio.peer;
+        std::printf("ratio  %-66s %7.3f", name.data(), *value);
         if (ratio.goal > 0.0) {
             std::printf("  goal at most %.3g%s", ratio.goal, *value > ratio.goal ? "  MISSED" : "");
         }
         std::printf("\n");
+    }
+}
+
+double LeastTimes::secondsOf(const std::string& name) const {
+    const auto found = results.find(name);
+    return found == results.end() ? 0.0 : found->second.seconds;
+}
+
+void LeastTimes::append(const std::vector<Ratio>& ratios, std::FILE* const file) const {
+    for (const Ratio& ratio : ratios) {
+        if (const std::optional<double> value = valueOf(ratio)) {
+            std::fprintf(file, "%s\t%s\t%.3g\t%.3g\t%.6g\t%.6g\n", ratio.work.data(),
+                         ratio.peer.data(), *value, ratio.goal, secondsOf(ratio.measured),
+                         secondsOf(ratio.reference));
+        }
+    }
+}
+
+void appendResults(const LeastTimes& reporter, const std::vector<Ratio>& ratios) {
+    const char* const path = std::getenv("VESPERMOOR_BENCH_RESULTS");
+    if (!path) {
+        return;
+    }
+    if (std::FILE* const file = std::fopen(path, "a")) {
+        reporter.append(ratios, file);
+        std::fclose(file);
+    } else {
+        std::perror(path);
     }
 }
 
@@ -152,6 +185,7 @@ int run(const int argc, char** const argv, const std::vector<Ratio>& ratios) {
     LeastTimes reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     reporter.print(ratios);
+    appendResults(reporter, ratios);
     return 0;
 }
 

@@ -10,10 +10,13 @@ namespace VespermoorEngine::Bench {
 
 /** @brief How long the benchmark @ref measured takes in terms of @ref reference, or a counter. */
 struct Ratio {
-    std::string name;
+    /** @brief Piece of work. Ratios of the same work follow one another and share @ref measured. */
+    std::string work;
+    /** @brief Who or what does the work of @ref reference. */
+    std::string peer;
     std::string measured;
     std::string reference;
-    /** @brief Largest ratio that we are content with; 0 where the ratio is only of interest. */
+    /** @brief Largest ratio that we are content with; 0 if the ratio is only of interest. */
     double goal = 0.0;
     /** @brief Counter of @ref measured that is the ratio itself; there is no reference then. */
     std::string counter = {};
@@ -22,8 +25,11 @@ struct Ratio {
 /**
  * @brief Runs the registered benchmarks and prints the least time of each, then @p ratios.
  *
+ * If the environment variable `VESPERMOOR_BENCH_RESULTS` names a file, each ratio is appended to it
+ * as a line of work, peer, ratio, goal and the seconds of both sides, with tabs between them.
+ *
  * Repetitions of all benchmarks alternate at random, and the least time counts: what else the
- * machine does can only add to it. A ratio of which one side did not run is left out. Takes the
+ * machine does can only add to it. A ratio is left out if one of its sides did not run. Takes the
  * command line of `main()` with all flags of Google Benchmark and returns its exit code.
  */
 int run(int argc, char** argv, const std::vector<Ratio>& ratios);

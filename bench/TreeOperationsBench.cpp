@@ -187,10 +187,12 @@ BENCHMARK(deleteProgram)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterat
 int main(int argc, char** argv) {
     return Bench::run(
         argc, argv,
-        {{"visitPath: 80,000 entries to a raw loop, breadth first", "walkOurs",
+        {{"`visitPath`, 80,000 entries", "a raw loop, breadth first", "walkOurs",
           "walkRawBreadthFirst", 1.25},
-         {"visitPath: 80,000 entries to a raw loop, depth first", "walkOurs", "walkRaw"},
-         {"copyRecursive: 20,000 directories to cp -r", "copyOurs", "copyProgram", 1.05},
-         {"copyRecursive: one file of 2 GB to cp -r", "copyLargeOurs", "copyLargeProgram", 1.05},
-         {"deleteRecursive: 20,000 directories to rm -rf", "deleteOurs", "deleteProgram", 1.6}});
+         {"`visitPath`, 80,000 entries", "a raw loop, depth first", "walkOurs", "walkRaw"},
+         {"`copyRecursive`, 20,000 directories", "`cp -r`", "copyOurs", "copyProgram", 1.05},
+         {"`copyRecursive`, one file of 2 GB", "`cp -r`", "copyLargeOurs", "copyLargeProgram",
+          1.05},
+         {"`deleteRecursive`, 20,000 directories", "`rm -rf`", "deleteOurs", "deleteProgram",
+          1.6}});
 }
