@@ -9,9 +9,9 @@ namespace VespermoorEngine::Host {
  * @brief A place in a JSON document, which need not exist yet.
  *
  * A slash in a path is a step down, a decimal step leads into an array. A path that leads nowhere
- * gives an accessor that does not exist and reads as null; the first write makes it, and what lacks
- * on the way to it. The document is borrowed, and an accessor is good as long as nothing but itself
- * changes what stands above its place.
+ * gives an accessor that does not exist and reads as null; the first write creates it and all that
+ * is missing on the way to it. The document is borrowed. An accessor stays valid until something
+ * else changes a value above its place.
  */
 class DocumentScope : public JsonObject {
 public:
@@ -33,8 +33,8 @@ public:
     /**
      * @brief Whether a write can make this place without replacing anything that exists.
      *
-     * Members can be added to an object and to null, and an element to the end of an array, where
-     * the step is the array's size or `-`.
+     * Members can be added to an object and to null, and an element to the end of an array if the
+     * step is the array's size or `-`.
      */
     bool canBeMade() const;
 
@@ -43,7 +43,7 @@ private:
     void addMissing(Containers::StringView path);
 
     rapidjson::Document* document;
-    /* What the steps lead to; where they lead nowhere, the last value that they passed. */
+    /* The value that the steps lead to, or the last one on the way if they lead nowhere. */
     rapidjson::Value* reached;
     /* The steps that lead on from there to nowhere. */
     Containers::Array<Containers::String> missing;

@@ -8,8 +8,8 @@ namespace VespermoorEngine::Host {
 /**
  * @brief An element of an array or object, as the scope of a template that is rendered for each.
  *
- * Its members have their names. Beside them, `@key` is its name where it is a member of an object,
- * and `@value` is the element itself, for one that has no members.
+ * Its members have their names. In addition, `@key` is its own name if it is a member of an object,
+ * and `@value` is the element itself, which helps if it has no members.
  */
 class ElementScope : public DocumentScope {
 public:

@@ -21,7 +21,7 @@ namespace VespermoorEngine::Utils {
 
 namespace {
 
-/* Where the two tags of a replacement stand in the text, empty where they do not. */
+/* The two tags of a replacement in the text, empty if they do not occur. */
 struct Finding {
     Containers::StringView start;
     Containers::StringView end;
@@ -29,7 +29,7 @@ struct Finding {
     bool isPresent() const { return !start.isEmpty(); }
 };
 
-/* Notes in `findings` where each tag of the replacements stands first in the text. */
+/* Stores the first occurrence of each tag of the replacements in `findings`. */
 void findTags(const Containers::StringView text,
               const Containers::ArrayView<const TagReplacement> replacements,
               const Containers::ArrayView<Finding> findings) {
@@ -60,7 +60,7 @@ Containers::StringView between(const char* const begin, const char* const end) {
     return {begin, static_cast<std::size_t>(end - begin)};
 }
 
-/* The text with the new contents of the regions, of which `order` names at least one. */
+/* The text with new contents in the regions that `order` lists, which are at least one. */
 Containers::String writeRegions(const Containers::StringView text,
                                 const Containers::ArrayView<const TagReplacement> replacements,
                                 const Containers::ArrayView<const Finding> findings,
@@ -138,7 +138,7 @@ bool isDigit(const char c) {
     return c >= '0' && c <= '9';
 }
 
-/* Whether the byte at `i`, behind `previous`, is the capital that a word begins with. */
+/* Whether the byte at `i`, which follows `previous`, is the capital that a word begins with. */
 bool beginsWord(const Containers::StringView name, const std::size_t i, const char previous) {
     if (!isUpper(name[i])) {
         return false;

@@ -20,24 +20,22 @@ namespace Containers = Corrade::Containers;
 /** @brief Services of the editor that need no object. */
 namespace Utils {
 
-/** @brief Start tag, end tag, and what shall stand between the two. */
+/** @brief Start tag, end tag, and the new content between the two. */
 using TagReplacement =
     Containers::Triple<Containers::StringView, Containers::StringView, Containers::StringView>;
 
 /**
  * @brief Copy of @p text with new content between pairs of tags.
  *
- * Of each tag the first occurrence in the whole @p text counts, byte for byte; a tag of zero
- * length is never found. A replacement of which neither tag is found is left out. The tags and all
- * text outside them stay, and the order of @p replacements does not matter. That an end tag stands
- * behind its own start tag is not tested: where it does not, the stretch between the two occurs
- * twice in the result.
+ * Each tag matches at its first occurrence in @p text, byte for byte; a tag of zero length is never
+ * found. A replacement is ignored if neither of its tags is found. The tags and all text outside
+ * them stay, and the order of @p replacements does not matter. An end tag before its own start tag
+ * is no error: the stretch between the two then occurs twice in the result.
  *
  * Returns the new text, owned by the caller, and true. On failure it returns a message and false:
- * ``missing tag '{}'`` with the tag that was not found where its counterpart was, for the first
- * such replacement in the list; or ``overlapping tags: '{}' should appear before '{}'`` with the
- * end tag of one region and the start tag of the next where the former does not stand in front of
- * the latter.
+ * ``missing tag '{}'`` with the missing tag if only one of a pair was found, for the first such
+ * replacement in the list; or ``overlapping tags: '{}' should appear before '{}'`` with the end tag
+ * of one region and the start tag of the next if they are not in this order.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT Containers::Pair<Containers::String, bool>
 replaceTagContent(Containers::StringView text, std::initializer_list<TagReplacement> replacements);
@@ -50,19 +48,18 @@ replaceTagContent(Containers::StringView text,
 /**
  * @brief Lower-case form of @p name with hyphens between its words.
  *
- * A word begins at a capital behind anything but a capital, a space or a hyphen, as in `parse-xml`,
- * and at the last capital of a run with anything but a space or a hyphen behind it, as in
- * `xml-parser`. Spaces become hyphens, and hyphens that follow one another in @p name become one.
- * All other bytes stay. What counts as a capital is decided by `std::isupper()`, and only those of
- * ASCII become lower case.
+ * A word begins at a capital after anything but a capital, a space or a hyphen, as in `parse-xml`,
+ * and at the last capital of a run if anything but a space or a hyphen follows, as in `xml-parser`.
+ * Spaces become hyphens, and several hyphens in a row become one. All other bytes stay. Capitals
+ * are those of `std::isupper()`, and only ASCII capitals become lower case.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT Containers::String toKebapCase(Containers::StringView name);
 
 /**
  * @brief Form of @p name with capitalised words and nothing between them.
  *
- * Only ASCII letters and digits stay, without the digits in front of the first letter. A word
- * begins behind every byte that is dropped for being neither, and capitals stay capitals.
+ * Only ASCII letters and digits stay, without the digits before the first letter. A word begins
+ * after every byte that is neither, and capitals stay capitals.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT Containers::String toBigCamelCase(Containers::StringView name);
 

@@ -34,22 +34,22 @@ public:
     /**
      * @brief Appends @p text to the room that exists, which is expected to exceed its size.
      *
-     * Without that room the process aborts, and nothing has been written.
+     * Aborts without that room, before anything is written.
      */
     void appendInto(Containers::StringView text);
 
     /**
      * @brief Appends @p text, which must not lie in the writer's own buffer.
      *
-     * Where the room does not suffice, the capacity becomes what the text needs, and at least half
-     * as large again as it was, computed in single precision.
+     * If the room does not suffice, the capacity grows to the size of the text and its NUL, but at
+     * least by half, computed in single precision.
      */
     void append(Containers::StringView text);
 
     /** @brief Moves the buffer into a string, and leaves the writer empty, without a buffer. */
     Containers::String release();
 
-    /** @brief The text, and what is reserved behind it. */
+    /** @brief The text and the room after it. */
     Containers::Array<char> buffer;
     /** @brief Bytes written so far, without the NUL. */
     std::size_t size = 0;

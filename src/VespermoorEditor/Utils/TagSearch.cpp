@@ -7,22 +7,35 @@
 #include <Corrade/Containers/Array.h>
 #include <Corrade/Containers/GrowableArray.h>
 
+/* How all tags are found in one scan of the text.
+
+   The tags of two bytes or more are sorted. The text is scanned in stretches of as many places as
+   the shortest tag has blocks of two or four bytes, but at most 8. Only the last block of each
+   stretch is looked up, in a hashed table that has one bit for each place of the stretch at which a
+   tag with that block may begin. At such a place the first and the last block of the shortest size
+   are looked up in a second table. If both tables agree, a binary search finds the tags that the
+   text begins with at that place; each tag links to the longest other tag that is its prefix.
+
+   Cost: the scan looks up one block for each stretch, so it is linear in the text and mostly
+   independent of the number of tags. Worst case, for texts full of prefixes of tags: text size
+   times total size of the tags. */
+
 namespace VespermoorEngine::Utils {
 
 namespace {
 
-/* `prefixes` counts the tags up to and with the last one in front that this one begins with; it is
-   0 where there is none. */
+/* `prefixes` is the number of tags up to and including the last earlier one that is a prefix of
+   this one, or 0 if there is none. */
 struct Tag {
     Containers::StringView bytes;
     Containers::StringView* found;
     std::size_t prefixes;
 };
 
-/* Counts the tags up to and with the last of the first `count` that `text` begins with, where these
-   are the ones in front of it in ascending order. Whatever `text` begins with, everything between
-   the two begins with as well, so nothing else is left to try than what the last one begins with.
- */
+/* Number of tags up to and including the last of the first `count` that is a prefix of `text`.
+   These are the tags that come before `text` in ascending order. A prefix of `text` is also a
+   prefix of everything between the two, so after a tag that is none only its own prefixes are left
+   to try. */
 std::size_t countToPrefix(const Containers::ArrayView<const Tag> tags, std::size_t count,
                           const Containers::StringView text) {
     while (count != 0 && !text.hasPrefix(tags[count - 1].bytes)) {
@@ -48,8 +61,8 @@ Containers::Array<Tag> sortedTags(const Containers::ArrayView<const SoughtTag> s
     return tags;
 }
 
-/* Notes the tags that `text` begins with and that were not found before, and returns their number.
-   Whatever a tag that was found begins with was found with it, or earlier. */
+/* Stores the tags that `text` begins with and that were not found before, and returns their number.
+   The prefixes of a tag that was found were found with it, or earlier. */
 std::size_t noteTags(const Containers::ArrayView<const Tag> tags,
                      const Containers::StringView text) {
     const Tag* const place = std::upper_bound(
@@ -65,9 +78,9 @@ std::size_t noteTags(const Containers::ArrayView<const Tag> tags,
     return noted;
 }
 
-/* A byte for each key of a set, which all keys of the same hash share. There are 64 to a key, so
-   few keys that are not in the set meet one that is, but no more than the 256 KB that a second
-   level cache holds. */
+/* A byte for each key of a set; keys of the same hash share one. The table has 64 bytes a key, so
+   that few other keys collide with the set, but at most 256 KB, which a second level cache holds.
+ */
 class HashedBytes {
 public:
     explicit HashedBytes(const std::size_t keys) {
@@ -89,9 +102,8 @@ private:
     Containers::Array<std::uint8_t> bytes;
 };
 
-/* Tells by a few bytes where in a text a tag may begin. The text is taken in stretches of as many
-   places as the shortest tag has blocks, 8 at most, and only the block at the last place of each is
-   looked at: a tag that begins in the stretch has that block at one of its first offsets. */
+/* The two tables. A tag that begins in a stretch has the last block of the stretch at one of its
+   first offsets. */
 template <class Block>
 class TagFilter {
 public:
@@ -99,7 +111,7 @@ public:
 
     std::size_t stretch() const { return stretchSize; }
 
-    /* Bytes that a stretch has to have before its block can be looked at. */
+    /* Bytes from the start of a stretch to the end of its last block. */
     std::size_t neededBytes() const { return stretchSize - 1 + sizeof(Block); }
 
     /* The places at which a tag may begin in the stretch, one bit each. */
@@ -107,7 +119,7 @@ public:
         return placesOfBlock[blockAt(stretch + stretchSize - 1)];
     }
 
-    /* Whether a tag may begin at such a place by the first and last of its blocks. */
+    /* Whether a tag may begin at such a place, judged by its first and its last block. */
     bool mayBegin(const char* const place) const { return beginnings[beginningAt(place)] != 0; }
 
 private:
@@ -146,7 +158,7 @@ template <class Block>
 void scan(const Containers::StringView text, const Containers::ArrayView<const Tag> tags,
           const std::size_t shortest) {
     const TagFilter<Block> filter{tags, shortest};
-    /* On its own so that the compiler keeps what it needs in registers. */
+    /* A loop of its own, so that the compiler keeps its variables in registers. */
     const auto next = [&filter, text](std::size_t i) {
         while (i + filter.neededBytes() <= text.size() && filter.places(text.data() + i) == 0) {
             i += filter.stretch();
@@ -169,7 +181,7 @@ void scan(const Containers::StringView text, const Containers::ArrayView<const T
 
 void findFirstOccurrences(const Containers::StringView text,
                           const Containers::ArrayView<const SoughtTag> sought) {
-    /* The library's search for one byte is faster than anything that looks for several. */
+    /* The library's search for one byte is faster than any search for several tags. */
     for (const SoughtTag& tag : sought) {
         if (tag.bytes.size() == 1) {
             *tag.found = text.find(tag.bytes.front());

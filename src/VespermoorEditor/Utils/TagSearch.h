@@ -10,7 +10,7 @@ namespace Containers = Corrade::Containers;
 
 namespace Utils {
 
-/** @brief A tag to look for, and where to note the place at which it stands. */
+/** @brief A tag to look for, and where to store its first occurrence. */
 struct SoughtTag {
     Containers::StringView bytes;
     Containers::StringView* found;
@@ -19,14 +19,12 @@ struct SoughtTag {
 /**
  * @brief Finds the first occurrence of each tag, in one scan of @p text for all of them.
  *
- * Each is the one that a search for that tag alone finds: tags may overlap, begin alike and be
- * equal. What is noted is a view of @p text. A tag that does not occur, or has zero length, leaves
- * its empty `*found` as it is.
+ * Tags may overlap, be prefixes of each other and be equal; each matches as if it were the only
+ * one. Occurrences are stored as views of @p text. A tag that does not occur, or has zero length,
+ * leaves its empty `*found` as it is.
  *
- * Takes time in proportion to the text, and so much again for each tag of one byte. It does not
- * where the text is full of what tags begin with: at each such place tags are compared for as long
- * as they match, and tags that each begin with the one before, such as `aa` and `aaa`, may all be
- * compared. In the worst case that is the text's size times that of the tags.
+ * Linear in the text, plus one scan for each tag of one byte. Worst case: text size times total tag
+ * size, for texts full of tag prefixes.
  */
 void findFirstOccurrences(Containers::StringView text,
                           Containers::ArrayView<const SoughtTag> sought);

@@ -20,11 +20,11 @@ class JsonObject;
 /**
  * @brief Text with directives, compiled once and rendered any number of times against JSON scopes.
  *
- * A directive stands between `{{` and the next `}}`; blanks split it into tokens. `{{ name }}` puts
- * out a value, `{{ if name }}` goes on only where the value's text is `true` and otherwise skips to
- * the next `{{ end }}`, without regard to nesting. In place of a name, both take a quoted literal
- * or a comparison such as ``name == 'text'``; every middle token other than `==` compares for
- * inequality. Dots in a name are steps down. All text outside directives is put out byte for byte.
+ * A directive is the text between `{{` and the next `}}`; blanks split it into tokens. `{{ name }}`
+ * outputs a value. `{{ if name }}` continues if the value's text is `true`, and otherwise skips to
+ * the next `{{ end }}`, without regard to nesting. Instead of a name, both take a quoted literal or
+ * a comparison such as ``name == 'text'``; every middle token other than `==` compares for
+ * inequality. Dots in a name are steps down. Text outside directives is output byte for byte.
  *
  * Values are text: strings as they are, booleans as `true` and `false`, numbers stored as doubles
  * with four decimals. Nothing else has a text; integers do not either.
@@ -52,15 +52,15 @@ public:
     bool isValid() const { return valid; }
 
     /**
-     * @brief Whether some directive that puts out a value has @p name as its first token.
+     * @brief Whether some directive that outputs a value has @p name as its first token.
      *
-     * The token is compared as it stands in the source, with its dots and quotes. A name that only
-     * an `if` uses does not count.
+     * The token is compared as written in the source, with its dots and quotes. A name that only an
+     * `if` uses does not count.
      */
     VESPERMOOR_EDITOR_UTILS_EXPORT bool hasEval(Containers::StringView name);
 
     /**
-     * @brief Renders against @p scopes, of which the first one that has a name decides its value.
+     * @brief Renders against @p scopes. The first scope that has a name gives its value.
      *
      * The scopes are borrowed for the call and only read. The first directive that fails prints its
      * reason to `Corrade::Utility::Error`, as one of
@@ -109,7 +109,7 @@ private:
     /* Index of the first `end` from `directive` on, or the number of directives. */
     std::size_t findEnd(std::size_t directive) const;
 
-    /* Run i stands directly in front of directive i; a last run may follow the last directive. */
+    /* Run i is the text right before directive i; a last run may follow the last directive. */
     StringArray text;
     Containers::Array<Directive> directives;
     bool valid;
