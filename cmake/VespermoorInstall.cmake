@@ -22,6 +22,7 @@ write_basic_package_version_file(VespermoorEditorUtilsConfigVersion.cmake
 install(FILES
     ${PROJECT_BINARY_DIR}/VespermoorEditorUtilsConfig.cmake
     ${PROJECT_BINARY_DIR}/VespermoorEditorUtilsConfigVersion.cmake
+    cmake/VespermoorGenerate.cmake
     DESTINATION ${vespermoor_cmake_dir} COMPONENT development)
 install(EXPORT VespermoorEditorUtils NAMESPACE Vespermoor::
     FILE VespermoorEditorUtilsTargets.cmake

@@ -55,6 +55,8 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "${vespermoor_library_dependency}, rapidjson-dev, uuid-dev")
+# Run by vespermoor_generate() of the CMake package.
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_RECOMMENDS vespermoor-utils)
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "services for a 3D engine's editor - development files
 The headers, the static archive, the CMake package, the pkg-config files and
 the documentation of libVespermoorEditorUtils, which gives the desktop editor

@@ -23,9 +23,6 @@ std::string dependencyRule(const std::set<std::string>& targets,
         left += (left.empty() ? "" : " ") + quoted(path);
     }
     for (const std::string& path : inputs) {
-        if (targets.count(path) != 0) {
-            continue;
-        }
         right += " \\\n  " + quoted(path);
         phony += "\n" + quoted(path) + ":\n";
     }

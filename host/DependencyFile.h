@@ -7,7 +7,7 @@
 namespace VespermoorEngine::Host {
 
 /**
- * @brief A rule for make and ninja: @p targets depend on those @p inputs that are no targets.
+ * @brief A rule for make and ninja: @p targets depend on @p inputs.
  *
  * Every input is also a target without dependencies, so that make goes on if one was deleted.
  */

@@ -365,6 +365,13 @@ bool holds(const Containers::StringView path, const Containers::StringView conte
     }
 }
 
+bool isStream(const Containers::StringView path) {
+    struct stat status {};
+    const std::string name{path};
+    const bool exists = stat(name.data(), &status) == 0;
+    return (exists && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) || descriptorAt(name);
+}
+
 void print(const Containers::StringView content) {
     if (const int error = writeAll(STDOUT_FILENO, content)) {
         throw Failure{"standard output", error == EINTR ? "nobody reads it" : std::strerror(error)};

@@ -61,6 +61,12 @@ void replaceFile(Containers::StringView path, Containers::StringView content);
  */
 bool holds(Containers::StringView path, Containers::StringView content);
 
+/**
+ * @brief Whether @p path is a device, a pipe or a descriptor of this process, so that nothing that
+ * was written can be found there again.
+ */
+bool isStream(Containers::StringView path);
+
 /** @brief Writes @p content to standard output at once; throws @ref Failure if that fails. */
 void print(Containers::StringView content);
 

@@ -27,6 +27,7 @@ struct Options {
     bool poll = false;
     bool check = false;
     bool diff = false;
+    bool list = false;
     bool quiet = false;
     std::string dependencyFile;
     std::string stamp;
@@ -35,10 +36,14 @@ struct Options {
 /* Only after a complete update, so that a build tool tries again after one that failed. */
 void writeBuildFiles(const Options& options, const Generator& generator) {
     if (!options.dependencyFile.empty()) {
-        const std::set<std::string> targets =
-            options.stamp.empty() ? generator.outputs() : std::set<std::string>{options.stamp};
-        std::set<std::string> inputs = generator.inputs();
-        inputs.insert(options.manifest);
+        std::set<std::string> targets{options.stamp}, inputs{options.manifest};
+        inputs.merge(generator.inputs());
+        if (options.stamp.empty()) {
+            targets = generator.outputs();
+            targets.merge(generator.regionFiles());
+        } else {
+            inputs.merge(generator.regionFiles());
+        }
         replaceFile(options.dependencyFile, dependencyRule(targets, inputs));
     }
     if (!options.stamp.empty()) {
@@ -77,6 +82,20 @@ void check(const Options& options) {
     }
 }
 
+std::string linesOf(const std::string& kind, const std::set<std::string>& paths) {
+    std::string lines;
+    for (const std::string& path : paths) {
+        lines += kind + " " + path + "\n";
+    }
+    return lines;
+}
+
+void list(const Options& options) {
+    const Generator generator{options.manifest};
+    print(linesOf("input", generator.inputs()) + linesOf("output", generator.outputs()) +
+          linesOf("regions", generator.regionFiles()));
+}
+
 void watch(const Options& options) {
     StopSignals signals;
     GenerateReport report{"wrote", options.quiet};
@@ -107,19 +126,27 @@ void addGenerateCommand(CLI::App& program) {
             ->excludes(watchFlag);
     command->add_flag("--diff", options->diff, "With --check: print what would change")
         ->needs(checkFlag);
+    CLI::Option* const listFlag =
+        command
+            ->add_flag("--list", options->list,
+                       "Make nothing; print the paths of inputs, outputs, and files with regions")
+            ->excludes(watchFlag)
+            ->excludes(checkFlag);
     command->add_flag("--quiet", options->quiet, "Print only failures");
     command
         ->add_option("--depfile", options->dependencyFile,
                      "Write the dependencies of the outputs to this file, for make and ninja")
         ->type_name("FILE")
         ->excludes(watchFlag)
-        ->excludes(checkFlag);
+        ->excludes(checkFlag)
+        ->excludes(listFlag);
     command
         ->add_option("--stamp", options->stamp,
                      "Write this empty file after all outputs; the target in the depfile")
         ->type_name("FILE")
         ->excludes(watchFlag)
-        ->excludes(checkFlag);
+        ->excludes(checkFlag)
+        ->excludes(listFlag);
     command->footer(R"(A manifest, with paths relative to it:
   {
       "outputs": [{
@@ -137,6 +164,8 @@ Example, in the root of the sources:
             watch(*options);
         } else if (options->check) {
             check(*options);
+        } else if (options->list) {
+            list(*options);
         } else {
             generate(*options);
         }

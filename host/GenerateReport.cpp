@@ -1,7 +1,7 @@
 #include "GenerateReport.h"
 
 #include <cstdio>
-#include <cstdlib>
+#include <sstream>
 #include <utility>
 
 #include <unistd.h>
@@ -10,7 +10,6 @@
 
 #include "Failure.h"
 #include "Files.h"
-#include "LineDiff.h"
 
 namespace VespermoorEngine::Host {
 
@@ -20,10 +19,20 @@ namespace {
 constexpr std::chrono::milliseconds firstCountAfter{300};
 constexpr std::chrono::milliseconds countEvery{100};
 
-/* NO_COLOR is the convention of https://no-color.org. */
-bool wantsColor() {
-    const char* const refused = std::getenv("NO_COLOR");
-    return isatty(STDOUT_FILENO) && !(refused && *refused);
+std::string colouredDiff(const std::string& diff) {
+    if (!printsColours()) {
+        return diff;
+    }
+    std::istringstream lines{diff};
+    std::string result;
+    for (std::string line; std::getline(lines, line);) {
+        result += line[0] == '-'   ? coloured(Colour::Red, line)
+                  : line[0] == '+' ? coloured(Colour::Green, line)
+                  : line[0] == '@' ? coloured(Colour::Cyan, line)
+                                   : line;
+        result += '\n';
+    }
+    return result;
 }
 
 } // namespace
@@ -51,7 +60,7 @@ void GenerateReport::result(const Generator::Result& result) {
     std::string lines;
     for (const Generator::Change& change : result.changes) {
         lines += quiet ? "" : verb + " " + escaped(change.path) + "\n";
-        lines += wantsColor() ? colored(change.diff) : change.diff;
+        lines += colouredDiff(change.diff);
     }
     Host::print(lines);
 }

@@ -24,7 +24,7 @@ public:
     /**
      * @brief Prints failures to standard error and changes to standard output.
      *
-     * Diffs are colored on a terminal. Throws @ref Failure if standard output fails.
+     * Diffs are coloured on a terminal. Throws @ref Failure if standard output fails.
      */
     void result(const Generator::Result& result);
 

@@ -60,8 +60,11 @@ void GenerateWatch::loadManifest() {
 }
 
 void GenerateWatch::trackFiles() {
-    std::set<std::string> inputs = generator ? generator->inputs() : std::set<std::string>{};
-    inputs.insert(manifest);
+    std::set<std::string> inputs{manifest};
+    if (generator) {
+        inputs.merge(generator->inputs());
+        inputs.merge(generator->regionFiles());
+    }
     if (places.track(inputs, outputs) && method == Method::Kernel) {
         watchDirectories();
     }

@@ -5,8 +5,6 @@
 #include <system_error>
 #include <utility>
 
-#include <sys/stat.h>
-
 #include <Corrade/Containers/GrowableArray.h>
 #include <Corrade/Containers/StringStl.h>
 #include <VespermoorEditor/Utils/RapidJsonUtils.h>
@@ -63,21 +61,6 @@ void makeDirectoryOf(const std::string& path) {
     }
 }
 
-/* Whether what is written to `path` goes on elsewhere and cannot be read back: devices, pipes, and
-   all that is reached through a descriptor, even if that leads to a file. */
-bool isStream(const std::string& path) {
-    struct stat status {};
-    if (stat(path.data(), &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {
-        return true;
-    }
-    std::error_code error;
-    const fs::path descriptors = fs::canonical("/proc/self/fd", error);
-    const std::vector<fs::path> chain = linkChain(path);
-    return chain.size() > 1 && std::any_of(chain.begin(), chain.end(), [&](const fs::path& link) {
-               return fs::canonical(parentOf(link), error) == descriptors && !error;
-           });
-}
-
 } // namespace
 
 struct Generator::ElementList {
@@ -101,12 +84,7 @@ Generator::Generator(const std::string& path) : files{inOrder(path, readManifest
 std::set<std::string> Generator::inputs() const {
     std::set<std::string> paths;
     for (const auto& [path, indices] : dependents) {
-        paths.insert(path);
-    }
-    for (const auto& [path, i] : outputsByPath) {
-        if (files[i].regions.empty()) {
-            paths.erase(path);
-        } else {
+        if (outputsByPath.count(path) == 0) {
             paths.insert(path);
         }
     }
@@ -116,7 +94,17 @@ std::set<std::string> Generator::inputs() const {
 std::set<std::string> Generator::outputs() const {
     std::set<std::string> paths;
     for (const OutputFile& file : files) {
-        if (!isStream(file.path)) {
+        if (file.regions.empty() && !isStream(file.path)) {
+            paths.insert(file.path);
+        }
+    }
+    return paths;
+}
+
+std::set<std::string> Generator::regionFiles() const {
+    std::set<std::string> paths;
+    for (const OutputFile& file : files) {
+        if (!file.regions.empty()) {
             paths.insert(file.path);
         }
     }

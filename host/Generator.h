@@ -87,14 +87,14 @@ public:
     /** @brief Reads the manifest at @p path; throws @ref Failure. */
     explicit Generator(const std::string& path);
 
-    /**
-     * @brief Paths of the files that outputs are made from: data, templates, and outputs with
-     * regions, but no other outputs.
-     */
+    /** @brief Paths of the data files and templates that are not outputs themselves. */
     std::set<std::string> inputs() const;
 
-    /** @brief Paths of the outputs. */
+    /** @brief Paths of the outputs without regions and without streams. */
     std::set<std::string> outputs() const;
+
+    /** @brief Paths of the outputs with regions, which are made from their own text as well. */
+    std::set<std::string> regionFiles() const;
 
     /**
      * @brief Makes the outputs stale that depend on the file @p path, and has it read again.

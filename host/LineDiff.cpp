@@ -243,18 +243,4 @@ std::string unifiedDiff(const std::string_view before, const std::string_view af
     }
 }
 
-std::string colored(const std::string& diff) {
-    std::string result;
-    for (const std::string_view line : linesOf(diff)) {
-        const char* const color = line[0] == '-'   ? "\x1b[31m"
-                                  : line[0] == '+' ? "\x1b[32m"
-                                  : line[0] == '@' ? "\x1b[36m"
-                                                   : "";
-        result += color;
-        result += line.substr(0, line.size() - 1);
-        result += *color ? "\x1b[m\n" : "\n";
-    }
-    return result;
-}
-
 } // namespace VespermoorEngine::Host

@@ -13,9 +13,6 @@ namespace VespermoorEngine::Host {
  */
 std::string unifiedDiff(std::string_view before, std::string_view after);
 
-/** @brief @p diff with terminal colors: removed lines red, added lines green, positions cyan. */
-std::string colored(const std::string& diff);
-
 } // namespace VespermoorEngine::Host
 
 #endif

@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "Failure.h"
+#include "Files.h"
 #include "RealPaths.h"
 
 namespace VespermoorEngine::Host {
@@ -40,7 +41,8 @@ std::map<std::string, std::size_t> outputsByPath(const std::string& manifest,
         if (path == own) {
             fail(manifest, i, "Is the manifest itself");
         }
-        if (!found.emplace(path, i).second) {
+        /* Standard output and standard error often are the same terminal. */
+        if (!found.emplace(path, i).second && !isStream(outputs[i].path)) {
             fail(manifest, i, "Another output is the same file");
         }
     }

@@ -349,10 +349,23 @@ TEST(Generate, RegionsKeepTheLineEndsOfTheirFile) {
     }
 }
 
+/* Redirected files too. What the log holds before is what the output would be. */
+TEST(Generate, WritesToStandardOutputAsItIs) {
+    const Project project;
+    save("manifest.json", manifestOf(R"("template": "item.tmpl")", "/dev/stdout"));
+    save("log", "<first>");
+    const std::string log = program + "in/manifest.json >> in/log; ";
+    EXPECT_EQ(outputOf(log + program + "--check in/manifest.json; cat in/log | cat"),
+              "<first><first>");
+    EXPECT_EQ(generate(), "<first>exit 0\n");
+}
+
 TEST(Generate, SeparatesElementsAndMakesDirectories) {
     const Project project;
     save("manifest.json",
          manifestOf(R"("template": "value.tmpl", "each": "/words", "separator": ",\n")", "a/b/c"));
+    EXPECT_EQ(generate("--list"),
+              "input in/first.json\ninput in/value.tmpl\noutput in/a/b/c\nexit 0\n");
     EXPECT_EQ(generate(), "wrote in/a/b/c\nexit 0\n");
     EXPECT_EQ(content("a/b/c"), "(x),\n(y)");
 }
