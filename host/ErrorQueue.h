@@ -17,6 +17,12 @@ namespace VespermoorEngine::Host {
  */
 class ErrorQueue {
 public:
+    ErrorQueue() = default;
+    /** @brief Flushes once more. What the reader does not take then is lost. */
+    ~ErrorQueue() { flush(); }
+    ErrorQueue(const ErrorQueue&) = delete;
+    ErrorQueue& operator=(const ErrorQueue&) = delete;
+
     /** @brief Adds @p text as a line, escaped. */
     void addLine(Containers::StringView text);
 

@@ -178,7 +178,7 @@ void Search::run() {
         visitFiles(
             path, [this](const std::string& file) { searchFile(file); },
             [this](const std::string& directory, const std::string& reason) {
-                report(directory + ": " + reason);
+                report(Failure{directory, reason}.what());
             });
     }
     print(output);

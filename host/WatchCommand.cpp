@@ -110,7 +110,6 @@ void Watcher::run() {
     }
     look();
     command.finish(signals);
-    errors.flush();
     if (!watched.anyLeft()) {
         throw SilentFailure{};
     }
