@@ -62,7 +62,7 @@ const Row rows[]{
     {"GoesOn", "two none lines", 2,
      "vespermoor-utils: none: No such file or directory\nlines:2:1: Two two\n"},
     {"EmptyText", "'' lines", 2,
-     "TEXT: the text is empty\nRun with --help for more information.\n"},
+     "vespermoor-utils: TEXT: the text is empty\nRun with --help for more information.\n"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Rows, HostSearchRow, testing::ValuesIn(rows), rowName<Row>);
