@@ -103,7 +103,7 @@ std::size_t findLoneLowSurrogate(const Containers::StringView json) {
     return std::size_t(escape - json.begin());
 }
 
-/* The parser's reason, unless that misses what is there. */
+/* The parser's reason, or a better one if that names another fault. */
 Containers::String reasonAt(const rapidjson::ParseErrorCode code,
                             const Containers::StringView rest) {
     const bool isInString = code == rapidjson::kParseErrorStringInvalidEncoding ||

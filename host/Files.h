@@ -13,7 +13,7 @@
 
 namespace VespermoorEngine::Host {
 
-/** @brief The name for standard input or standard output where a command takes a file. */
+/** @brief The name of standard input or standard output in place of a file. */
 constexpr const char* standardStream = "-";
 
 /**
@@ -57,7 +57,7 @@ void replaceFile(Containers::StringView path, Containers::StringView content);
 /**
  * @brief Whether @p path is a regular file that can be read and holds exactly @p content.
  *
- * False for a descriptor of this process: what is in its file says nothing of what was written.
+ * False for a descriptor of this process: the content of its file says nothing of what was written.
  */
 bool holds(Containers::StringView path, Containers::StringView content);
 
