@@ -246,6 +246,195 @@ void deliver(benchmark::State& state) {
 }
 BENCHMARK(deliver)->ArgName("watches")->Arg(1)->Arg(100)->UseManualTime()->Iterations(20);
 
+/* Benchmarks of growth report the processor time of update() for one directory or record, so that
+   two sizes compare as a ratio. Each makes a tree of its own, which it changes. */
+void reportEach(benchmark::State& state, const double processorSeconds, const std::size_t count) {
+    state.SetIterationTime(processorSeconds / double(count));
+}
+
+/* An empty root with a tree of the given size in it, and a watch on the root. */
+class WatchedTree {
+public:
+    explicit WatchedTree(const std::size_t directories)
+        : root{Bench::Place::Memory, 1, 0}, tree{Bench::Place::Memory, directories, 0} {
+        moveIn();
+        watch.watch(root.path().data(), {});
+    }
+
+    ~WatchedTree() { moveOut(); }
+
+    void moveIn() { std::rename(tree.path().data(), inside().data()); }
+    void moveOut() { std::rename(inside().data(), tree.path().data()); }
+
+    /* Changes every directory of the tree that was moved out. */
+    void touch() {
+        for (const std::string& directory : tree.directories()) {
+            std::ofstream{directory + "/file"};
+        }
+    }
+
+    double update() {
+        return Bench::processorSeconds([&] { watch.update(); });
+    }
+
+    std::string inside() const { return root.path() + "/tree"; }
+
+    /* The directories in their watched place, parents first. */
+    std::vector<std::string> directories() const {
+        std::vector<std::string> all;
+        for (const std::string& directory : tree.directories()) {
+            all.push_back(inside() + directory.substr(tree.path().size()));
+        }
+        return all;
+    }
+
+private:
+    Tree root;
+    Tree tree;
+    FileWatch watch;
+};
+
+/* Removes directories as `rm -r` does, with an update() after every so many. */
+void deleteTree(benchmark::State& state) {
+    const std::size_t each = state.range(0);
+    const std::size_t count = state.range(1);
+    for (auto _ : state) {
+        WatchedTree tree{count};
+        std::vector<std::string> directories = tree.directories();
+        std::sort(directories.rbegin(), directories.rend());
+        double taken = 0.0;
+        for (std::size_t i = 0; i != count; ++i) {
+            rmdir(directories[i].data());
+            if ((i + 1) % each == 0 || i + 1 == count) {
+                taken += tree.update();
+            }
+        }
+        reportEach(state, taken, count);
+    }
+}
+BENCHMARK(deleteTree)
+    ->ArgNames({"each", "directories"})
+    ->ArgsProduct({{500, 2000}, {5000, 40000}})
+    ->UseManualTime()
+    ->Iterations(1);
+
+void moveTreeOut(benchmark::State& state) {
+    for (auto _ : state) {
+        WatchedTree tree{std::size_t(state.range(0))};
+        tree.moveOut();
+        reportEach(state, tree.update(), state.range(0));
+    }
+}
+BENCHMARK(moveTreeOut)->Arg(40000)->UseManualTime()->Iterations(1);
+
+/* A tree that comes in while every directory in it has just been changed. */
+void moveTreeIn(benchmark::State& state) {
+    for (auto _ : state) {
+        WatchedTree tree{std::size_t(state.range(0))};
+        tree.moveOut();
+        tree.update();
+        tree.touch();
+        tree.moveIn();
+        reportEach(state, tree.update(), state.range(0));
+    }
+}
+BENCHMARK(moveTreeIn)->Arg(2500)->Arg(20000)->UseManualTime()->Iterations(1);
+
+/* Renames of leaf directories, each with an update(). */
+void renameLeaf(benchmark::State& state) {
+    constexpr std::size_t count = 200;
+    for (auto _ : state) {
+        WatchedTree tree{std::size_t(state.range(0))};
+        const std::vector<std::string> directories = tree.directories();
+        double taken = 0.0;
+        for (std::size_t i = 0; i != count; ++i) {
+            const std::size_t leaves = directories.size() * 8 / 10;
+            const std::string& leaf = directories[directories.size() - 1 - i * 7919 % leaves];
+            std::rename(leaf.data(), (leaf + "-renamed").data());
+            taken += tree.update();
+        }
+        reportEach(state, taken, count);
+    }
+}
+BENCHMARK(renameLeaf)->Arg(5000)->Arg(40000)->UseManualTime()->Iterations(1);
+
+/* `cp -r` into a watched directory beside a tick of 16 ms. */
+void copyTree(benchmark::State& state) {
+    const std::size_t count = state.range(0);
+    for (auto _ : state) {
+        const Tree source{Bench::Place::Memory, count, 0};
+        const Tree root{Bench::Place::Memory, 1, 0};
+        FileWatch watch;
+        watch.watch(root.path().data(), {});
+        Bench::Program copy{{"cp", "-r", source.path(), root.path() + "/copy"}};
+        double taken = 0.0;
+        double worst = 0.0;
+        for (bool running = true; running;) {
+            running = copy.isRunning();
+            const double tick = Bench::processorSeconds([&] { watch.update(); });
+            taken += tick;
+            worst = std::max(worst, tick);
+            usleep(16000);
+        }
+        if (watch.directoryCount() != count + 1) {
+            state.SkipWithError("directories were lost");
+        }
+        reportEach(state, taken, count);
+        state.counters["worstTickMs"] = worst * 1e3;
+    }
+}
+BENCHMARK(copyTree)->Arg(5000)->Arg(20000)->UseManualTime()->Iterations(1);
+
+/* Records of directories that are far from each other. */
+void scatteredRecord(benchmark::State& state) {
+    const std::size_t directories = state.range(0);
+    if (!isAllowed(state, directories)) {
+        return;
+    }
+    constexpr std::size_t renames = 5000;
+    const std::vector<std::string>& paths = tree(directories).directories();
+    FileWatch watch;
+    watch.watch(tree(directories).path().data(), {});
+    for (auto _ : state) {
+        for (std::size_t i = 0; i != renames; ++i) {
+            const std::string file = paths[i * 7919 % paths.size()] + "/file0";
+            std::rename(file.data(), (file + "-").data());
+            std::rename((file + "-").data(), file.data());
+        }
+        const double taken = Bench::processorSeconds([&] { watch.update(); });
+        reportEach(state, taken, 2 * renames);
+    }
+}
+BENCHMARK(scatteredRecord)->Arg(10000)->Arg(100000)->UseManualTime()->Iterations(1);
+
+/* As many trees as there are directories, each with a record of its own. */
+void separateTrees(benchmark::State& state) {
+    const std::size_t count = state.range(0);
+    const Tree root{Bench::Place::Memory, 1, 0};
+    std::vector<std::string> paths;
+    for (std::size_t i = 0; i != count; ++i) {
+        paths.push_back(root.path() + "/tree" + std::to_string(i));
+        std::filesystem::create_directory(paths.back());
+    }
+    for (auto _ : state) {
+        FileWatch watch;
+        const double registered = Bench::processorSeconds([&] {
+            for (const std::string& path : paths) {
+                watch.watch(path.data(), {});
+            }
+        });
+        for (const std::string& path : paths) {
+            std::ofstream{path + "/file"};
+        }
+        reportEach(state, Bench::processorSeconds([&] { watch.update(); }), count);
+        state.counters["registerUs"] = registered / double(count) * 1e6;
+        for (const std::string& path : paths) {
+            unlink((path + "/file").data());
+        }
+    }
+}
+BENCHMARK(separateTrees)->Arg(8000)->UseManualTime()->Iterations(1);
+
 void addRegistration(const char* const name, void (*const run)(benchmark::State&)) {
     benchmark::RegisterBenchmark(name, run)
         ->Arg(20000)
@@ -268,9 +457,25 @@ int main(int argc, char** argv) {
          "registerRaw/100000", 1.5},
         {"`FileWatch`, a quiet tick", "one `read`", "tickOurs", "tickRaw"},
         {"`FileWatch`, neighbouring records delivered", "a raw drain", "drainOurs/neighbouring:1",
-         "drainRaw/neighbouring:1", 4.0},
+         "drainRaw/neighbouring:1", 2.0},
         {"`FileWatch`, scattered records delivered", "a raw drain", "drainOurs/neighbouring:0",
-         "drainRaw/neighbouring:0"},
+         "drainRaw/neighbouring:0", 2.6},
+        {"`FileWatch`, deletion of 40,000 directories by 500", "moving them out",
+         "deleteTree/each:500/directories:40000", "moveTreeOut/40000", 4.5},
+        {"`FileWatch`, deletion of 40,000 directories by 500, each", "of 5,000",
+         "deleteTree/each:500/directories:40000", "deleteTree/each:500/directories:5000", 3.0},
+        {"`FileWatch`, deletion of 40,000 directories by 2,000, each", "of 5,000",
+         "deleteTree/each:2000/directories:40000", "deleteTree/each:2000/directories:5000", 2.5},
+        {"`FileWatch`, rename of a leaf of 40,000 directories", "of 5,000", "renameLeaf/40000",
+         "renameLeaf/5000", 3.0},
+        {"`FileWatch`, arrival of 20,000 changed directories, each", "of 2,500", "moveTreeIn/20000",
+         "moveTreeIn/2500", 1.5},
+        {"`FileWatch`, `cp -r` of 20,000 directories beside a tick, each", "of 5,000",
+         "copyTree/20000", "copyTree/5000", 1.5},
+        {"`FileWatch`, `cp -r` of 20,000 directories", "worst tick in ms", "copyTree/20000", "",
+         0.0, "worstTickMs"},
+        {"`FileWatch`, scattered record in 100,000 directories", "in 10,000",
+         "scatteredRecord/100000", "scatteredRecord/10000"},
         {"`FileWatch`, delivery to 100 watches", "as many to one", "deliver/watches:100",
          "deliver/watches:1", 1.0},
     };

@@ -91,6 +91,21 @@ double runProgram(const std::vector<std::string>& arguments) {
     });
 }
 
+Program::Program(const std::vector<std::string>& arguments) : process{start(arguments)} {}
+
+Program::~Program() {
+    if (process > 0) {
+        waitpid(process, nullptr, 0);
+    }
+}
+
+bool Program::isRunning() {
+    if (process > 0 && waitpid(process, nullptr, WNOHANG) == process) {
+        process = 0;
+    }
+    return process > 0;
+}
+
 double establish(const Peer& peer, const std::string& path, const std::size_t watches) {
     std::vector<std::string> arguments = peer.arguments;
     arguments.push_back(path);

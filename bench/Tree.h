@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -41,11 +42,33 @@ double seconds(Body&& body) {
     return std::chrono::duration<double>{std::chrono::steady_clock::now() - begin}.count();
 }
 
+/** @brief Seconds of processor time that @p body takes. */
+template <class Body>
+double processorSeconds(Body&& body) {
+    const std::clock_t begin = std::clock();
+    body();
+    return double(std::clock() - begin) / CLOCKS_PER_SEC;
+}
+
 /** @brief Whether a program of that name can be started. */
 bool isInstalled(const std::string& program);
 
 /** @brief Runs a program to its end and returns the seconds that it took. */
 double runProgram(const std::vector<std::string>& arguments);
+
+/** @brief Program that runs in the background. */
+class Program {
+public:
+    explicit Program(const std::vector<std::string>& arguments);
+    ~Program();
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+
+    bool isRunning();
+
+private:
+    int process;
+};
 
 /** @brief Other programs that watch a tree. */
 struct Peer {

@@ -292,6 +292,16 @@ void FileWatch::updateLinux() {
         return;
     }
     Drain drain{directories, inotifyFd};
+    do {
+        readRecords(drain);
+        /* Kernel watches that end leave a record each, and must not fill the queue. */
+    } while (takeOutGone(drain) || drain.gone.takeOutKept(drain.directories));
+    if (!drain.batch.isEmpty()) {
+        onChangeCallback(drain.batch);
+    }
+}
+
+void FileWatch::readRecords(Drain& drain) {
     ssize_t size;
     while ((size = read(inotifyFd, readBuffer.data(), readBuffer.size())) > 0) {
         for (ssize_t offset = 0; offset < size;) {
@@ -300,10 +310,6 @@ void FileWatch::updateLinux() {
             takeRecord(record, drain);
             offset += ssize_t(sizeof(inotify_event) + record.len);
         }
-    }
-    takeOutGone(drain);
-    if (!drain.batch.isEmpty()) {
-        onChangeCallback(drain.batch);
     }
 }
 
@@ -388,11 +394,14 @@ void FileWatch::track(const Containers::StringView name, Drain& drain) {
     drain.descriptor = 0;
 }
 
-void FileWatch::takeOutGone(Drain& drain) const {
-    if (!drain.gone.isEmpty()) {
-        drain.gone.takeOut(drain.directories);
-        drain.descriptor = 0;
+/* Returns whether there was anything to take out. */
+bool FileWatch::takeOutGone(Drain& drain) const {
+    if (drain.gone.isEmpty()) {
+        return false;
     }
+    drain.gone.takeOut(drain.directories);
+    drain.descriptor = 0;
+    return true;
 }
 
 Utility::Debug& operator<<(Utility::Debug& debug, const FileWatch::Event event) {

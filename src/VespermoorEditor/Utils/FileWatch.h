@@ -208,12 +208,13 @@ private:
 
     struct Drain;
 
+    void readRecords(Drain& drain);
     void takeRecord(const inotify_event& record, Drain& drain);
     bool find(std::int32_t descriptor, Drain& drain);
     void lookUp(std::int32_t descriptor, Drain& drain) const;
     void noteGone(Containers::StringView name, Drain& drain);
     void track(Containers::StringView name, Drain& drain);
-    void takeOutGone(Drain& drain) const;
+    bool takeOutGone(Drain& drain) const;
     void deliver(const CallbackInfo& delivery, std::int32_t firstNewId);
 
     Containers::Array<WatchData> watches;

@@ -21,14 +21,20 @@ namespace {
 constexpr std::uint32_t watchMask = IN_MODIFY | IN_MOVED_FROM | IN_MOVED_TO | IN_CREATE | IN_DELETE;
 static_assert(watchMask == 0x3C2);
 
+/* Less than this many are compared one by one: hashing costs more, since it has to be done for
+   every path of the record. */
+constexpr std::size_t manyFrom = 10;
+
 std::size_t hash(const Containers::StringView path) {
     return std::hash<std::string_view>{}({path.data(), path.size()});
 }
 
-/* Whether `path` is `root`, which has no trailing slash, or lies below it. */
+/* Whether `path` is `root`, which has no trailing slash, or lies below it. Paths of one tree begin
+   alike, so most are told apart by their length or by the bytes around the end of the root. */
 bool isInTree(const Containers::StringView path, const Containers::StringView root) {
-    return path.size() >= root.size() && (path.size() == root.size() || path[root.size()] == '/') &&
-           path.hasPrefix(root);
+    const std::size_t size = root.size();
+    return path.size() >= size && (path.size() == size || path[size] == '/') &&
+           path[size - 1] == root[size - 1] && path.hasPrefix(root);
 }
 
 /* Positions of the entries of a record that have to go, in ascending order. */
@@ -48,6 +54,8 @@ Containers::Array<std::size_t> goneEntries(const DirectoryData& record, PathTree
         if (tree->state == PathTrees::Tree::Absent ||
             directories.presentDescriptor(path) != record.subWatchDescriptors[i]) {
             arrayAppend(gone, i);
+        } else {
+            tree->isKept = true;
         }
     }
     return gone;
@@ -84,14 +92,19 @@ bool isServing(const WatchedDirectories& directories, const std::int32_t descrip
     return false;
 }
 
-/* Of `dropped`, those that an entry still has. One pass for all of them. */
+/* Of many descriptors, those that an entry still has, found in one pass. */
 std::unordered_set<std::int32_t>
 stillListed(const WatchedDirectories& directories,
             const Containers::ArrayView<const std::int32_t> dropped) {
     const std::unordered_set<std::int32_t> wanted{dropped.begin(), dropped.end()};
+    /* Most entries are told apart by the low bits of their descriptor. */
+    std::bitset<1 << 16> lowBits;
+    for (const std::int32_t descriptor : dropped) {
+        lowBits.set(std::uint32_t(descriptor) % lowBits.size());
+    }
     std::unordered_set<std::int32_t> listed;
     const auto note = [&](const std::int32_t descriptor) {
-        if (wanted.count(descriptor)) {
+        if (lowBits[std::uint32_t(descriptor) % lowBits.size()] && wanted.count(descriptor)) {
             listed.insert(descriptor);
         }
     };
@@ -104,11 +117,15 @@ stillListed(const WatchedDirectories& directories,
     return listed;
 }
 
+/* Ends the kernel watches that served entries which were taken out, unless they serve others. */
 void endKernelWatches(const WatchedDirectories& directories,
                       const Containers::ArrayView<const std::int32_t> dropped) {
-    const std::unordered_set<std::int32_t> listed = stillListed(directories, dropped);
+    const bool many = dropped.size() >= manyFrom;
+    const std::unordered_set<std::int32_t> listed =
+        many ? stillListed(directories, dropped) : std::unordered_set<std::int32_t>{};
     for (const std::int32_t descriptor : dropped) {
-        if (!listed.count(descriptor) || !isServing(directories, descriptor)) {
+        const bool mayServe = !many || listed.count(descriptor);
+        if (!mayServe || !isServing(directories, descriptor)) {
             inotify_rm_watch(directories.inotifyFd, descriptor);
         }
     }
@@ -182,11 +199,11 @@ std::int32_t WatchedDirectories::presentDescriptor(const Containers::StringView 
 void PathTrees::add(Containers::String&& root) {
     shortest = std::min(shortest, root.size());
     arrayAppend(trees, Tree{std::move(root)});
-    if (trees.size() == hashedFrom) {
+    if (trees.size() == manyFrom) {
         for (std::size_t i = 0; i != trees.size(); ++i) {
             addHash(i);
         }
-    } else if (trees.size() > hashedFrom) {
+    } else if (trees.size() > manyFrom) {
         addHash(trees.size() - 1);
     }
 }
@@ -201,7 +218,7 @@ PathTrees::Tree* PathTrees::find(const Containers::StringView path) {
     if (path.size() < shortest) {
         return nullptr;
     }
-    if (trees.size() >= hashedFrom) {
+    if (trees.size() >= manyFrom) {
         return findHashed(path);
     }
     for (Tree& tree : trees) {
@@ -255,9 +272,26 @@ void GoneDirectories::takeOut(const WatchedDirectories& directories) {
     for (RecordTrees& gone : trees) {
         DirectoryData& record = directories.records[gone.record];
         removeEntries(record, goneEntries(record, gone.trees, directories), dropped);
+        for (PathTrees::Tree& tree : gone.trees) {
+            if (tree.isKept) {
+                arrayAppend(kept, Place{gone.record, std::move(tree.root)});
+            }
+        }
     }
     trees = {};
     endKernelWatches(directories, dropped);
+}
+
+bool GoneDirectories::takeOutKept(const WatchedDirectories& directories) {
+    if (kept.isEmpty()) {
+        return false;
+    }
+    for (Place& place : Containers::Array<Place>{std::move(kept)}) {
+        add(place.record, std::move(place.path));
+    }
+    takeOut(directories);
+    kept = {};
+    return true;
 }
 
 } // namespace VespermoorEngine::Implementation

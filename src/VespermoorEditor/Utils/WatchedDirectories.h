@@ -88,6 +88,8 @@ public:
         Containers::String root;
         /* Unknown until the root is looked up. */
         enum : std::uint8_t { Unknown, Present, Absent } state = Unknown;
+        /* Whether an entry in it stays. */
+        bool isKept = false;
     };
 
     void add(Containers::String&& root);
@@ -95,10 +97,10 @@ public:
     /* A tree that `path` is in, null if there is none. Lives until the next tree is added. */
     Tree* find(Containers::StringView path);
 
-private:
-    /* Looking few up by their hash costs more than comparing them with every path. */
-    static constexpr std::size_t hashedFrom = 10;
+    Tree* begin() { return trees.begin(); }
+    Tree* end() { return trees.end(); }
 
+private:
     Tree* findHashed(Containers::StringView path);
     void addHash(std::size_t position);
 
@@ -127,6 +129,11 @@ public:
        Kernel watches that no entry needs any more end. */
     void takeOut(const WatchedDirectories& directories);
 
+    /* Looks once more at the directories where takeOut() left entries, and returns whether there
+       were any. Has to follow when the kernel's queue is empty: an entry that stayed can go without
+       a record while the directory above it is not watched again. */
+    bool takeOutKept(const WatchedDirectories& directories);
+
 private:
     struct RecordTrees {
         std::size_t record;
@@ -136,6 +143,7 @@ private:
     PathTrees* treesOf(std::size_t record);
 
     Containers::Array<RecordTrees> trees;
+    Containers::Array<Place> kept;
 };
 
 } // namespace VespermoorEngine::Implementation
