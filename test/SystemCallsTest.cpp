@@ -1,64 +1,88 @@
-#include <fstream>
-#include <regex>
+#include "SystemCalls.h"
+
+#include <Corrade/Containers/Optional.h>
 
 #include "Processes.h"
-#include "Support.h"
+#include "Tree.h"
+#include "VespermoorEditor/Utils/EditorUtils.h"
+#include "VespermoorEditor/Utils/FileWatch.h"
+#include "VespermoorEditor/Utils/System.h"
 
 namespace VespermoorEngine::Test {
 namespace {
 
-/* The file-system calls of the probe from its first mark to its last, with @ for the directory of
-   the test: the path that was asked about, or the whole call where none is seen from the current
-   directory. Asking where that is counts, and that the buffer was too small for the answer not. */
-std::vector<std::string> tracedCalls(const std::string& start,
-                                     const TemporaryDirectory& directory) {
-    const std::string log = directory / "trace";
-    outputOf("strace -qq -e trace=%file -o '" + log + "' '" VESPERMOOR_SYSTEM_CALLS_PROBE "' " +
-             start);
-    const std::regex path{"^\\w+\\((?:AT_FDCWD, )?\"([^\"]*)\".*"};
-    std::ifstream file{log};
-    std::vector<std::string> calls;
-    for (std::string line; std::getline(file, line);) {
-        const std::string call = std::regex_replace(line, path, "$1");
-        if (call == "/begin") {
-            calls.clear();
-        }
-        if (call != "/begin" && call != "/end" && call.find("ERANGE") == std::string::npos) {
-            calls.push_back(directory.shortened(call));
-        }
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/* The calls of `body`, one to a line, with an at sign for the directory of the test. */
+std::string calls(const TemporaryDirectory& root, const std::function<void()>& body) {
+    std::string lines;
+    for (const std::string& call : SystemCalls::callsOf(body)) {
+        lines += root.shortened(call) + '\n';
     }
-    return calls;
+    return lines;
 }
 
-TEST(SystemCalls, AreNoMoreThanNeeded) {
-    const struct {
-        std::vector<const char*> directories;
-        /* Where the root is searched from; the trash is searched where there is none. */
-        std::string start;
-        std::vector<std::string> calls;
-    } rows[]{
-        // clang-format off
-        {{"data/Trash/files"}, "", {"@/data/Trash/files"}},
-        {{}, "", {"@/data/Trash/files", "@/data/Trash"}},
-        {{"a/b", "a/shaders"}, "a/b", {"@", "a/b/shaders", "a/shaders"}},
-        {{"a/bin", "a/share/vespermoorengine"}, "a/bin",
-         {"@", "a/bin/shaders", "a/shaders", "@/a/share/vespermoorengine"}},
-        {{"bin"}, "bin", {"@", "bin/shaders", "@/share/vespermoorengine"}},
-        {{"shaders", "bin"}, "@/bin", {"@/bin/shaders", "@/shaders"}},
-        // clang-format on
+TEST(SystemCallsTest, WatcherIsQuietInAQuietTick) {
+    const TemporaryDirectory root;
+    makeTree(root.path(), {"w/a/f", "n/d/f"});
+    FileWatch watch;
+    const std::string path = root / "w";
+    const std::string below = root / "w/a";
+    const auto update = [&] { watch.update(); };
+    const auto add = [&](const std::string& added) {
+        return [&] { watch.watch(added.data(), {}); };
     };
-    if (outputOf("strace -qq -o /dev/null echo traced 2> /dev/null") != "traced\n") {
-        GTEST_SKIP() << "strace is not installed or not allowed here";
-    }
+    EXPECT_EQ(calls(root, update), "");
+    /* Each directory is looked up twice by the walk, and watched before it is listed. */
+    EXPECT_EQ(calls(root, add(path)), "@/w\n@/w\nwatch @/w\n"
+                                      "@/w\n@/w\n@/w\n"
+                                      "@/w/a\n@/w/a\nwatch @/w/a\n");
+    EXPECT_EQ(calls(root, add(below)), "@/w/a\n@/w/a\n");
+    EXPECT_EQ(calls(root, update), "read 2720\n");
+    EXPECT_EQ(SystemCalls::allocationsOf(update), 0);
+    fs::rename(root / "n", root / "w/n");
+    EXPECT_EQ(calls(root, update), "read 2720\n"
+                                   "@/w/n\n@/w/n\n@/w/n\nwatch @/w/n\n"
+                                   "@/w/n/d\n@/w/n/d\nwatch @/w/n/d\n"
+                                   "@/w/n/d/f\n@/w/n/d/f\n"
+                                   "read 2720\n");
+}
+
+TEST(SystemCallsTest, SearchesLookUpNoMoreThanNeeded) {
+    const struct {
+        const char* name;
+        std::vector<std::string> entries;
+        /* Where the root is searched from; null for a search of the trash. */
+        const char* start;
+        const char* calls;
+    } rows[]{
+        {"trash with files", {"data/Trash/files/"}, nullptr, "@/data/Trash/files\n"},
+        {"no trash", {}, nullptr, "@/data/Trash/files\n@/data/Trash\n"},
+        {"root above", {"a/b/", "a/shaders/"}, "a/b", "a/b/shaders\na/shaders\n"},
+        {"installed",
+         {"a/bin/", "a/share/vespermoorengine/"},
+         "a/bin",
+         "a/bin/shaders\na/shaders\n@/a/share/vespermoorengine\n"},
+        {"no root", {"bin/"}, "bin", "bin/shaders\n@/share/vespermoorengine\n"},
+        {"absolute start", {"shaders/", "bin/"}, "@/bin", "@/bin/shaders\n@/shaders\n"},
+    };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.start);
-        const TemporaryDirectory directory;
-        for (const char* const made : row.directories) {
-            fs::create_directories(directory / made);
-        }
-        const ScopedVariable data{"XDG_DATA_HOME", directory / "data"};
-        const ScopedCurrentDirectory current{directory.path()};
-        EXPECT_EQ(tracedCalls(directory.expanded(row.start), directory), row.calls);
+        SCOPED_TRACE(row.name);
+        const TemporaryDirectory root;
+        makeTree(root.path(), row.entries);
+        const ScopedVariable data{"XDG_DATA_HOME", root / "data"};
+        const ScopedCurrentDirectory current{root.path()};
+        const std::string start = row.start ? root.expanded(row.start) : "";
+        EXPECT_EQ(calls(root,
+                        [&] {
+                            if (row.start) {
+                                Utils::findEditorRoot(view(start));
+                            } else {
+                                findTrashPath();
+                            }
+                        }),
+                  row.calls);
     }
 }
 

@@ -1,0 +1,27 @@
+#ifndef Vespermoor_Test_SystemCalls_h
+#define Vespermoor_Test_SystemCalls_h
+
+#include <functional>
+#include <string>
+#include <vector>
+
+/** @brief Functions of the system that take the place of the C library's in a whole test program.
+ */
+namespace VespermoorEngine::Test::SystemCalls {
+
+/**
+ * @brief Calls that the libraries make while @p body runs.
+ *
+ * A lookup of a path is the path alone; other calls have their name before it.
+ */
+std::vector<std::string> callsOf(const std::function<void()>& body);
+
+/** @brief Number of allocations while @p body runs. */
+int allocationsOf(const std::function<void()>& body);
+
+/** @brief Called with the path right before and after each kernel watch is placed. */
+extern std::function<void(const std::string& path)> aroundKernelWatch;
+
+} // namespace VespermoorEngine::Test::SystemCalls
+
+#endif
