@@ -147,6 +147,7 @@ void ChangeCommand::startBatch() {
     std::vector<std::string> line = std::move(batches.front());
     batches.erase(batches.begin());
     std::vector<char*> arguments;
+    arguments.reserve(line.size() + 1);
     for (std::string& word : line) {
         arguments.push_back(word.data());
     }
