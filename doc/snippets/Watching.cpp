@@ -8,7 +8,7 @@ using namespace Corrade;
 using namespace VespermoorEngine;
 
 //! [fresh]
-/* Watches a folder that others may delete and make anew. */
+/* Watches a folder that others may delete and make again. */
 class FolderWatch {
 public:
     explicit FolderWatch(const Containers::StringView folder) : folder{folder} { begin(); }

@@ -25,8 +25,8 @@ namespace Utility = Corrade::Utility;
  *
  * @ref watch() registers an interest in a directory with all below it, or in a single file;
  * @ref update(), called from the host's tick, asks the kernel what changed and calls the callbacks.
- * Between two ticks the kernel keeps the changes, as many as `fs.inotify.max_queued_events` allows;
- * what goes beyond is lost.
+ * Between two ticks the kernel keeps the changes, up to `fs.inotify.max_queued_events`; any more
+ * are lost.
  *
  * Directories that appear in a watched tree are watched with all they hold, even while other
  * processes fill, move, swap and delete them. An entry can be reported more than once on the way.
@@ -65,11 +65,11 @@ public:
 
         /** @brief Last path component of a single file, empty for a directory. */
         Containers::String file;
-        /** @brief The directory itself, or the one that holds the file; absolute. */
+        /** @brief Absolute path of the directory itself, or of the directory of the file. */
         Containers::String directory;
         /** @brief Position of the record whose kernel watches serve this one. */
         std::uint64_t directoryIndex;
-        /** @brief What @ref watch() returned. */
+        /** @brief The id that @ref watch() returned. */
         std::int64_t id;
         /** @brief The listener, possibly empty. */
         Callback callback;
@@ -102,14 +102,14 @@ public:
         Event event;
     };
 
-    /** @brief A changed entry's absolute path, and what happened to it. */
+    /** @brief Absolute path of a changed entry, and what happened to it. */
     using Change = Containers::Pair<Containers::String, Event>;
 
     /**
      * @brief Opens an inotify instance, which programs started from here inherit.
      *
-     * Where the system gives none, prints `FileWatch::FileWatch(): Failed to initialize inotify`
-     * on `Error` and aborts.
+     * If the system refuses one, prints `FileWatch::FileWatch(): Failed to initialize inotify` on
+     * `Error` and aborts.
      */
     VESPERMOOR_EDITOR_UTILS_EXPORT FileWatch();
 
@@ -123,36 +123,39 @@ public:
      * @brief Registers @p callback for the directory tree or the single file at @p path.
      *
      * A file has to exist now, and may go and come back later. Its watch also hears files of the
-     * same name anywhere below the file's directory, and puts kernel watches on all of it. Links
-     * are looked through once: of a directory that @p path or a link below it leads to, what lies
-     * directly in it is heard, and no more.
+     * same name anywhere below the file's directory, and puts kernel watches on that whole tree.
      *
-     * Trees that lie in one another share their kernel watches. Where @p path holds a tree that is
-     * watched already, that one is registered anew as part of it: what changed there since the last
-     * @ref update() is not heard, and where the kernel refuses @p path its watches hear nothing
-     * from then on. See @ref nested for several such trees.
+     * If @p path or an entry below it is a link to a directory, the entries of that directory are
+     * heard, and nothing deeper. If the directory is in a watched tree under its real name as well,
+     * its changes are reported once, under the name that was found first. That can be the link's:
+     * listeners of the real name then miss them until the link is gone. See @ref links.
+     *
+     * Nested trees share their kernel watches. If @p path is above a tree that is already watched,
+     * that tree is registered again as part of it: changes there since the last @ref update() are
+     * not heard, and if the kernel refuses @p path, its watches hear nothing from then on. See
+     * @ref nested for several such trees.
      *
      * A callback that calls this or @ref remove() must not touch its captures afterwards, since
      * callbacks move and end with the list of watches.
      *
-     * Returns an id above 0 that was never used before; 0 where nothing exists at @p path, and
-     * with `Directory doesn't exist` on `Warning`, behind a line that tells why, where the kernel
-     * refuses the directory. Directories below that it refuses are left out with a line each.
+     * Returns an id above 0 that was never used before. Returns 0 if nothing exists at @p path, and
+     * if the kernel refuses the directory: the reason and `Directory doesn't exist` are then
+     * printed on `Warning`. Refused directories below are left out, with a line each.
      */
     VESPERMOOR_EDITOR_UTILS_EXPORT int watch(Containers::StringView path, Callback callback);
 
     /**
-     * @brief Ends the watch with that id, and with the last watch of a tree the kernel's.
+     * @brief Ends the watch with that id, and the kernel watches of a tree with its last watch.
      *
-     * Does nothing where no such watch lives. A callback can remove any watch, its own included,
+     * Does nothing if there is no such watch. A callback can remove any watch, its own included,
      * and must not touch its captures afterwards.
      */
     VESPERMOOR_EDITOR_UTILS_EXPORT void remove(int id);
 
     /**
-     * @brief Ends all kernel watches and drops what the kernel holds.
+     * @brief Ends all kernel watches and drops the kernel's unread records.
      *
-     * The registered watches stay, and hear again what a later @ref watch() on their tree brings.
+     * The registered watches stay, and hear changes again after a @ref watch() on their tree.
      */
     VESPERMOOR_EDITOR_UTILS_EXPORT void clear();
 
@@ -160,19 +163,18 @@ public:
      * @brief Calls the callbacks for everything that changed since the last time.
      *
      * Changes come in the kernel's order; for each of them the callbacks in the order of their
-     * watches' slots. Callbacks may call everything here. What derives from `std::exception`
-     * and leaves a callback is dropped; anything else goes to the caller, and the deliveries that
-     * were left with it.
+     * watches' slots. Callbacks may call everything here. An exception of a callback is dropped if
+     * it derives from `std::exception`; any other goes to the caller, and the remaining deliveries
+     * are lost.
      *
-     * Returns whether there was anything to deliver, also where no callback was left to take it.
+     * Returns whether there was anything to deliver, even if no callback was left to take it.
      */
     VESPERMOOR_EDITOR_UTILS_EXPORT bool update();
 
     /* The documentation for hosts ends here: steps that update() takes follow. */
     /** @cond STEPS */
 
-    /** @brief Kernel watches that the open trees ask for; a directory in two of them counts twice.
-     */
+    /** @brief Number of directories in the open trees; one that is in two of them counts twice. */
     std::size_t directoryCount() const {
         std::size_t count = 0;
         for (const DirectoryData& directory : directories) {
@@ -184,7 +186,7 @@ public:
     /**
      * @brief Gets the record that serves the absolute path of a directory, making one if needed.
      *
-     * Counts one more reference to it. Returns its position, -1 where the kernel refuses the
+     * Adds a reference to it. Returns its position, -1 if the kernel refuses the
      * directory.
      */
     VESPERMOOR_EDITOR_UTILS_EXPORT int getDirectory(Containers::StringView path);
@@ -198,7 +200,7 @@ public:
     /** @brief Queues a delivery for every watch that each of the changes concerns. */
     VESPERMOOR_EDITOR_UTILS_EXPORT void onChangeCallback(Containers::ArrayView<Change> changes);
 
-    /** @brief Takes all records from the kernel, follows directories, and queues deliveries. */
+    /** @brief Reads all records from the kernel, tracks directories, and queues deliveries. */
     VESPERMOOR_EDITOR_UTILS_EXPORT void updateLinux();
 
     /** @endcond */
