@@ -1,5 +1,5 @@
-/* Making a thousand files from one manifest, beside reading the same inputs and writing the same
-   files without anything in between. */
+/* Making ten thousand files from one manifest, beside reading the same inputs and writing the same
+   files by temporary file and rename. */
 
 #include <cstdlib>
 #include <filesystem>
@@ -19,11 +19,11 @@ namespace {
 namespace fs = std::filesystem;
 using VespermoorEngine::Host::Generator;
 
-constexpr int outputCount = 1000;
+constexpr int outputCount = 10'000;
 constexpr int dataCount = 10;
 constexpr int templateCount = 20;
 
-/* A manifest with its data and templates, in a directory that is gone when the program ends. */
+/* A manifest with its data and templates, in a directory that is removed when the program ends. */
 struct Project {
     Project() : directory{fs::temp_directory_path() / "vespermoor-bench-XXXXXX"} {
         std::string pattern = directory;
@@ -85,7 +85,7 @@ void generateAll(benchmark::State& state) {
         project().removeOutputs();
         state.ResumeTiming();
         Generator generator{project().path("manifest.json")};
-        if (generator.update(Generator::Mode::Write).changed.size() != outputCount) {
+        if (generator.update(Generator::Mode::Write).changes.size() != outputCount) {
             state.SkipWithError("not all files were made");
         }
     }
@@ -93,12 +93,12 @@ void generateAll(benchmark::State& state) {
 }
 BENCHMARK(generateAll)->Unit(benchmark::kMillisecond);
 
-/* What a build step without changes costs. */
+/* A build step without changes. */
 void generateNothing(benchmark::State& state) {
     Generator{project().path("manifest.json")}.update(Generator::Mode::Write);
     for (auto _ : state) {
         Generator generator{project().path("manifest.json")};
-        if (!generator.update(Generator::Mode::Write).changed.empty()) {
+        if (!generator.update(Generator::Mode::Write).changes.empty()) {
             state.SkipWithError("a file was made again");
         }
     }
