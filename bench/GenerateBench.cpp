@@ -137,7 +137,7 @@ BENCHMARK(readAndWrite)->Unit(benchmark::kMillisecond);
 int main(int argc, char** argv) {
     return VespermoorEngine::Bench::run(
         argc, argv,
-        {{"`generate`, 1,000 files", "reading and writing them", "generateAll", "readAndWrite"},
-         {"`generate`, 1,000 current files", "reading and writing them", "generateNothing",
+        {{"`generate`, 10,000 files", "reading and writing them", "generateAll", "readAndWrite"},
+         {"`generate`, 10,000 current files", "reading and writing them", "generateNothing",
           "readAndWrite"}});
 }

@@ -14,6 +14,7 @@
 #include <Corrade/Utility/Format.h>
 
 #include "Files.h"
+#include "TextPlace.h"
 
 namespace VespermoorEngine::Host {
 
@@ -119,12 +120,7 @@ Containers::String reasonAt(const rapidjson::ParseErrorCode code,
 
 [[noreturn]] void failAt(const Containers::StringView name, const Containers::StringView json,
                          const std::size_t offset, const Containers::StringView reason) {
-    const Containers::StringView before = json.prefix(offset);
-    const std::size_t line = 1 + std::size_t(std::count(before.begin(), before.end(), '\n'));
-    const Containers::StringView newline = before.findLast('\n');
-    const std::size_t column =
-        1 + std::size_t(before.end() - (newline.data() ? newline.end() : before.begin()));
-    throw Failure{Utility::format("{}:{}:{}", name, line, column), reason};
+    throw Failure{textPlace(name, json, offset), reason};
 }
 
 template <unsigned int flags>
