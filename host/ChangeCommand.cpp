@@ -36,7 +36,7 @@ bool takesPaths(const std::string& argument) {
     return argument.find(placeholder) != std::string::npos;
 }
 
-/* The words with all `paths` filled in. */
+/* The words, with `paths` in place of the placeholder. */
 std::vector<std::string> commandLine(const std::vector<std::string>& words,
                                      const std::vector<std::string>& paths) {
     std::vector<std::string> line;
@@ -116,7 +116,7 @@ void ChangeCommand::take(const std::vector<Change>& changes) {
     }
 }
 
-/* Programs save through temporary files. One that came and went again is of no use to anybody. */
+/* Skips entries that came and went again, such as temporary files of a save. */
 std::vector<std::string> ChangeCommand::takePaths() {
     const auto collected = std::exchange(firstEvents, {});
     std::vector<std::string> taken = std::exchange(paths, {});
@@ -138,8 +138,8 @@ void ChangeCommand::startRun() {
     }
 }
 
-/* Starts the next command line, if there is one. Descriptors that are open here are the user's and
-   stay open there. */
+/* Starts the next command line, if there is one. The program inherits open descriptors, which are
+   the user's. */
 void ChangeCommand::startBatch() {
     if (batches.empty()) {
         return;
@@ -159,7 +159,7 @@ void ChangeCommand::startBatch() {
         errors.addError(words.front() + ": " + std::strerror(error));
         return;
     }
-    /* Not by pidfd_open(), which the header of glibc 2.36 declares with the linkage of C++. */
+    /* Not pidfd_open(): the header of glibc 2.36 declares it with C++ linkage. */
     descriptor = int(syscall(SYS_pidfd_open, process, 0));
 }
 
@@ -168,8 +168,7 @@ void ChangeCommand::noteExit(const int status) {
     if (descriptor >= 0) {
         close(std::exchange(descriptor, -1));
     }
-    /* What an exit code means is the program's own business, but about its own death it says
-       nothing. */
+    /* Exit codes are the program's own business; only a death by signal needs a message. */
     if (WIFSIGNALED(status) && WTERMSIG(status) != SIGINT) {
         errors.addError(words.front() + ": " + strsignal(WTERMSIG(status)));
     }

@@ -15,29 +15,29 @@
 namespace VespermoorEngine::Host {
 
 /**
- * @brief A program that runs when something changed, one run at a time.
+ * @brief Runs a program after changes, one run at a time.
  *
- * Changes collect until a look finds no new one, or for a second at most, and then start one run.
- * Nobody can tell who changed a file, so changes during a run count as the program's own. They
- * start no other run, unless the user said that the program changes nothing that is watched.
+ * Changes collect until a poll finds no new one, or for a second at most, and then start one run.
+ * Nobody can tell who changed a file, so changes during a run count as the program's own and start
+ * no other run, unless the user said that the program changes nothing that is watched.
  *
- * Usage, once per look: @ref noteEnd(), then take the changes of the watch, then @ref take(). In
- * this order, all that the program changed before its end is known to be from its run.
+ * Usage, once per poll: @ref noteEnd(), then take the changes of the watch, then @ref take(). In
+ * this order, everything that the program changed counts as part of its run.
  */
 class ChangeCommand {
 public:
     /**
-     * @brief Program and arguments are @p words.
+     * @brief Takes the program and its arguments from @p words.
      *
-     * An argument that holds `{}` is passed once for each changed path, with the path in its place.
-     * Changes during a run start another one if @p repeats.
+     * An argument that contains `{}` is passed once per changed path, with the path in place of
+     * `{}`. Changes during a run start another one if @p repeats.
      */
     ChangeCommand(std::vector<std::string> words, bool repeats, ErrorQueue& errors);
     ~ChangeCommand();
     ChangeCommand(const ChangeCommand&) = delete;
     ChangeCommand& operator=(const ChangeCommand&) = delete;
 
-    /** @brief Looks whether the run has ended. */
+    /** @brief Checks whether the run has ended. */
     void noteEnd();
 
     /** @brief Collects @p changes, and starts a run if it is time. */
@@ -50,9 +50,9 @@ public:
     int runDescriptor() const { return descriptor; }
 
     /**
-     * @brief Makes the last run, with what was collected, and waits for its end.
+     * @brief Makes the last run, for the collected changes, and waits for its end.
      *
-     * If a stop signal came there is no other run, and the present one gets a SIGTERM and, ten
+     * After a stop signal no further run starts, and the current one gets a SIGTERM and, ten
      * seconds later, a SIGKILL.
      */
     void finish(StopSignals& signals);
@@ -70,11 +70,11 @@ private:
     std::vector<std::string> words;
     bool repeats;
     ErrorQueue& errors;
-    /* Collected paths in the order of their first changes, and what those were. */
+    /* Collected paths in the order of their first changes, with those changes. */
     std::vector<std::string> paths;
     std::map<std::string, FileWatch::Event> firstEvents;
     Clock::time_point collectingSince;
-    /* Command lines of the present run that have not started yet. */
+    /* Command lines of the current run that have not started yet. */
     std::vector<std::vector<std::string>> batches;
     bool ranSinceLook = false;
     pid_t process = 0;

@@ -11,7 +11,7 @@ namespace VespermoorEngine::Host {
 enum class ChangeFormat {
     /** `Modify` or `Remove` and the escaped path, as a line. */
     Text,
-    /** The same with the exact path, ended by a NUL. */
+    /** The same with the exact path, terminated by a NUL. */
     Null,
     /**
      * An object with `event` and `path`, as a line. A path that is not UTF-8 is the member
@@ -20,7 +20,7 @@ enum class ChangeFormat {
     Json
 };
 
-/** @brief @p change as @p format has it, with its end. */
+/** @brief @p change in @p format, terminator included. */
 std::string formatted(const Change& change, ChangeFormat format);
 
 } // namespace VespermoorEngine::Host

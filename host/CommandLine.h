@@ -10,7 +10,7 @@ class App;
 
 namespace VespermoorEngine::Host {
 
-/** @brief Adds `--output FILE`, which an empty name does not go with, and stores it in @p path. */
+/** @brief Adds `--output FILE`, which refuses an empty name, and stores it in @p path. */
 void addOutputOption(CLI::App& command, std::string& path);
 
 /** @brief Throws `CLI::ValidationError` if more than one of the inputs @p paths is `-`. */

@@ -28,18 +28,17 @@ void addCaseCommand(CLI::App& program);
 /** @brief Adds `search`, which finds a text in files without regard to case. */
 void addSearchCommand(CLI::App& program);
 
-/** @brief Adds `root`, which prints where the executables and the editor's data are. */
+/** @brief Adds `root`, which prints the directories of the executables and of the editor's data. */
 void addRootCommand(CLI::App& program);
 
-/** @brief Adds `watch`, which prints or acts on changes below directories and of files. */
+/** @brief Adds `watch`, which prints or acts on changes of files and directory trees. */
 void addWatchCommand(CLI::App& program);
 
 /**
  * @brief Makes the words from `--exec` of `watch` to the semicolon one word.
  *
- * CLI11 would take options of the program that is to be run for options of `watch`. The words are
- * joined to `--exec=` with a NUL after each. Throws `CLI::ValidationError` if the program or the
- * semicolon is missing.
+ * CLI11 would take the program's options for options of `watch`. The words are joined to `--exec=`
+ * with a NUL after each. Throws `CLI::ValidationError` if the program or the semicolon is missing.
  */
 void joinExecCommand(std::vector<std::string>& words);
 

@@ -4,7 +4,7 @@ namespace VespermoorEngine::Host {
 
 namespace {
 
-/* `path` as compilers write it: a blank, `#` and `$` have a meaning in rules. */
+/* `path`, escaped as compilers do it: a blank, `#` and `$` have a meaning in rules. */
 std::string quoted(const std::string& path) {
     std::string result;
     for (const char c : path) {

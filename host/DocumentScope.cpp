@@ -14,8 +14,8 @@ namespace {
 
 using namespace Corrade::Containers::Literals;
 
-/* Index that `step` spells in decimal, as in a JSON Pointer: without a sign, a leading zero or
-   anything after the digits. */
+/* Parses `step` as a decimal index, as in a JSON Pointer: no sign, leading zero or trailing
+   text. */
 Containers::Optional<rapidjson::SizeType> parseIndex(const Containers::StringView step) {
     rapidjson::SizeType index = 0;
     const std::from_chars_result parsed = std::from_chars(step.begin(), step.end(), index);
@@ -49,7 +49,7 @@ inline rapidjson::Value* findMember(rapidjson::Value& object, const Containers::
     return nullptr;
 }
 
-/* Not inlined, so that the look-up of members is. */
+/* Not inlined, so that the member lookup is. */
 [[gnu::noinline]] rapidjson::Value* findElement(rapidjson::Value& array,
                                                 const Containers::StringView step) {
     const Containers::Optional<rapidjson::SizeType> index = parseIndex(step);
@@ -70,8 +70,8 @@ const char* endOfStep(const char* step, const char* const end) {
     return step;
 }
 
-/* Follows the steps from `step` to `end`, and returns whether all lead somewhere. If not, `value`
-   is the last one reached and `step` is where the first step begins that leads nowhere. */
+/* Follows the steps from `step` to `end`, and returns whether all exist. If one is missing, `value`
+   is the last value reached and `step` is the start of the missing step. */
 bool follow(rapidjson::Value*& value, const char*& step, const char* const end) {
     for (;;) {
         const char* const slash = endOfStep(step, end);

@@ -8,17 +8,16 @@ namespace VespermoorEngine::Host {
 /**
  * @brief A place in a JSON document, which need not exist yet.
  *
- * A slash in a path is a step down, a decimal step leads into an array. A path that leads nowhere
- * gives an accessor that does not exist and reads as null; the first write creates it and all that
- * is missing on the way to it. The document is borrowed. An accessor stays valid until something
- * else changes a value above its place.
+ * A slash in a path is a step down; a decimal step is an array index. If a path does not exist, its
+ * accessor reads as null, and the first write creates the missing values on the way. The document
+ * is borrowed. An accessor stays valid until something else changes a value above its place.
  */
 class DocumentScope : public JsonObject {
 public:
     /** @brief The root of @p document. */
     explicit DocumentScope(rapidjson::Document& document);
 
-    /** @brief @p value, which has to lie inside @p document. */
+    /** @brief @p value, which must be inside @p document. */
     DocumentScope(rapidjson::Document& document, rapidjson::Value& value);
 
     bool exists() override;
@@ -31,7 +30,7 @@ public:
     void descend(Containers::StringView name);
 
     /**
-     * @brief Whether a write can make this place without replacing anything that exists.
+     * @brief Whether a write can create this place without replacing an existing value.
      *
      * Members can be added to an object and to null, and an element to the end of an array if the
      * step is the array's size or `-`.
@@ -39,13 +38,13 @@ public:
     bool canBeMade() const;
 
 private:
-    /* Adds the steps of a path that lead nowhere. */
+    /* Adds the missing steps of a path. */
     void addMissing(Containers::StringView path);
 
     rapidjson::Document* document;
-    /* The value that the steps lead to, or the last one on the way if they lead nowhere. */
+    /* The value at this place, or the last existing one on the way to it. */
     rapidjson::Value* reached;
-    /* The steps that lead on from there to nowhere. */
+    /* The missing steps from there on. */
     Containers::Array<Containers::String> missing;
 };
 

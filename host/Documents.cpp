@@ -29,14 +29,14 @@ Containers::String reasonOf(const rapidjson::ParseErrorCode code) {
     return reason.exceptSuffix(reason.hasSuffix('.') ? 1 : 0);
 }
 
-/* A document that takes the parser's events in place of its base and refuses some of them. */
+/* A document that filters the parser's events: it refuses some of them. */
 class ParsedDocument : public rapidjson::Document {
 public:
     bool Double(const double number) {
         return std::isfinite(number) ? rapidjson::Document::Double(number) : refuseTooBig();
     }
 
-    /* A number that the parser has checked and not read. */
+    /* A number that the parser has checked but not converted. */
     bool RawNumber(const char* const text, const rapidjson::SizeType size, bool) {
         const char* const end = text + size;
         const bool isInteger =
@@ -85,8 +85,8 @@ private:
     int levels = 0;
 };
 
-/* Where a low surrogate is escaped without a high one before it, or the size of `json`. Backslashes
-   occur only in strings, and `json` has nothing but valid escapes. */
+/* Offset of the first escaped low surrogate without a high one before it, or the size of `json`.
+   Backslashes occur only in strings, and all escapes in `json` are valid. */
 std::size_t findLoneLowSurrogate(const Containers::StringView json) {
     const auto surrogateAt = [&](const char* const escape) -> char {
         const bool isSurrogate = json.end() - escape >= 6 && escape[1] == 'u' &&
@@ -130,12 +130,12 @@ rapidjson::Document parse(const Containers::StringView name, const Containers::S
     rapidjson::ParseResult result;
     ParsedDocument document;
     auto read = [&](rapidjson::Document&) {
-        /* Without recursion, which ends the process if it goes too deep. */
+        /* Iterative, since deep recursion overflows the stack. */
         result = reader.Parse<flags | rapidjson::kParseIterativeFlag>(stream, document);
         return !result.IsError();
     };
     document.Populate(read);
-    /* To the parser a NUL is the end of the text. */
+    /* The parser takes a NUL for the end of the text. */
     if (!result.IsError() && stream.Tell() != json.size()) {
         result.Set(rapidjson::kParseErrorDocumentRootNotSingular, stream.Tell());
     }
@@ -154,7 +154,7 @@ rapidjson::Document parse(const Containers::StringView name, const Containers::S
     return std::move(document);
 }
 
-/* Cuts digits off after `decimals` fractional ones. */
+/* Cuts off all but `decimals` fractional digits. */
 std::string decimalText(const double number, const int decimals) {
     char scientific[32]{};
     std::to_chars(scientific, std::end(scientific), std::abs(number),

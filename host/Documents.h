@@ -12,13 +12,13 @@ namespace VespermoorEngine::Host {
 
 /** @brief How the numbers of a document are read. */
 enum class Numbers {
-    /** @brief As @ref RapidJsonUtils::parseJsonFile() reads them, which may miss the last digit. */
+    /** @brief As @ref RapidJsonUtils::parseJsonFile() reads them: the last digit may be off. */
     AsInLibrary,
     /**
-     * @brief As they are, for @ref printExactly().
+     * @brief Exactly, for @ref printExactly().
      *
-     * A decimal is the nearest double, and the integer `-0` is a NaN, which JSON has no other use
-     * for. An integer outside of -2^63 to 2^64 - 1 is an error.
+     * A decimal becomes the nearest double. The integer `-0` becomes a NaN, which JSON cannot hold
+     * otherwise. An integer outside -2^63 to 2^64 - 1 is an error.
      */
     Exact
 };
@@ -26,24 +26,23 @@ enum class Numbers {
 /**
  * @brief The JSON document in the text @p json, named @p name in messages.
  *
- * Takes what the library takes, and refuses lone surrogates beside. Throws @ref Failure with the
- * line, the column (in bytes) and the reason, as in `scene.json:3:17: Missing a name for object
- * member`.
+ * Accepts the same JSON as the library, except lone surrogates. Throws @ref Failure with the line,
+ * the column (in bytes) and the reason, as in `scene.json:3:17: Missing a name for object member`.
  */
 rapidjson::Document parseDocument(Containers::StringView name, Containers::StringView json,
                                   Numbers numbers = Numbers::AsInLibrary);
 
-/** @brief The JSON document in the file @p path; throws @ref Failure also if it is not read. */
+/** @brief The JSON document in the file @p path; also throws @ref Failure if it cannot be read. */
 rapidjson::Document readDocument(Containers::StringView path);
 
-/** @brief Why JSON with more levels than the library reads is refused. */
+/** @brief The reason given for JSON that is nested deeper than the library reads. */
 Containers::String nestedTooDeep();
 
 /** @brief How JSON is printed. */
 struct JsonFormat {
-    /** @brief Largest number of fractional digits, at least 1; the others are cut off. */
+    /** @brief Maximum number of fractional digits, at least 1; further ones are cut off. */
     int decimals = RapidJsonUtils::defaultMaxDecimalPlaces;
-    /** @brief Blanks to a level. */
+    /** @brief Blanks per level. */
     unsigned int indent = 4;
     /** @brief Everything on one line. */
     bool compact = false;
@@ -52,8 +51,8 @@ struct JsonFormat {
 /**
  * @brief JSON text of @p value, which was read with @ref Numbers::Exact, and a newline.
  *
- * Unless digits are cut off, every number reads back as the same one: a decimal is the shortest
- * text with the same nearest double.
+ * Unless digits are cut off, every number reads back unchanged: a decimal is printed as the
+ * shortest text with the same nearest double.
  */
 rapidjson::StringBuffer printExactly(const rapidjson::Value& value, const JsonFormat& format);
 

@@ -6,14 +6,14 @@
 namespace VespermoorEngine::Host {
 
 /**
- * @brief An element of an array or object, as the scope of a template that is rendered for each.
+ * @brief The scope of one element of an array or object, for a template that is rendered for each.
  *
- * Its members have their names. In addition, `@key` is its own name if it is a member of an object,
- * and `@value` is the element itself, which helps if it has no members.
+ * The element's members are found by their names. `@key` is the element's own name in an object,
+ * and `@value` is the element itself, for elements without members.
  */
 class ElementScope : public DocumentScope {
 public:
-    /** @brief @p value lies inside @p owner; @p key lives as long and is empty in an array. */
+    /** @brief @p value is inside @p owner; @p key lives as long and is empty in an array. */
     ElementScope(rapidjson::Document& owner, rapidjson::Value& value, Containers::StringView key);
 
     Containers::Pointer<JsonObject> member(Containers::StringView path) override;

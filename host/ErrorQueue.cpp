@@ -14,15 +14,15 @@ namespace {
 
 constexpr std::size_t capacity = 65536;
 
-/* Standard error is shared with other processes, so it is asked instead of made non-blocking: that
-   would hold for all of them. */
+/* Polls instead of setting O_NONBLOCK: standard error is shared, so the flag would apply to other
+   processes too. */
 bool isReady() {
     pollfd standardError{STDERR_FILENO, POLLOUT, 0};
     return poll(&standardError, 1, 0) > 0;
 }
 
-/* A pipe that is ready takes this many bytes at once, and as one piece. Whole lines, so that those
-   of other processes do not fall into them. */
+/* A writable pipe takes this many bytes at once, atomically. Only whole lines are written, so lines
+   of other processes cannot split them. */
 std::size_t firstPiece(const std::string& lines) {
     if (lines.size() <= PIPE_BUF) {
         return lines.size();
@@ -55,7 +55,7 @@ void ErrorQueue::flush() {
     }
 }
 
-/* Returns whether it was of use to try. */
+/* Returns false if the pipe is full or the write failed. */
 bool ErrorQueue::writeSome() {
     const ssize_t written = write(STDERR_FILENO, lines.data(), firstPiece(lines));
     if (written < 0) {

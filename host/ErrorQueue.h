@@ -9,16 +9,16 @@
 namespace VespermoorEngine::Host {
 
 /**
- * @brief Lines for standard error that never wait for its reader.
+ * @brief Lines for standard error, queued so that a stalled reader never blocks the program.
  *
- * For commands that go on for hours: a pipe that nobody reads is full after 64 KiB, and a plain
- * write would stop them for good. Lines that do not fit wait here, as many as a pipe holds; further
- * ones are dropped and counted, and the count is printed as soon as the reader goes on.
+ * For commands that run for hours: a pipe that nobody reads is full after 64 KiB, and a plain write
+ * would then block forever. Lines that do not fit are queued, up to the size of a pipe; further
+ * ones are dropped and counted, and the count is printed when the reader continues.
  */
 class ErrorQueue {
 public:
     ErrorQueue() = default;
-    /** @brief Flushes once more. What the reader does not take then is lost. */
+    /** @brief Flushes once more. Lines that the reader does not take then are lost. */
     ~ErrorQueue() { flush(); }
     ErrorQueue(const ErrorQueue&) = delete;
     ErrorQueue& operator=(const ErrorQueue&) = delete;

@@ -11,8 +11,8 @@ struct Character {
     std::size_t size;
 };
 
-/* The first character of a text that is not empty. A byte that begins no UTF-8 sequence counts as a
-   character of its own with the byte as its code, as in Latin-1: old terminals take it so. */
+/* The first character of a non-empty text. A byte that begins no UTF-8 sequence is a character of
+   its own, with the code it has in Latin-1, since old terminals read it so. */
 Character firstCharacter(const Containers::StringView text) {
     const auto byte = [&](const std::size_t i) { return static_cast<unsigned char>(text[i]); };
     const unsigned char lead = byte(0);
@@ -30,7 +30,7 @@ Character firstCharacter(const Containers::StringView text) {
     return {code, size};
 }
 
-/* Controls of the terminal, ends of lines, and marks that change the direction of text. */
+/* Control characters, line separators, and marks that change the direction of text. */
 bool isControl(const char32_t code) {
     constexpr struct {
         char32_t first, last;

@@ -17,14 +17,14 @@ namespace Containers = Corrade::Containers;
  *
  * The bytes of control characters, U+0080 to U+009F included, of line and paragraph separators and
  * of marks that change the direction of text are written as `\x` and two hexadecimal digits. All
- * other bytes stay, also those that are not UTF-8.
+ * other bytes stay, invalid UTF-8 included.
  */
 std::string escaped(Containers::StringView text);
 
 /** @brief Prints @p message to standard error as the program's own line, escaped. */
 void printError(Containers::StringView message);
 
-/** @brief Bad input or a refusal of the system: one line for the user, and the end of a command. */
+/** @brief Bad input or a failed system call: one line for the user, and the end of the command. */
 class Failure : public std::runtime_error {
 public:
     /** @brief Failure that names the file or option it is @p about and the @p reason. */
@@ -33,7 +33,7 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/** @brief The end of a command that failed and has said why, or has nothing to say. */
+/** @brief Ends a command that failed and has nothing more to print. */
 struct SilentFailure {
     /** @brief The exit code of the program. */
     int exitCode = 1;

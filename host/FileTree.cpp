@@ -10,7 +10,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/* Sorted by name, in reverse. As much as could be read if `error` is set. */
+/* The names in descending order; those read so far if `error` is set. */
 std::vector<fs::directory_entry> entriesOf(const fs::path& directory, std::error_code& error) {
     std::vector<fs::directory_entry> entries;
     for (fs::directory_iterator entry{directory, error}, end; !error && entry != end;
@@ -31,7 +31,7 @@ void visitFiles(const std::string& path, const std::function<void(const std::str
         visit(path);
         return;
     }
-    /* Still to be visited, the next one last. */
+    /* The paths to visit, the next one last. */
     std::vector<fs::directory_entry> waiting{fs::directory_entry{path, error}};
     while (!waiting.empty()) {
         const fs::directory_entry next = waiting.back();

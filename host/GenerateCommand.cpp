@@ -33,7 +33,7 @@ struct Options {
     std::string stamp;
 };
 
-/* Only after a complete update, so that a build tool tries again after one that failed. */
+/* Written only after a complete update, so that a build tool retries a failed one. */
 void writeBuildFiles(const Options& options, const Generator& generator) {
     if (!options.dependencyFile.empty()) {
         std::set<std::string> targets{options.stamp}, inputs{options.manifest};
@@ -62,7 +62,7 @@ void generate(const Options& options) {
     writeBuildFiles(options, generator);
 }
 
-/* As diff and grep do, tells a difference from a failure by the exit code. */
+/* Distinct exit codes for a difference and a failure, as with diff and grep. */
 void check(const Options& options) {
     GenerateReport report{"out of date:", options.quiet};
     Generator::Result result;

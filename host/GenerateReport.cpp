@@ -15,7 +15,7 @@ namespace VespermoorEngine::Host {
 
 namespace {
 
-/* Time before the first count, so that short updates show none, and between two counts. */
+/* Time before the first count, so that short updates show none, and between counts. */
 constexpr std::chrono::milliseconds firstCountAfter{300};
 constexpr std::chrono::milliseconds countEvery{100};
 

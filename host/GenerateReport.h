@@ -9,7 +9,7 @@
 
 namespace VespermoorEngine::Host {
 
-/** @brief Prints what `generate` does: failures, outputs, and on a terminal its progress. */
+/** @brief Prints the failures and outputs of `generate` and, on a terminal, its progress. */
 class GenerateReport {
 public:
     /** @brief Prints @p verb and a blank before each output, or only failures if @p quiet. */
@@ -29,7 +29,7 @@ public:
     void result(const Generator::Result& result);
 
     /**
-     * @brief Counts outputs on one line of standard error once an update takes a while.
+     * @brief Shows a count of outputs on one line of standard error if an update takes a while.
      *
      * Empty if standard error is no terminal. The line is erased before anything else is printed.
      */

@@ -14,16 +14,17 @@ namespace VespermoorEngine::Host {
 
 namespace {
 
-/* Short enough to show a save at once, long enough to take the writes of one save together. */
+/* Short enough to show a save at once, long enough to batch the writes of one save. */
 constexpr std::chrono::milliseconds tick{40};
 
-/* Ticks after which outputs are made even though an input is written to without a pause. */
+/* Ticks after which outputs are made even if an input is written to without a pause. */
 constexpr int patience = 25;
 
-/* Ticks between two looks at all files, of which there can be thousands. */
+/* Ticks between two scans of all files, of which there can be thousands. */
 constexpr int ticksPerLook = 25;
 
-/* Drops the library's lines about directories that it cannot watch: they are compared anyway. */
+/* Drops the library's lines about directories that it cannot watch: their files are polled
+   anyway. */
 struct WatchSilence {
     Utility::Warning warning{nullptr};
     Utility::Error error{nullptr};
@@ -49,7 +50,7 @@ void GenerateWatch::run(StopSignals& signals) {
     } while (!signals.arriveWithin(tick));
 }
 
-/* A manifest that cannot be read leaves the last one in force. */
+/* If the manifest cannot be read, the last one stays in use. */
 void GenerateWatch::loadManifest() {
     try {
         generator = std::make_unique<Generator>(manifest);
@@ -70,7 +71,7 @@ void GenerateWatch::trackFiles() {
     }
 }
 
-/* Registers all directories anew, since the watch of one that was replaced hears nothing. */
+/* Registers all directories again, since the watch of a replaced one reports nothing. */
 void GenerateWatch::watchDirectories() {
     const WatchSilence silence;
     for (const int id : std::exchange(watchIds, {})) {
@@ -87,7 +88,7 @@ void GenerateWatch::watchDirectories() {
 bool GenerateWatch::takeChanges() {
     const WatchSilence silence;
     watch.update();
-    /* After a report too, or the next look would find the same changes again. */
+    /* Even if the kernel reported changes, or the next scan would find them again. */
     if (!heard.empty() || ++ticksSinceLook == ticksPerLook) {
         heard.merge(places.takeChanged());
         ticksSinceLook = 0;
@@ -97,8 +98,8 @@ bool GenerateWatch::takeChanges() {
     return more;
 }
 
-/* Watches before it reads, so that no save is missed in between. Changes from here on are for the
-   next time. */
+/* Watches before it reads, so that no save is missed in between. Later changes are for the next
+   round. */
 void GenerateWatch::regenerate() {
     const std::set<std::string> taken = std::exchange(changed, {});
     trackFiles();

@@ -16,13 +16,13 @@
 namespace VespermoorEngine::Host {
 
 /**
- * @brief Regenerates what depends on files that change, until it is told to stop.
+ * @brief Regenerates the outputs of changed files, until it is told to stop.
  *
  * A failure is printed and leaves the old output; the next change of an input tries again. Changes
- * are taken together until a tick passes without a new one.
+ * are batched until a tick passes without a new one.
  *
- * Kernel watches on the directories of the inputs report saves at once. Besides, the status of
- * every input and output is compared once a second. That finds what the kernel does not report:
+ * Kernel watches on the directories of the inputs report saves at once. In addition, the status of
+ * every input and output is polled once a second, for the changes that the kernel does not report:
  * files that do not exist yet, saves through another name, directories that cannot be read, a full
  * queue, and outputs that are deleted or edited, which have no kernel watches.
  */
@@ -30,16 +30,16 @@ class GenerateWatch {
 public:
     /** @brief How changes are found. */
     enum class Method {
-        /** @brief By kernel watches and by comparing. */
+        /** @brief By kernel watches and by polling. */
         Kernel,
-        /** @brief By comparing alone, without any kernel watch. */
+        /** @brief By polling alone, without kernel watches. */
         Poll
     };
 
     /** @brief Keeps the outputs of the manifest at @p path current. */
     GenerateWatch(const std::string& path, Method method, GenerateReport& report);
 
-    /** @brief Generates everything, and then whatever changes, until a signal arrives. */
+    /** @brief Generates everything, then regenerates after changes, until a signal arrives. */
     void run(StopSignals& signals);
 
 private:

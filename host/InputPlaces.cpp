@@ -34,7 +34,7 @@ bool InputPlaces::track(const std::set<std::string>& inputs, const std::set<std:
     return identities != lastIdentities;
 }
 
-/* The change time, since the modification time ignores permissions and can be set back. */
+/* The change time: the modification time ignores permissions and can be set back. */
 InputPlaces::Stamp InputPlaces::stampOf(const std::string& file) {
     struct statx status {};
     if (statx(AT_FDCWD, file.data(), 0, STATX_INO | STATX_SIZE | STATX_CTIME, &status) != 0) {

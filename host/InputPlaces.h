@@ -10,7 +10,7 @@
 namespace VespermoorEngine::Host {
 
 /**
- * @brief Tells which files changed since the last look, and in which directories they really are.
+ * @brief Tells which files changed since the last scan, and in which directories they really are.
  *
  * Neither the files nor their directories need to exist.
  */
@@ -19,24 +19,24 @@ public:
     /**
      * @brief Tracks @p inputs and @p outputs from now on, and no other files.
      *
-     * Follows the links of the inputs anew. Returns whether their @ref directories() changed, which
-     * includes a directory that was replaced by another one of the same path.
+     * Resolves the links of the inputs again. Returns whether their @ref directories() changed,
+     * which includes a directory replaced by another one at the same path.
      */
     bool track(const std::set<std::string>& inputs, const std::set<std::string>& outputs);
 
     /**
      * @brief The files that changed since the last call, or since they were first tracked.
      *
-     * Costs one system call per tracked file. Also finds what was saved through another name, what
-     * appears behind a link, and what becomes readable. A save that keeps device, inode, size and
-     * change time is missed.
+     * Costs one system call per tracked file. Also finds files that were saved through another
+     * name, that appear at the end of a link, or that become readable. A save that keeps device,
+     * inode, size and change time is missed.
      */
     std::set<std::string> takeChanged();
 
     /** @brief The existing directories of the inputs, as absolute paths without links. */
     std::set<std::string> directories() const;
 
-    /** @brief The inputs that are the entry @p path, whichever links lead there. */
+    /** @brief The inputs that lead to the entry @p path, through links or not. */
     std::set<std::string> inputsAt(const std::string& path) const;
 
 private:
@@ -47,7 +47,7 @@ private:
     static Stamp identityOf(const std::string& directory);
 
     std::map<std::string, Stamp> stamps;
-    /* By absolute paths without links, as the inputs at each such path. */
+    /* The inputs at each absolute path without links. */
     std::map<std::string, Stamp> identities;
     std::map<std::string, std::set<std::string>> inputsByPath;
 };

@@ -31,8 +31,8 @@ struct Options {
     std::string output;
 };
 
-/* The library takes a text that is no pointer as the root; a person is told. Returns the message,
-   or nothing if `text` is a pointer. */
+/* Message for a text that is not a JSON Pointer, which the library takes for the root; empty if
+   `text` is one. */
 std::string checkPointer(const std::string& text) {
     return rapidjson::Pointer{text.data(), text.size()}.IsValid() ? ""
                                                                   : text + " is no JSON Pointer";
@@ -69,7 +69,7 @@ Containers::Array<T> convertAll(const rapidjson::Value& array, const Convert con
     return result;
 }
 
-/* Arrays of one kind have their own writes; returns whether this is one. */
+/* Writes an array of a single kind by its typed write; returns false for any other array. */
 bool writeArray(JsonObject& place, const rapidjson::Value& array) {
     const auto all = [&](const auto test) { return std::all_of(array.Begin(), array.End(), test); };
     if (all([](const rapidjson::Value& value) { return value.IsInt(); })) {
@@ -89,8 +89,8 @@ bool writeArray(JsonObject& place, const rapidjson::Value& array) {
     return true;
 }
 
-/* Through the typed write for what one stores exactly; a double that is no float, a large integer
-   and an object are copied as they are. */
+/* Uses the typed write if it stores the value exactly; a double that is not a float, a large
+   integer and an object are copied. */
 void write(JsonObject& place, const rapidjson::Value& value) {
     if (value.IsNull()) {
         place.setNull();
@@ -107,7 +107,7 @@ void write(JsonObject& place, const rapidjson::Value& value) {
     }
 }
 
-/* Levels of arrays and objects in `value`, which was parsed and so has no more than are read. */
+/* Nesting depth of `value`, which parsing has limited. */
 std::size_t nesting(const rapidjson::Value& value) {
     std::size_t levels = 0;
     if (value.IsArray()) {
@@ -139,8 +139,8 @@ void assign(rapidjson::Document& document, const std::string& pointer,
     write(place, value);
 }
 
-/* The JSON text of an option. Says how to write a string, since the quotes are easily forgotten and
-   the shell takes them away. */
+/* The JSON text of an option. The message says how to write a string, since the shell removes
+   quotes that are not escaped. */
 rapidjson::Document parseValue(const std::string& pointer, const std::string& text) {
     const std::string name = "--set " + pointer;
     try {
@@ -208,7 +208,7 @@ CLI::Option* addEdit(CLI::App& command, const std::shared_ptr<Options>& options,
         options->edits.emplace_back(
             [edit, text](rapidjson::Document& document) { edit(document, text); });
     };
-    /* At once, since the order of different options matters. */
+    /* Applied at once, since the order of different options matters. */
     return command.add_option_function<std::string>(name, add, description)
         ->type_name(typeName)
         ->trigger_on_parse();

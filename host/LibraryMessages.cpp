@@ -8,7 +8,7 @@ namespace VespermoorEngine::Host {
 
 namespace {
 
-/* Corrade's own messages have the reason in brackets at their end, and the library's as it is. */
+/* Corrade's messages end with the reason in brackets, the library's without them. */
 bool endsWithReason(Containers::StringView message, const int error) {
     if (message.hasSuffix(')')) {
         message = message.exceptSuffix(1);
@@ -48,7 +48,7 @@ std::streamsize LibraryMessages::xsputn(const char* const text, const std::strea
     return size;
 }
 
-/* The end of a message, and not of a line: names can hold line ends. */
+/* The end of a message, not of a line: names can contain newlines. */
 int LibraryMessages::sync() {
     std::string message = std::exchange(unfinished, {});
     if (!message.empty() && message.back() == '\n') {

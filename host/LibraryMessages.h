@@ -14,10 +14,10 @@
 namespace VespermoorEngine::Host {
 
 /**
- * @brief Takes what the library prints to `Warning` and `Error` while it lives.
+ * @brief Captures the library's `Warning` and `Error` output while it lives.
  *
- * The messages go on to an @ref ErrorQueue at the end, each once with a count. Those about entries
- * that vanished are left out: in a tree that others work in, that is no problem.
+ * At the end the messages go to an @ref ErrorQueue, each once with a count. Messages about vanished
+ * entries are left out: that is normal in a tree that others work in.
  */
 class LibraryMessages : private std::streambuf {
 public:
@@ -26,7 +26,7 @@ public:
     LibraryMessages(const LibraryMessages&) = delete;
     LibraryMessages& operator=(const LibraryMessages&) = delete;
 
-    /** @brief Drops the messages so far and returns the system's reason in the first, if any. */
+    /** @brief Drops the messages so far and returns the system's reason from the first, if any. */
     std::string takeReason();
 
 private:

@@ -2,13 +2,13 @@
    1986).
 
    The edits from one list of lines to the other are a path through a grid: a step right removes a
-   line, a step down adds one, a diagonal step keeps one that both have. For a growing number of
-   edits, `frontier` holds for every diagonal k = x - y the furthest x that so many edits reach. The
+   line, a step down adds one, a diagonal step keeps a common line. For each number of edits,
+   `frontier` holds the furthest x that so many edits reach on every diagonal k = x - y. The
    frontiers are kept, and walking back through them gives the edits.
 
    Time and memory grow with the square of the number of edits, since common lines at both ends are
    dropped first. Past `maxEdits` the rest is reported as removed and added as a whole, which is
-   longer than necessary, and correct. */
+   correct but longer than necessary. */
 
 #include "LineDiff.h"
 
@@ -26,7 +26,7 @@ constexpr std::ptrdiff_t context = 3;
 
 using Lines = std::vector<std::string_view>;
 
-/* A line that is kept, removed or added: a blank, a minus or a plus, as it is printed. */
+/* A line that is kept, removed or added, by its printed sign: a blank, a minus or a plus. */
 struct Edit {
     char kind;
     std::string_view line;
@@ -34,7 +34,7 @@ struct Edit {
 
 using Edits = std::vector<Edit>;
 
-/* Each with its newline, which the last one may lack. */
+/* The lines with their newlines, which the last one may lack. */
 Lines linesOf(std::string_view text) {
     Lines lines;
     while (!text.empty()) {
@@ -45,7 +45,7 @@ Lines linesOf(std::string_view text) {
     return lines;
 }
 
-/* The grid of two lists of lines, and the search through it. */
+/* The grid of two lists of lines, and the search for the path. */
 class Grid {
 public:
     Grid(const Lines& before, const Lines& after) : columns{before}, rows{after} {}
@@ -59,7 +59,7 @@ private:
 
         int& at(const int diagonal) { return furthest[std::size_t(diagonal + edits)]; }
         int at(const int diagonal) const { return furthest[std::size_t(diagonal + edits)]; }
-        /* Whether the next edit that reaches `diagonal` adds a line, and does not remove one. */
+        /* Whether the next edit that reaches `diagonal` adds a line instead of removing one. */
         bool goesOnByAdding(const int diagonal) const {
             return diagonal == -edits - 1 ||
                    (diagonal != edits + 1 && at(diagonal - 1) < at(diagonal + 1));
@@ -143,7 +143,7 @@ Edits Grid::replaceAll() const {
     return edits;
 }
 
-/* The edits with the common lines at both ends, which need no search. */
+/* All edits, including the common lines at both ends, which need no search. */
 Edits editsBetween(Lines before, Lines after) {
     const auto prefix =
         std::mismatch(before.begin(), before.end(), after.begin(), after.end()).first -
@@ -172,8 +172,8 @@ bool isChange(const Edit& edit) {
     return edit.kind != ' ';
 }
 
-/* The end of the hunk that begins with the change at `first`: changes share a hunk if no more kept
-   lines are between them than both show as context. */
+/* The end of the hunk that begins with the change at `first`: changes share a hunk if their
+   contexts touch. */
 Edits::const_iterator hunkEnd(Edits::const_iterator first, const Edits::const_iterator end) {
     while (true) {
         const auto kept = std::find_if_not(first, end, isChange);
@@ -197,12 +197,12 @@ public:
     std::string text;
 
 private:
-    /* Number of edits that are not `excluded`, so that belong to one of the two texts. */
+    /* Number of edits other than `excluded`: the lines of one of the two texts. */
     static std::ptrdiff_t countOf(Edits::const_iterator begin, Edits::const_iterator end,
                                   const char excluded) {
         return std::count_if(begin, end, [&](const Edit& edit) { return edit.kind != excluded; });
     }
-    /* A range that is empty has the number of the line before it. */
+    /* An empty range has the number of the line before it. */
     static std::string range(const std::ptrdiff_t passed, const std::ptrdiff_t count) {
         return std::to_string(passed + (count == 0 ? 0 : 1)) + "," + std::to_string(count);
     }

@@ -9,7 +9,7 @@ namespace VespermoorEngine::Host {
 /**
  * @brief The hunks of a unified diff from @p before to @p after, with three lines of context.
  *
- * Without the two lines that name the files, and empty if the texts are equal.
+ * Without the two lines that name the files; empty if the texts are equal.
  */
 std::string unifiedDiff(std::string_view before, std::string_view after);
 

@@ -17,7 +17,7 @@ namespace VespermoorEngine::Host {
 
 namespace {
 
-/* One value of the manifest, and its place as a JSON Pointer for messages. */
+/* A value of the manifest and, for messages, its JSON Pointer. */
 class Entry {
 public:
     Entry(const std::string& manifestPath, const rapidjson::Value& json, std::string pointer)
@@ -35,7 +35,7 @@ public:
     std::vector<Entry> elements() const;
     std::string string() const;
     std::string tag() const;
-    /* The path of a file, which is relative to the manifest. */
+    /* A file path, resolved against the manifest's directory. */
     std::string path() const;
 
 private:
@@ -105,7 +105,7 @@ std::string Entry::path() const {
     return Corrade::Utility::Path::join(Corrade::Utility::Path::split(manifest).first(), relative);
 }
 
-/* Without the form that begins with #, which is meant for URIs. */
+/* Excludes the form that begins with #, which is for URIs. */
 std::string readPointer(const Entry& entry) {
     const std::string pointer = entry.string();
     if ((!pointer.empty() && pointer.front() != '/') ||

@@ -12,14 +12,14 @@
 
 namespace VespermoorEngine::Host {
 
-/** @brief A template, and the elements that it is rendered for. */
+/** @brief A template, and the elements to render it for. */
 struct Rendering {
     /** @brief Path of the template. */
     std::string templatePath;
     /**
      * @brief JSON Pointer to an array or object, in the first data file that has it.
      *
-     * The template is rendered once for every element, or, without a pointer, just once.
+     * The template is rendered for every element, or once if there is no pointer.
      */
     std::optional<std::string> each;
     /** @brief Text between the elements. */
@@ -33,15 +33,15 @@ struct Region {
     Rendering content;
 };
 
-/** @brief A generated file: one rendering for the whole, or one for each of its regions. */
+/** @brief A generated file: one rendering for the whole file, or one per region. */
 struct OutputFile {
     std::string path;
-    /** @brief Paths of the data files, in the order in which they are searched. */
+    /** @brief Paths of the data files, in search order. */
     std::vector<std::string> data;
     /** @brief Used if there are no regions. */
     Rendering whole;
     std::vector<Region> regions;
-    /** @brief The data paths of other outputs that lead to this file. */
+    /** @brief The data paths by which other outputs name this file. */
     std::set<std::string> asInput;
 
     /** @brief Paths of the templates. */
@@ -60,9 +60,9 @@ struct OutputFile {
  * -    `template` and optionally `each` and `separator`, or `regions`: an array of objects with
  *      `start`, `end`, `template` and optionally `each` and `separator`.
  *
- * Its paths are relative to the manifest; those in the result begin as @p path does. The result has
- * the manifest's order. Throws @ref Failure with the file and the place in it if a member is
- * missing, unknown, repeated or of the wrong type.
+ * Paths in it are relative to the manifest; paths in the result begin with the directory of @p
+ * path. The result keeps the manifest's order. Throws @ref Failure with the file and the place in
+ * it if a member is missing, unknown, repeated or of the wrong type.
  */
 std::vector<OutputFile> readManifest(Containers::StringView path);
 

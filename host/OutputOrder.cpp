@@ -1,11 +1,11 @@
-/* The order of outputs that are made from one another: a topological sort that keeps the manifest's
-   order where it can.
+/* The order of outputs that depend on each other: a topological sort that keeps the manifest's
+   order as far as possible.
 
    Outputs are indices, and `sources[i]` holds the outputs that output i is made from. They are
-   found by comparing real paths, since one file can be spelled in many ways. The sort takes the
-   lowest index without unfinished sources, again and again, which costs a logarithm per output and
-   source. Whatever is left over waits for another one that is left over, so following the sources
-   must revisit one: that cycle is the message. */
+   found by comparing real paths, since one file can be spelled in many ways. The sort repeatedly
+   takes the lowest index without unfinished sources, which costs a logarithm per output and source.
+   Every output left over depends on another one left over, so following the sources must revisit
+   one; the message shows that cycle. */
 
 #include "OutputOrder.h"
 
@@ -22,7 +22,7 @@ namespace VespermoorEngine::Host {
 
 namespace {
 
-/* For each output the indices of other outputs. */
+/* Indices of other outputs, for each output. */
 using Relation = std::vector<std::set<std::size_t>>;
 
 [[noreturn]] void fail(const std::string& manifest, const std::size_t i,
@@ -41,7 +41,7 @@ std::map<std::string, std::size_t> outputsByPath(const std::string& manifest,
         if (path == own) {
             fail(manifest, i, "Is the manifest itself");
         }
-        /* Standard output and standard error often are the same terminal. */
+        /* Standard output and standard error are often the same terminal. */
         if (!found.emplace(path, i).second && !isStream(outputs[i].path)) {
             fail(manifest, i, "Another output is the same file");
         }
@@ -70,7 +70,7 @@ Relation findSources(const std::string& manifest, std::vector<OutputFile>& outpu
     return sources;
 }
 
-/* Reports the cycle that following the `unfinished` sources of output i leads to. */
+/* Reports the cycle that is found by following the `unfinished` sources of output i. */
 [[noreturn]] void failAtCycle(const std::string& manifest, const std::vector<OutputFile>& outputs,
                               const Relation& unfinished, std::size_t i) {
     std::vector<std::size_t> visited;

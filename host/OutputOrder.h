@@ -9,14 +9,14 @@
 namespace VespermoorEngine::Host {
 
 /**
- * @brief The @p outputs of the manifest at @p path, each after those that it is made from, and
- * otherwise in the order given.
+ * @brief Sorts the @p outputs of the manifest at @p path: each comes after the outputs it is made
+ * from, otherwise in the given order.
  *
- * Fills in @ref OutputFile::asInput. Two paths are the same file if they lead to the same place
- * when links are followed, however they are spelled.
+ * Fills in @ref OutputFile::asInput. Two paths are the same file if they resolve to the same place
+ * with all links followed.
  *
  * Throws @ref Failure if two outputs are the same file, if an output is the manifest or a template,
- * or if outputs are made from one another.
+ * or if outputs depend on each other in a cycle.
  */
 std::vector<OutputFile> inOrder(const std::string& path, std::vector<OutputFile> outputs);
 

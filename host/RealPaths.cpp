@@ -10,7 +10,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/* A directory that cannot be resolved, such as a loop of links, is told apart by its name. */
+/* A directory that cannot be resolved, such as a loop of links, is identified by its name. */
 std::string resolveDirectory(const std::string& directory) {
     std::error_code error;
     const fs::path absolute = fs::absolute(directory, error);

@@ -9,7 +9,7 @@ namespace VespermoorEngine::Host {
 /**
  * @brief Absolute paths without links, for files that may not exist yet.
  *
- * Every directory is resolved once, so an object serves one pass over many files and not longer.
+ * Every directory is resolved once and cached, so use an object for one pass over many files only.
  */
 class RealPaths {
 public:

@@ -54,7 +54,7 @@ void addRenderCommand(CLI::App& program) {
         ->add_option("--data", options->data,
                      "JSON documents; the first one that has a name decides its value; - for "
                      "standard input")
-        /* Otherwise a path in brackets is taken as a list. */
+        /* Otherwise CLI11 takes a path in brackets for a list. */
         ->expected(1, 1 << 20)
         ->allow_extra_args(false)
         ->required();

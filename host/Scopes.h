@@ -10,13 +10,13 @@
 
 namespace VespermoorEngine::Host {
 
-/** @brief The roots of JSON documents, as the list of scopes that a template is rendered for. */
+/** @brief The roots of JSON documents, as the list of scopes of a template. */
 class Scopes {
 public:
     /** @brief Appends the root of @p document, which is borrowed. */
     void add(rapidjson::Document& document);
 
-    /** @brief All roots, in the order in which they were added. */
+    /** @brief All roots, in the order of their addition. */
     Containers::ArrayView<const Containers::Reference<JsonObject>> all() const {
         return references;
     }

@@ -31,16 +31,16 @@ struct Options {
     std::vector<std::string> paths;
 };
 
-/* A file with a NUL in so much of its beginning is no text. */
+/* A file with a NUL among its first bytes, up to this number, is binary. */
 constexpr std::size_t binaryPrefix = 8192;
 
-/* Most bytes of a line that are printed: lines of generated files can be as long as the file. */
+/* Maximum printed bytes of a line: lines of generated files can be as long as the file. */
 constexpr std::size_t excerptSize = 200;
 
 /* Output is written in pieces of about this size. */
 constexpr std::size_t outputPiece = 65536;
 
-/* A match, and the rest of its line as far as it is printed. */
+/* A match and the printed part of its line. */
 struct Excerpt {
     Containers::StringView before, match, after;
 };
@@ -50,7 +50,7 @@ bool isContinuation(const char c) {
 }
 
 /* Cuts the line that begins at `lineBegin` to the excerpt around `match`. Linear in the size of the
-   excerpt and not of the line, which may be long and have many matches. */
+   excerpt, not of the line, which may be long and have many matches. */
 Excerpt excerptAround(Containers::StringView match, const char* const lineBegin,
                       const char* const textEnd) {
     match = match.prefix(match.findOr('\n', match.end()).begin());
@@ -63,11 +63,11 @@ Excerpt excerptAround(Containers::StringView match, const char* const lineBegin,
         std::min(std::size_t(match.begin() - lineBegin), std::max(room / 2, room - after));
     end = match.end() + std::min(after, room - before);
     const char* begin = match.begin() - before;
-    /* A line end of two bytes is not text either. */
+    /* Excludes the CR of a CRLF line end. */
     if (end != match.end() && end != textEnd && *end == '\n' && end[-1] == '\r') {
         --end;
     }
-    /* No half characters at either side. */
+    /* No partial characters at either end. */
     while (begin != match.begin() && begin != lineBegin && isContinuation(*begin)) {
         ++begin;
     }
@@ -79,7 +79,7 @@ Excerpt excerptAround(Containers::StringView match, const char* const lineBegin,
             {match.end(), std::size_t(end - match.end())}};
 }
 
-/* Text of a file: as it is in a pipe. A terminal gets no codes that could change it. */
+/* Text of a file: unchanged in a pipe, with control characters escaped on a terminal. */
 std::string shown(const Containers::StringView text) {
     static const bool onTerminal = isatty(STDOUT_FILENO);
     if (!onTerminal) {
@@ -93,7 +93,7 @@ std::string shown(const Containers::StringView text) {
     return line;
 }
 
-/* Whether the beginning of a regular file is no text. Another kind cannot be read twice. */
+/* Whether a regular file begins like a binary one. Other kinds cannot be read twice. */
 bool beginsBinary(const std::string& path) {
     std::error_code error;
     if (path == standardStream || !std::filesystem::is_regular_file(path, error)) {
@@ -165,7 +165,7 @@ void Search::searchFile(const std::string& path) {
     }
 }
 
-/* Matches that were found before are printed before. */
+/* Earlier matches are printed before the error. */
 void Search::report(const std::string& message) {
     print(std::exchange(output, {}));
     printError(message);

@@ -11,7 +11,7 @@ namespace {
 
 volatile std::sig_atomic_t arrived = 0;
 
-/* The alarm repeats: a call may begin to block just after a signal arrived. */
+/* The alarm repeats, since a call may start to block right after the signal. */
 extern "C" void noteSignal(int) {
     std::signal(SIGINT, SIG_IGN);
     std::signal(SIGTERM, SIG_IGN);
@@ -22,7 +22,7 @@ extern "C" void noteSignal(int) {
 } // namespace
 
 StopSignals::StopSignals() {
-    /* Without SA_RESTART, so that blocking calls are interrupted. */
+    /* No SA_RESTART, so that blocking calls are interrupted. */
     struct sigaction action {};
     action.sa_handler = noteSignal;
     sigemptyset(&awaited);
@@ -35,7 +35,7 @@ StopSignals::StopSignals() {
 
 bool StopSignals::arriveWithin(const std::chrono::nanoseconds time, const int descriptor) {
     const timespec timeout{time.count() / 1'000'000'000, time.count() % 1'000'000'000};
-    /* Blocked from the check to the wait, so that a signal in between ends the wait. */
+    /* Signals stay blocked from the check to the wait, so that one in between ends the wait. */
     sigset_t before;
     sigprocmask(SIG_BLOCK, &awaited, &before);
     if (!arrived) {

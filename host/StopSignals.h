@@ -7,19 +7,19 @@
 namespace VespermoorEngine::Host {
 
 /**
- * @brief Turns SIGINT and SIGTERM into something to wait for, in place of the end of the process.
+ * @brief Turns SIGINT and SIGTERM into an event to wait for, instead of ending the process.
  *
- * That holds from the construction to the end of the process, so a second signal does not change
- * how it ends. One signal counts for all objects. From then on calls of the system that block are
- * interrupted once a second, so that a stalled reader of the output cannot block the exit.
+ * The handlers stay installed until the process ends, so a second signal does not change the way it
+ * ends. One signal counts for all objects. After it, blocking system calls are interrupted once a
+ * second, so that a stalled reader of the output cannot block the exit.
  */
 class StopSignals {
 public:
     StopSignals();
 
     /**
-     * @brief Waits for a signal, at most @p time, and until @p descriptor is readable unless it is
-     * negative; returns whether a signal came, now or before.
+     * @brief Waits for a signal, for at most @p time, or until @p descriptor is readable unless it
+     * is negative. Returns whether a signal has arrived, now or earlier.
      */
     bool arriveWithin(std::chrono::nanoseconds time, int descriptor = -1);
 

@@ -22,7 +22,7 @@ std::string quoted(const Containers::StringView tag) {
     return "'" + std::string{tag} + "'";
 }
 
-/* The line ends of a text, which its first line decides. */
+/* The line ends of a text: those of its first line. */
 enum class LineEnds { None, Lf, CrLf };
 
 LineEnds lineEndsOf(const Containers::StringView text) {
@@ -46,7 +46,7 @@ std::string withLineEnds(const Containers::StringView text, const LineEnds ends)
     return result;
 }
 
-/* Replacements whose tags and contents have other line ends than those given. */
+/* Replacements with the line ends of their tags and contents converted. */
 class ConvertedReplacements {
 public:
     ConvertedReplacements(const Replacements given, const LineEnds ends) {
@@ -131,7 +131,7 @@ Containers::String replaceRegions(const Containers::StringView path,
     if (Utils::replaceTagContent(result.first(), replacements).first() != result.first()) {
         throw Failure{path, "the new content would form a tag with the text next to it"};
     }
-    /* The new content can bring in the first line end, or take it out. */
+    /* The new content can add or remove the first line end. */
     const ConvertedReplacements next{given, lineEndsOf(result.first())};
     if (Utils::replaceTagContent(result.first(), next.all()).first() != result.first()) {
         throw Failure{path, "the new content would mix line ends with the text around it"};

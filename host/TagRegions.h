@@ -13,9 +13,9 @@ namespace VespermoorEngine::Host {
  * are converted to those of its first line.
  *
  * Throws @ref Failure if a tag is missing, regions overlap, an end tag is not after its start tag,
- * or a content contains a tag, also if that tag only appears where the content meets its
- * surroundings. The library accepts all but the first two, and leaves out a region without tags;
- * here that is an error, since the user asked for this region.
+ * or a content contains a tag, even one that only forms together with the surrounding text. The
+ * library refuses only the first two, and ignores a region without tags; here that is an error,
+ * since the user asked for the region.
  */
 Containers::String replaceRegions(Containers::StringView path, Containers::StringView text,
                                   Containers::ArrayView<const Utils::TagReplacement> given);

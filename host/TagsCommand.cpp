@@ -18,7 +18,7 @@ namespace {
 
 struct Options {
     std::string path;
-    /* Three per region: start tag, end tag, and the file with the new content. */
+    /* Three per region: start tag, end tag, file with the new content. */
     std::vector<std::string> regions;
     std::string output;
 };

@@ -1,15 +1,14 @@
-/* Templates with the places of their failures, which the library's messages do not give.
+/* Finds the place of a template's failure, which the library's messages do not give.
 
    A prefix of a template that ends after a directive fails for the same reason as the whole
    template if and only if it includes the directive that fails: the directives before that one
-   succeed, and those after it are never reached. So the shortest prefix that fails alike is found
-   by bisection, which costs the logarithm of the number of directives in compilations and
-   renderings, and only after a failure.
+   succeed, and those after it are never reached. So bisection finds the shortest prefix that fails
+   for that reason. It costs a logarithmic number of compilations and renderings, and only after a
+   failure.
 
-   Two failures are different. A prefix also lacks an 'end' if it ends in text that the whole
-   template skips; but no skipped text goes past the last `end`, so only the directives after that
-   one are searched. And an unterminated directive is no part of any prefix; the scan for directives
-   finds it. */
+   Two failures need care. A prefix also lacks an 'end' if it ends in text that the whole template
+   skips; but no skipped text goes past the last `end`, so only the directives after that one are
+   searched. An unterminated directive is not in any prefix; the scan for directives finds it. */
 
 #include "Templates.h"
 
@@ -37,7 +36,7 @@ using ScopeList = Containers::ArrayView<const Containers::Reference<JsonObject>>
 
 constexpr const char* missingEnd = "Missing 'end'";
 
-/* Where a directive begins and ends in the source, delimiters included. */
+/* Range of a directive in the source, delimiters included. */
 struct Directive {
     std::size_t begin;
     std::size_t end;
@@ -65,7 +64,7 @@ std::vector<Directive> directivesOf(const std::string_view source) {
     return directives;
 }
 
-/* Adds a remedy to the messages of the library that puzzle those who know other templates. */
+/* Adds a remedy to library messages that puzzle users of other template languages. */
 std::string explained(const std::string& reason) {
     if (reason == "Undefined name else") {
         return reason + " (templates have no else; write a second if)";
@@ -76,7 +75,7 @@ std::string explained(const std::string& reason) {
     return reason;
 }
 
-/* The lines that the library printed as one reason, without the names of its functions. */
+/* Joins the library's lines into one reason, without the names of its functions. */
 std::string reasonFrom(const std::string& printed) {
     std::istringstream lines{printed};
     std::string reason;
@@ -88,7 +87,8 @@ std::string reasonFrom(const std::string& printed) {
     return reason;
 }
 
-/* Why `action` failed, or nothing. Only what is printed tells: an empty output can be a success. */
+/* The reason why `action` failed, or nothing. Only the messages tell: empty output can be a
+   success. */
 template <class Action>
 std::string failureOf(const Action& action) {
     std::ostringstream printed;
@@ -105,7 +105,7 @@ std::string failureOfPrefix(const NamedTemplate& source, const std::size_t size,
     return failureOf([&] { Template{prefix}.render(scopes); });
 }
 
-/* Where the directive begins for which rendering `source` fails with `reason`. */
+/* Offset of the directive that makes rendering `source` fail with `reason`. */
 std::size_t findFailure(const NamedTemplate& source, const ScopeList scopes,
                         const std::string& reason) {
     const std::vector<Directive> directives =
@@ -130,7 +130,7 @@ NamedTemplate readTemplate(const Containers::StringView path) {
     return compileTemplate(path, readFile(path));
 }
 
-/* The library ends a template at a zero byte without a message. */
+/* The library silently ends a template at a NUL. */
 NamedTemplate compileTemplate(const Containers::StringView path, Containers::String source) {
     const std::string_view text{source.data(), source.size()};
     const std::size_t zero = text.find('\0');

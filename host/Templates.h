@@ -8,7 +8,7 @@
 
 namespace VespermoorEngine::Host {
 
-/** @brief A compiled template with its path and its text, which messages about it need. */
+/** @brief A compiled template, with its path and text for messages. */
 struct NamedTemplate {
     Containers::String path;
     Containers::String source;
@@ -27,7 +27,7 @@ NamedTemplate readTemplate(Containers::StringView path);
 NamedTemplate compileTemplate(Containers::StringView path, Containers::String source);
 
 /**
- * @brief Renders @p source against @p scopes, the first of which that has a name decides its value.
+ * @brief Renders @p source against @p scopes. The first scope that has a name gives its value.
  *
  * Throws @ref Failure with the place of the first directive that fails and the reason, in the form
  * `title.tmpl:3:14: Undefined name user.name`.

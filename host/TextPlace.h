@@ -11,7 +11,7 @@ namespace VespermoorEngine::Host {
 /**
  * @brief The place @p offset of the @p text in the file @p path, in the form `path:line:column`.
  *
- * Line and column count from 1, the column in bytes. An offset past the end is the end.
+ * Line and column count from 1, the column in bytes. An offset past the end counts as the end.
  */
 Containers::String textPlace(Containers::StringView path, Containers::StringView text,
                              std::size_t offset);

@@ -22,7 +22,7 @@ namespace VespermoorEngine::Host {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-/* Floating point, so that no number of seconds overflows it. */
+/* Floating point, so that no number of seconds overflows. */
 using Seconds = std::chrono::duration<double>;
 
 struct Options {
@@ -32,15 +32,15 @@ struct Options {
     std::vector<std::string> exclusions;
     std::string format;
     bool null = false;
-    /* As joinExecCommand() makes it; empty if there is no program to run. */
+    /* The joined command of joinExecCommand(); empty if there is no program to run. */
     std::string exec;
     bool repeats = false;
 };
 
-/* Longest time that changes wait for others of the same moment before a program starts. */
+/* How long a collected change waits for more before the program starts. */
 constexpr Seconds collectingTick = std::chrono::milliseconds{50};
 
-/* Parts of what joinExecCommand() makes. */
+/* Splits the joined command of joinExecCommand(). */
 std::vector<std::string> splitWords(const std::string& joined) {
     std::vector<std::string> words;
     std::istringstream stream{joined};

@@ -23,9 +23,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/* The path and what it leads to: a link is an entry of its own, which does not change when its
-   target does. Of a link to a directory only the target, since the library looks no deeper through
-   a link than one level. */
+/* The path and, for a link, its target too: a link is an entry of its own and does not change with
+   its target. For a link to a directory only the target, since the library watches just one level
+   through a link. */
 std::vector<std::string> resolved(const std::string& name) {
     std::error_code error;
     const std::string path{Path::absolute(name)};
@@ -52,7 +52,7 @@ std::string withoutTrailingSlashes(std::string glob) {
     return glob;
 }
 
-/* The library leaves its descriptor open in programs that are started, as its hosts expect. */
+/* The library lets started programs inherit its descriptor, as its hosts expect. */
 void closeInotifyOnExec() {
     std::error_code error;
     for (const fs::directory_entry& entry : fs::directory_iterator{"/proc/self/fd", error}) {
@@ -110,8 +110,8 @@ void WatchedPaths::add(const std::string& name, const std::string& path) {
     roots.push_back(std::move(root));
 }
 
-/* The roots hear a change one after the other, in their order. The same change again at a later
-   root is therefore one that is listed already. */
+/* The roots report a change one after the other, in order, so the same change from a later root is
+   a duplicate. */
 void WatchedPaths::hear(const std::size_t position, const Containers::StringView path,
                         const FileWatch::Event event) {
     const Root& root = roots[position];
@@ -143,7 +143,8 @@ bool WatchedPaths::isOwnOutput(const std::string& path) const {
                       std::pair<std::uint64_t, std::uint64_t>{status.st_dev, status.st_ino}) != 0;
 }
 
-/* Directories are looked at first, so that what changed before one went is heard. */
+/* Directories are checked before the update, so that changes made before one went away are
+   reported. */
 std::vector<Change> WatchedPaths::takeChanges() {
     std::vector<std::pair<Root*, std::string>> gone;
     for (Root& root : roots) {
@@ -167,7 +168,7 @@ bool WatchedPaths::anyLeft() const {
     return std::any_of(roots.begin(), roots.end(), [](const Root& root) { return !root.gone; });
 }
 
-/* Nothing, with the system's error in `errno`, if it cannot be told. */
+/* Empty, with `errno` set, if the system cannot tell. */
 std::optional<WatchedPaths::Identity> WatchedPaths::identityOf(const std::string& directory) {
     struct statx status {};
     if (statx(AT_FDCWD, directory.data(), 0, STATX_INO | STATX_BTIME, &status) != 0) {
@@ -177,7 +178,7 @@ std::optional<WatchedPaths::Identity> WatchedPaths::identityOf(const std::string
                     status.stx_btime.tv_sec, status.stx_btime.tv_nsec};
 }
 
-/* Nothing if the directory is still there, as far as it can be told. */
+/* Empty if the directory is still there, or if the system cannot tell. */
 std::optional<std::string> WatchedPaths::whyGone(const Root& root) {
     const std::optional<Identity> identity = identityOf(root.directory);
     const std::string subject = root.file.empty() ? "the directory" : "its directory";

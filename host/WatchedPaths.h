@@ -14,27 +14,27 @@
 
 namespace VespermoorEngine::Host {
 
-/** @brief Absolute path of a changed entry, and what happened to it. */
+/** @brief Absolute path of a changed entry, and the kind of change. */
 struct Change {
     std::string path;
     FileWatch::Event event;
 };
 
 /**
- * @brief Directories, with all below them, and files whose changes the user asked for.
+ * @brief The directory trees and files whose changes the user asked for.
  *
- * Adds to @ref FileWatch what a user expects on top of it: of a file only its own changes, through
- * a link too; globs of what to leave out; a line for a directory that goes away. Changes of files
- * that standard output or standard error go to are left out, since printing them would cause the
- * next one.
+ * Adds to @ref FileWatch the behaviour that users expect: a file reports only its own changes,
+ * through a link too; globs exclude entries; a directory that goes away is reported. Changes of the
+ * files that are standard output and standard error are left out, since printing them would cause
+ * the next one.
  */
 class WatchedPaths {
 public:
     /**
-     * @brief Watches @p paths, and passes on to @p errors what the library reports.
+     * @brief Watches @p paths, and passes the library's messages on to @p errors.
      *
-     * @p exclusions are globs as of fnmatch(3). One leaves out entries if it matches their path
-     * below the watched directory, the beginning of that path up to a slash, or a name in it.
+     * @p exclusions are globs as of fnmatch(3). A glob excludes an entry if it matches the entry's
+     * path below the watched directory, the beginning of that path up to a slash, or a name in it.
      * Throws @ref Failure if a path does not exist or cannot be watched.
      */
     WatchedPaths(const std::vector<std::string>& paths, std::vector<std::string> exclusions,
@@ -46,9 +46,9 @@ public:
     std::size_t directoryCount() const { return watch.directoryCount(); }
 
     /**
-     * @brief The changes since the last call, each once however many paths it concerns.
+     * @brief The changes since the last call, each once even if several paths report it.
      *
-     * A watched directory that has gone is an error and not watched any more.
+     * A watched directory that went away is reported as an error and no longer watched.
      */
     std::vector<Change> takeChanges();
 
@@ -56,12 +56,12 @@ public:
     bool anyLeft() const;
 
 private:
-    /* Device, inode and time of birth. The next directory often gets the inode of the one that was
-       deleted last. */
+    /* Device, inode and birth time, since a new directory often gets the inode of the last deleted
+       one. */
     using Identity =
         std::tuple<std::uint32_t, std::uint32_t, std::uint64_t, std::int64_t, std::uint32_t>;
     struct Root {
-        /* The name that the user gave. */
+        /* The path as the user gave it. */
         std::string name;
         /* Absolute path of the directory, or of the one that holds the file. */
         std::string directory;
@@ -81,10 +81,10 @@ private:
     std::vector<std::string> exclusions;
     ErrorQueue& errors;
     std::vector<Root> roots;
-    /* Device and inode of the regular files that are standard output and standard error. */
+    /* Device and inode of standard output and standard error, if they are regular files. */
     std::vector<std::pair<std::uint64_t, std::uint64_t>> ownOutputs;
     std::vector<Change> changes;
-    /* Root that heard the last of the changes. */
+    /* The root that reported the last change. */
     std::size_t lastPosition = 0;
     FileWatch watch;
 };

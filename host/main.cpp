@@ -32,8 +32,7 @@ constexpr const char* usualLines =
     "  vespermoor-utils root\n"
     "  vespermoor-utils watch DIRECTORY";
 
-/* The number of bytes to insert, remove or replace to make `to` from `from`; nothing if one begins
-   with all of the other. */
+/* Edit distance in bytes from `from` to `to`; 0 if `from` is a prefix of `to`. */
 std::size_t distance(const std::string& from, const std::string& to) {
     if (to.compare(0, from.size(), from) == 0) {
         return 0;
@@ -61,7 +60,7 @@ std::string nearestCommand(const CLI::App& program, const std::string& typed) {
     return nearest;
 }
 
-/* What was wrong with the command line. CLI11 only says that it found no command. */
+/* The error in the command line. CLI11 only says that it found no command. */
 std::string usageError(const CLI::App& program, const CLI::ParseError& error) {
     const std::vector<std::string> unknown = program.remaining();
     if (!program.get_subcommands().empty() || unknown.empty()) {
