@@ -4,6 +4,7 @@
 
 #include "Processes.h"
 #include "Support.h"
+#include "Tree.h"
 #include "VespermoorEditor/Utils/System.h"
 
 namespace VespermoorEngine::Test {
@@ -15,6 +16,9 @@ using Filters = std::initializer_list<Containers::StringView>;
 using Texts = std::vector<std::string>;
 
 const std::string title = "It's a \"title\" \xc3\xa4 \xe6\xbc\xa2";
+
+/* What a shell would act on, a newline, a dash at the start. */
+const std::string odd = "-a 'b' \"c\"\n$(d) `e` \\ | %s";
 
 std::string openFiles(const std::string& path, const bool multiple, const Filters filters = {}) {
     std::string lines;
@@ -32,61 +36,64 @@ std::string openFolder(const std::string& path) {
     return text(openFolderDialog(view(title), view(path)));
 }
 
-/* The result of a dialog that a stub of zenity answers, and the options that the stub got. With @
-   for the directory of the test, which holds `file.txt`. */
-template <class Show>
-Texts shown(const char* const answer, const Show show) {
-    const TemporaryDirectory directory;
-    writeFile(directory / "file.txt", "");
-    writeFile(directory / "answer", answer);
-    writeRecorder(directory, "bin/zenity", "cat answer");
-    const ScopedVariable path{"PATH", directory / "bin:" + std::getenv("PATH")};
-    const ScopedVariable desktop{"XDG_SESSION_DESKTOP", "gnome"};
-    const ScopedCurrentDirectory current{directory.path()};
-    ChildProcess dialog{[&] { return show(directory.path()); }};
-    Texts all{dialog.result(1min).value_or("goes on")};
-    for (const std::string& option : recordedOptions(directory)) {
-        all.push_back(option);
-    }
-    return all;
+std::string notify(const NotificationIcon icon) {
+    notification(view(title), view(odd), icon);
+    return "";
 }
 
-Texts dialog(const char* const result, const std::string& start, const Texts& further) {
-    Texts all{result, "--file-selection", "--filename=" + start, "--title=" + title,
-              "--separator=\n"};
-    all.insert(all.end(), further.begin(), further.end());
-    return all;
+template <class... T>
+Texts texts(const T&... all) {
+    return {all...};
 }
+
+template <class... T>
+Texts dialog(const std::string& start, const T&... further) {
+    return {"--file-selection", "--filename=" + start, "--title=" + title,
+            "--separator=\n",   "--confirm-overwrite", further...};
+}
+
+const Filters textFiles = {"Text", "*.txt"};
+const Filters several = {view(odd), "*.a *.b", "All", "*", "no pattern"};
+
+/* What a helper answers, the result, and what it was asked. The current directory holds `bin/`. */
+const struct {
+    const char* helper;
+    std::string (*show)();
+    const char* answer;
+    const char* result;
+    Texts options;
+} handOvers[]{
+    {"zenity", [] { return openFiles("bin/which", false); }, "/a b\n", "/a b|",
+     dialog("bin/which")},
+    {"zenity", [] { return openFiles("bin/none/x", false); }, "/a\nb\nc\n", "/a\nb\nc|",
+     dialog("bin/")},
+    {"zenity", [] { return openFiles("/none/such/x", true); }, "/b\n/a\n/c\n", "/b|/a|/c|",
+     dialog("/", "--multiple")},
+    {"zenity", [] { return openFiles("none/x", false, several); }, "", "",
+     dialog("", "--file-filter=" + odd + "|*.a *.b", "--file-filter=All|*")},
+    {"zenity", [] { return saveFile("bin/x", textFiles); }, "/new\n", "/new",
+     dialog("bin/", "--save", "--file-filter=Text|*.txt")},
+    {"zenity", [] { return openFolder("bin/x"); }, "/a b\n", "/a b",
+     dialog("bin/x", "--directory")},
+    {"zenity", [] { return notify(NotificationIcon::Error); }, "", "",
+     texts("--notification", "--window-icon=error", "--text=" + title + '\n' + odd)},
+    {"kdialog", [] { return openFiles("bin", true, several); }, "/b\n/a\n", "/b|/a|",
+     texts("--getopenfilename", "--multiple", "--separate-output", "--title=" + title, "bin",
+           odd + "(*.a *.b) | All(*)")},
+    {"kdialog", [] { return openFolder(odd); }, "/a/\n", "/a",
+     texts("--getexistingdirectory", "--title=" + title, odd, "")},
+    {"kdialog", [] { return notify(NotificationIcon::Warning); }, "", "",
+     texts("--icon=warning", "--title=" + title, "--passivepopup=" + odd, "5")},
+};
 
 TEST(Dialogs, HandOverToTheHelper) {
-    const std::string confirm = "--confirm-overwrite";
-    EXPECT_EQ(shown("/a b\n", [](auto& d) { return openFiles(d + "/file.txt", false); }),
-              dialog("/a b|", "@/file.txt", {confirm}));
-    EXPECT_EQ(shown("/a\nb\nc\n", [](auto& d) { return openFiles(d, false); }),
-              dialog("/a\nb\nc|", "@/", {confirm}));
-    EXPECT_EQ(shown("/b\n/a\n/c\n", [](auto& d) { return openFiles(d, true); }),
-              dialog("/b|/a|/c|", "@/", {confirm, "--multiple"}));
-    const Filters filters{"A", "*.a *.b", "All", "*", "odd"};
-    EXPECT_EQ(shown("", [&](auto& d) { return openFiles(d, false, filters); }),
-              dialog("", "@/",
-                     {"--file-filter=A|*.a *.b", "--file-filter=All|*", "--confirm-overwrite"}));
-    EXPECT_EQ(shown("", [](auto&) { return openFiles("/none/such/x", false); }),
-              dialog("", "/", {confirm}));
-    EXPECT_EQ(shown("", [](auto&) { return saveFile("none/x"); }),
-              dialog("", "", {"--save", confirm}));
-    EXPECT_EQ(shown("/new\n",
-                    [](auto& d) {
-                        return saveFile(d + "/none/x", {"Text", "*.txt"});
-                    }),
-              dialog("/new", "@/", {"--file-filter=Text|*.txt", "--save", confirm}));
-    EXPECT_EQ(shown("/a b\n", [](auto& d) { return openFolder(d + "/none/x"); }),
-              dialog("/a b", "@/none/x", {"--directory", confirm}));
-    const auto notify = [](auto&) {
-        notification(view(title), "--a \"message\"", NotificationIcon::Error);
-        return "";
-    };
-    EXPECT_EQ(shown("", notify), (Texts{"", "--notification", "--window-icon=error",
-                                        "--text=" + title + "\n--a \"message\""}));
+    for (const auto& row : handOvers) {
+        SCOPED_TRACE(testing::PrintToString(row.options));
+        const Stubs stubs{{std::string{"bin/"} + row.helper}, "/bin/cat answer"};
+        writeFile("answer", row.answer);
+        EXPECT_EQ(Stubs::result(row.show), row.result);
+        EXPECT_THAT(stubs.options(), testing::UnorderedElementsAreArray(row.options));
+    }
 }
 
 /* A display with nothing on it, a home and a runtime folder. The server keeps going when its last
@@ -118,84 +125,75 @@ private:
     const ScopedVariable _accessibility{"NO_AT_BRIDGE", "1"};
     const ScopedVariable _settings{"GSETTINGS_BACKEND", "memory"};
     const ScopedVariable _locale{"LC_ALL", "C.UTF-8"};
+    const ScopedCurrentDirectory _current{directory.path()};
 };
-
-/* The window on the display that has a name, as xdotool knows it; empty if there is none yet. */
-std::string namedWindow() {
-    const std::string windows = outputOf("xdotool search --onlyvisible --name . 2> /dev/null");
-    return windows.substr(0, windows.find('\n'));
-}
 
 /* Types the keys until the dialog has closed: keys that are typed before the chooser has read the
    folder have no effect. */
 std::optional<std::string> typeUntilClosed(ChildProcess& dialog, const std::string& keys) {
+    const std::string search = "xdotool search --onlyvisible --name . 2> /dev/null | head -n 1";
     std::string window;
-    waitUntil([&] { return !(window = namedWindow()).empty() || dialog.result(0s); });
+    waitUntil([&] { return !(window = outputOf(search)).empty() || dialog.result(0s); });
+    window = window.substr(0, window.find('\n'));
     EXPECT_THAT(outputOf("xdotool getwindowname " + window), testing::StartsWith(title));
     std::optional<std::string> result;
     for (int attempt = 0; attempt != 60 && !result; ++attempt) {
-        outputOf("xdotool windowfocus " + window + ' ' + keys + " 2> /dev/null");
+        outputOf("xdotool windowfocus " + window + " key " + keys + " 2> /dev/null");
         result = dialog.result(1s);
     }
     return result;
 }
 
-/* The window opens where the missing file would be. */
-std::string pick(const std::string& directory) {
-    return openFiles(directory + "/files/none/x.txt", false);
+/* The folder is the one where a missing file would be. */
+std::string pick() {
+    return openFiles(fs::absolute("files/none/x.txt"), false);
 }
 
-std::string pickSeveral(const std::string& directory) {
-    return openFiles(directory + "/files", true, {"Text", "*.txt"});
+std::string pickSeveral() {
+    return openFiles(fs::absolute("files"), true, {"Text", "*.txt"});
 }
 
-std::string save(const std::string& directory) {
-    return saveFile(directory + "/files/none/x.txt");
+std::string save() {
+    return saveFile(fs::absolute("files/none/x.txt"));
 }
 
 /* zenity starts in the folder above, with the given one selected. */
-std::string pickFolder(const std::string& directory) {
-    return openFolder(directory + "/home");
+std::string pickFolder() {
+    return openFolder(fs::absolute("home"));
 }
 
-struct HelperRow {
-    const char* helper;
+const struct {
     const char* desktop;
-    std::string (*show)(const std::string& directory);
+    std::string (*show)();
     const char* keys;
     const char* result;
-};
-
-const char* const zenity = "zenity";
-const char* const kdialog = "kdialog";
-const HelperRow helperRows[]{
-    {zenity, "gnome", pick, "ctrl+l ctrl+a type --args 1 b.txt key Return", "@/files/b.txt|"},
-    {zenity, "gnome", pickSeveral, "ctrl+a key Return", "@/files/a.txt|@/files/b.txt|"},
-    {zenity, "gnome", save, "ctrl+a type --args 1 new.txt key Return", "@/files/new.txt"},
-    {zenity, "gnome", pickFolder, "ctrl+l ctrl+a type --args 1 home/in key Return", "@/home/in"},
-    {zenity, "gnome", pick, "Escape", ""},
-    {kdialog, "KDE", pick, "ctrl+a type --args 1 b.txt key Return", "@/files/b.txt|"},
-    {kdialog, "KDE", pickSeveral, "ctrl+a type --args 1 '\"a.txt\" \"b.txt\"' key Return",
+} helperRows[]{
+    {"gnome", pick, "ctrl+l ctrl+a type --args 1 b.txt key Return", "@/files/b.txt|"},
+    {"gnome", pickSeveral, "ctrl+a key Return", "@/files/a.txt|@/files/b.txt|"},
+    {"gnome", save, "ctrl+a type --args 1 new.txt key Return", "@/files/new.txt"},
+    {"gnome", pickFolder, "ctrl+l ctrl+a type --args 1 home/in key Return", "@/home/in"},
+    {"gnome", pick, "Escape", ""},
+    {"KDE", pick, "ctrl+a type --args 1 b.txt key Return", "@/files/b.txt|"},
+    {"KDE", pickSeveral, "ctrl+a type --args 1 '\"a.txt\" \"b.txt\"' key Return",
      "@/files/a.txt|@/files/b.txt|"},
-    {kdialog, "KDE", save, "ctrl+a type --args 1 new.txt key Return", "@/files/new.txt"},
-    {kdialog, "KDE", pickFolder, "ctrl+a type --args 1 new key Return", "@/home/new"},
-    {kdialog, "KDE", pick, "Escape", ""},
+    {"KDE", save, "ctrl+a type --args 1 new.txt key Return", "@/files/new.txt"},
+    {"KDE", pickFolder, "ctrl+a type --args 1 new key Return", "@/home/new"},
+    {"KDE", pick, "Escape", ""},
 };
 
 TEST(RealHelper, GivesTheUsersChoice) {
-    const std::string missing = missingPrograms("Xvfb xdotool zenity kdialog");
+    const std::string missing = outputOf("for program in Xvfb xdotool zenity kdialog; do "
+                                         "command -v $program > /dev/null || echo $program; done");
     if (!missing.empty()) {
         GTEST_SKIP() << "not installed: " << missing;
     }
     const Desktop desktop;
-    writeFile(desktop.directory / "files/a.txt", "");
-    writeFile(desktop.directory / "files/b.txt", "");
-    fs::create_directories(desktop.directory / "home/in");
-    for (const HelperRow& row : helperRows) {
-        SCOPED_TRACE(std::string{row.helper} + ": " + row.keys);
+    makeTree(desktop.directory.path(), {"files/a.txt", "files/b.txt", "home/in/"});
+    for (const auto& row : helperRows) {
+        SCOPED_TRACE(std::string{row.desktop} + ": " + row.keys);
         const ScopedVariable preferred{"XDG_SESSION_DESKTOP", row.desktop};
-        ChildProcess dialog{[&] { return row.show(desktop.directory.path()); }};
-        const auto result = typeUntilClosed(dialog, std::string{"key "} + row.keys);
+        ChildProcess dialog{row.show};
+        const auto result = typeUntilClosed(dialog, row.keys);
         ASSERT_TRUE(result);
         EXPECT_EQ(desktop.directory.shortened(*result), row.result);
     }

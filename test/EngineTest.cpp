@@ -2,6 +2,7 @@
 
 #include "Processes.h"
 #include "Support.h"
+#include "Tree.h"
 #include "VespermoorEngine/Function.h"
 #include "VespermoorEngine/Path.h"
 #include "VespermoorEngine/StringArray.h"
@@ -71,10 +72,8 @@ TEST(PathTest, AbsoluteNormalisesAsText) {
     const TemporaryDirectory directory;
     const ScopedCurrentDirectory current{directory.path()};
     const std::pair<const char*, std::string> rows[]{
-        {"/a/b.c/d", "/a/b.c/d"}, {"///", "/"},
-        {"/a/./b/.", "/a/b"},     {"/a/b/../c", "/a/c"},
-        {"/a/..", "/"},           {"/../../a", "/a"},
-        {"//a///b//", "/a/b"},    {"/..a/b../...", "/..a/b../..."},
+        {"/a/b.c/d", "/a/b.c/d"}, {"///", "/"},       {"/a/./b/.", "/a/b"},
+        {"/a/b/../c", "/a/c"},    {"/../../a", "/a"}, {"/..a/b../...//", "/..a/b../..."},
         {"x/./y", "@/x/y"},       {"", "@"}};
     for (const auto& [path, expected] : rows) {
         EXPECT_EQ(text(Path::absolute(path)), directory.expanded(expected)) << path;
@@ -85,16 +84,13 @@ TEST(PathTest, AbsoluteNormalisesAsText) {
 }
 
 TEST(PathTest, IsParentPathComparesComponents) {
-    const std::pair<const char*, const char*> above[]{
-        {"/a", "/a/b"}, {"/a", "/a/b/c/d"}, {"/a/", "/a/b"}, {"a", "a/b"}, {"/", "/a"}};
-    const std::pair<const char*, const char*> notAbove[]{
-        {"/", "/"},          {"/a/b", "/a/b"}, {"/a", "/a/"}, {"/a/", "/a"}, {"/a/b", "/a/bc"},
-        {"/a/b", "/a/bc/d"}, {"/a/b", "/a"},   {"", "/a"},    {"/a", ""}};
-    for (const auto& [directory, path] : above) {
-        EXPECT_TRUE(Path::isParentPath(directory, path)) << directory << " above " << path;
-    }
-    for (const auto& [directory, path] : notAbove) {
-        EXPECT_FALSE(Path::isParentPath(directory, path)) << directory << " above " << path;
+    const std::tuple<const char*, const char*, bool> rows[]{
+        {"/a", "/a/b/c", true}, {"/a/", "/a/b", true},    {"a", "a/b", true},
+        {"/", "/a", true},      {"/", "/", false},        {"/a", "/a/", false},
+        {"/a/", "/a", false},   {"/a/b", "/a/bc", false}, {"/a/b", "/a", false},
+        {"", "/a", false}};
+    for (const auto& [directory, path, expected] : rows) {
+        EXPECT_EQ(Path::isParentPath(directory, path), expected) << directory << " above " << path;
     }
 }
 
@@ -102,12 +98,9 @@ TEST(PathTest, IsParentPathComparesComponents) {
 TEST(PathTest, UpwardsSearchFindsTheNearestDirectory) {
     const TemporaryDirectory directory;
     const ScopedCurrentDirectory current{directory.path()};
-    for (const char* const file : {"marker", "a/b/marker", "a/b/file", "a/b/c/d/marker2"}) {
-        writeFile(directory / file, "");
-    }
+    makeTree(directory.path(), {"marker", "a/b/marker", "a/b/file", "a/b/c/d/marker2"});
     const std::tuple<const char*, const char*, const char*> rows[]{{"@/a/b/c/d", "marker", "@/a/b"},
                                                                    {"@/a//", "marker", "@"},
-                                                                   {"@/a/b", "marker", "@/a/b"},
                                                                    {"@/not/there", "marker", "@"},
                                                                    {"@/a", "proc", "/"},
                                                                    {"@/a", "nowhere", ""},

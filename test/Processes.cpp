@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <set>
+#include <regex>
 #include <stdexcept>
 
 #include <fcntl.h>
@@ -68,20 +68,20 @@ ScopedCurrentDirectory::~ScopedCurrentDirectory() {
     fs::current_path(_before, ignored);
 }
 
-std::string missingPrograms(const std::string& programs) {
-    return outputOf("for program in " + programs +
-                    "; do command -v $program > /dev/null || printf '%s ' $program; done");
+/* The links are what a header runs to find a helper, or in place of one. */
+Stubs::Stubs(const std::vector<std::string>& paths, const std::string& commands) {
+    fs::create_directories("bin");
+    fs::create_symlink("/usr/bin/which", "bin/which");
+    fs::create_symlink("/bin/echo", "bin/echo");
+    for (const std::string& path : paths) {
+        writeFile(directory / path, "#!/bin/sh\n"
+                                    R"(printf '%s\0' "$0" "$PWD" "$@" >> ')" +
+                                        directory / "record" + "'\n" + commands + '\n');
+        fs::permissions(path, fs::perms::owner_all);
+    }
 }
 
-void writeRecorder(const TemporaryDirectory& directory, const std::string& name,
-                   const std::string& commands) {
-    writeFile(directory / name, "#!/bin/sh\n"
-                                R"(printf '%s\0' "$0" "$PWD" "$@" >> ')" +
-                                    directory / "record" + "'\n" + commands + '\n');
-    fs::permissions(directory / name, fs::perms::owner_all);
-}
-
-std::vector<std::string> recorded(const TemporaryDirectory& directory) {
+std::vector<std::string> Stubs::runs() const {
     std::ifstream file{directory / "record", std::ios::binary};
     std::vector<std::string> all;
     for (std::string text; std::getline(file, text, '\0');) {
@@ -90,21 +90,33 @@ std::vector<std::string> recorded(const TemporaryDirectory& directory) {
     return all;
 }
 
-std::vector<std::string> recordedOptions(const TemporaryDirectory& directory) {
-    const std::set<std::string> withValue{"--title", "--file-filter",  "--window-icon",
-                                          "--text",  "--passivepopup", "--icon"};
-    const std::vector<std::string> all = recorded(directory);
+std::vector<std::string> Stubs::options() const {
+    const std::regex hasValue{"--(title|file-filter|window-icon|text|passivepopup|icon)"};
+    const std::vector<std::string> all = runs();
     std::vector<std::string> options;
     for (std::size_t i = 2; i < all.size(); ++i) {
-        if (all[i] == "--") {
-            continue;
-        }
-        options.push_back(all[i]);
-        if (withValue.count(all[i]) && i + 1 < all.size()) {
-            options.back() += '=' + all[++i];
+        if (i + 1 < all.size() && std::regex_match(all[i], hasValue)) {
+            options.push_back(all[i] + '=' + all[i + 1]);
+            ++i;
+        } else if (all[i] != "--") {
+            options.push_back(all[i]);
         }
     }
     return options;
+}
+
+std::string Stubs::result(const std::function<std::string()>& show) {
+    ChildProcess dialog{[&]() -> std::string {
+        const auto descriptors = [] {
+            return std::distance(fs::directory_iterator{"/proc/self/fd"}, {});
+        };
+        const auto before = descriptors();
+        const std::string result = show();
+        return waitpid(-1, nullptr, WNOHANG) != -1 ? "a child is left"
+               : descriptors() != before           ? "a descriptor is left"
+                                                   : result;
+    }};
+    return dialog.result().value_or("the dialog goes on");
 }
 
 ChildProcess::ChildProcess(const std::string& command)
@@ -165,7 +177,7 @@ int unprivileged(const std::function<int()>& operation) {
         const bool dropped = geteuid() != 0 || (setgid(65534) == 0 && setuid(65534) == 0);
         return dropped ? std::to_string(operation()) : "-1";
     }};
-    return std::stoi(child.result(std::chrono::minutes{1}).value_or("-1"));
+    return std::stoi(child.result().value_or("-1"));
 }
 
 std::string outputOf(const std::string& command) {
@@ -183,7 +195,7 @@ std::optional<std::string> resultWithMount(const std::string& path,
                                            const std::function<std::string()>& operation) {
     const std::string refused = "not mounted";
     ChildProcess child{[&] { return mountPrivately(path) ? operation() : refused; }};
-    const std::string result = child.result(std::chrono::minutes{1}).value_or("it goes on");
+    const std::string result = child.result().value_or("it goes on");
     return result == refused ? std::nullopt : std::optional{result};
 }
 

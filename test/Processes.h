@@ -33,31 +33,47 @@ private:
     std::string _before;
 };
 
-/** @brief The @p programs that `PATH` does not lead to, with blanks in between. */
-std::string missingPrograms(const std::string& programs);
-
 /**
- * @brief Makes @p name a program that adds to the file `record` of @p directory how it was run.
+ * @brief Programs that record how they are run, in a directory that is the current one.
  *
- * Then it does what the shell's @p commands say.
+ * `PATH` leads to its folder `bin` only.
  */
-void writeRecorder(const TemporaryDirectory& directory, const std::string& name,
-                   const std::string& commands = {});
+class Stubs {
+public:
+    /** @brief Each of the programs at @p paths records its run and does what @p commands say. */
+    explicit Stubs(const std::vector<std::string>& paths, const std::string& commands = {});
 
-/**
- * @brief How those programs were run so far: path, current directory and arguments.
- *
- * With an at sign for the path of @p directory.
- */
-std::vector<std::string> recorded(const TemporaryDirectory& directory);
+    /**
+     * @brief Path, current directory and arguments of each run so far.
+     *
+     * With an at sign for the path of the directory.
+     */
+    std::vector<std::string> runs() const;
 
-/**
- * @brief Arguments that a recording helper of dialogs was run with.
- *
- * An option and its value are one here, with a `=` in between, and a `--` that ends the options is
- * left out: those are up to the header that runs the helper.
- */
-std::vector<std::string> recordedOptions(const TemporaryDirectory& directory);
+    /**
+     * @brief Arguments of a helper of dialogs that was run once.
+     *
+     * An option and its value are one here, with a `=` in between, and a `--` that ends the options
+     * is left out: those are up to the header that runs the helper.
+     */
+    std::vector<std::string> options() const;
+
+    /**
+     * @brief Result of @p show, which shows one dialog and must leave neither a child nor a
+     * descriptor.
+     *
+     * In a process of its own, since a header may look for its helper once in a process.
+     */
+    static std::string result(const std::function<std::string()>& show);
+
+    /** @brief The current directory. */
+    const TemporaryDirectory directory;
+
+private:
+    const ScopedVariable _path{"PATH", directory / "bin"};
+    const ScopedVariable _desktop{"XDG_SESSION_DESKTOP", std::nullopt};
+    const ScopedCurrentDirectory _current{directory.path()};
+};
 
 /**
  * @brief Process with a group of its own, which is killed as a whole at the end.
@@ -81,8 +97,8 @@ public:
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    /** @brief Result of the operation, or nothing if it has not ended after that time. */
-    std::optional<std::string> result(std::chrono::milliseconds patience);
+    /** @brief Result of the operation, or nothing if it has not ended after @p patience. */
+    std::optional<std::string> result(std::chrono::milliseconds patience = std::chrono::minutes{1});
 
     /**
      * @brief Sends @p signals, waits for the end and returns the exit code, or -1 if a signal

@@ -1,32 +1,19 @@
 #include "Program.h"
 
-#include <cstdio>
-
-#include <unistd.h>
-
-#include "Support.h"
-
 namespace VespermoorEngine::Test {
 
 namespace {
 
-/* The files are there, though empty, as soon as there is a process. */
-std::function<std::string()> runOf(const std::string& directory,
-                                   const std::vector<std::string>& arguments) {
+/* The files exist, though empty, as soon as there is a process. */
+std::string commandOf(const std::string& directory, const std::vector<std::string>& arguments) {
     const std::string output = directory + "/program.output", error = directory + "/program.error";
     writeFile(output, "");
     writeFile(error, "");
-    return [=]() -> std::string {
-        std::vector<char*> words{const_cast<char*>(VESPERMOOR_PROGRAM)};
-        for (const std::string& argument : arguments) {
-            words.push_back(const_cast<char*>(argument.data()));
-        }
-        words.push_back(nullptr);
-        if (std::freopen(output.data(), "w", stdout) && std::freopen(error.data(), "w", stderr)) {
-            execv(words[0], words.data());
-        }
-        std::abort();
-    };
+    std::string command = "exec '" VESPERMOOR_PROGRAM "'";
+    for (const std::string& argument : arguments) {
+        command += " '" + argument + "'";
+    }
+    return command + " > '" + output + "' 2> '" + error + "'";
 }
 
 } // namespace
@@ -40,7 +27,7 @@ ProgramRun runProgram(const std::vector<std::string>& arguments) {
 
 BackgroundProgram::BackgroundProgram(const std::string& directory,
                                      const std::vector<std::string>& arguments)
-    : ChildProcess{runOf(directory, arguments)}, directory{directory} {}
+    : ChildProcess{commandOf(directory, arguments)}, directory{directory} {}
 
 std::string BackgroundProgram::output() const {
     return readFile(directory + "/program.output");

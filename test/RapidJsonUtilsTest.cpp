@@ -25,9 +25,8 @@ std::string printed(const rapidjson::Value& value, const int decimals = defaultM
 TEST(RapidJsonUtilsTest, PrintsEveryMemberAndElementOnItsOwnLine) {
     const std::string json = R"({
     "z": [
-        18446744073709551615,
         {
-            "a": 1.0
+            "a": 18446744073709551615
         },
         [],
         null
@@ -50,8 +49,7 @@ TEST(RapidJsonUtilsTest, PrintsDoubles) {
                                                       {-infinity, 1, "-1.7976931348623157e308"},
                                                       {1.2399, 2, "1.23"},
                                                       {1.2004, 3, "1.2"},
-                                                      {1.04, 1, "1.0"},
-                                                      {0.0004, 3, "0.0"}};
+                                                      {1.04, 1, "1.0"}};
     for (const auto& [number, decimals, expected] : rows) {
         EXPECT_EQ(printed(rapidjson::Value{number}, decimals), expected);
     }
@@ -73,34 +71,41 @@ TEST(RapidJsonUtilsTest, ParsesJsonAndNothingElse) {
     const TemporaryDirectory directory;
     const std::string path = directory / "a.json";
     const Messages messages;
-    const auto parsedFrom = [&](const std::string& json) {
-        writeFile(path, json);
-        return parsed(path);
-    };
-    EXPECT_EQ(parsedFrom("{\"a\": [1, 2.5, \"x\"]}"), "{\"a\":[1,2.5,\"x\"]}");
-    EXPECT_EQ(parsedFrom(" true\n"), "true");
-    EXPECT_EQ(parsedFrom("\xef\xbb\xbf{}"), "{}");
     std::string wide = "[";
     for (int i = 0; i != maxNesting; ++i) {
         wide += "[],{},";
     }
     wide += "\"" + std::string(maxNesting, '[') + "\"]";
-    for (const std::string& json : {wide, nested(maxNesting), "[1.7e308]"s, "[\"\xff\"]"s}) {
-        EXPECT_EQ(parsedFrom(json), json);
+    for (const std::string& json :
+         {wide, nested(maxNesting), "{\"a\":[1,2.5,\"x\"]}"s, "[1.7e308]"s, "[\"\xff\"]"s}) {
+        writeFile(path, "\xef\xbb\xbf " + json + '\n');
+        EXPECT_EQ(parsed(path), json);
     }
-
-    const std::string invalid = "Invalid JSON in file: " + path;
-    const auto refuses = [&](const auto&... json) {
-        EXPECT_THAT((std::vector<std::string>{parsedFrom(json)...}), testing::Each(invalid));
-    };
-    refuses(nested(maxNesting + 1), nested(maxNesting, "{}"), std::string(1000000, '['));
-    refuses("\xef\xbb\xbf", "\xef{}", "\xef\xbb{}", "\xef\xbf{}", "\xbb{}", "\xbf{}");
-    refuses("[1e309]", "[8324234798232463278461.5e300]", "[-8324234798232463278461.5e300]");
-    refuses("", "/* a */ {}", "[1,]", "[NaN]", "{} {}", "{\"a\": [1, 2", "{}\0"s, "[1]\0]"s);
+    for (const std::string& json : {nested(maxNesting + 1),
+                                    nested(maxNesting, "{}"),
+                                    std::string(1000000, '['),
+                                    "\xef\xbb\xbf"s,
+                                    "\xef{}"s,
+                                    "\xef\xbb{}"s,
+                                    "\xef\xbf{}"s,
+                                    "\xbb{}"s,
+                                    "\xbf{}"s,
+                                    "[1e309]"s,
+                                    "[8324234798232463278461.5e300]"s,
+                                    "[-8324234798232463278461.5e300]"s,
+                                    ""s,
+                                    "/* a */ {}"s,
+                                    "[1,]"s,
+                                    "[NaN]"s,
+                                    "{} {}"s,
+                                    "{\"a\": [1, 2"s,
+                                    "{}\0"s,
+                                    "[1]\0]"s}) {
+        writeFile(path, json);
+        EXPECT_EQ(parsed(path), "Invalid JSON in file: " + path) << json.substr(0, 100);
+    }
     EXPECT_EQ(messages.text(), "");
-    for (const std::string& unreadable : {directory / "missing.json", directory.path()}) {
-        EXPECT_EQ(parsed(unreadable), "File does not exist: " + unreadable);
-    }
+    EXPECT_EQ(parsed(directory.path()), "File does not exist: " + directory.path());
 }
 
 TEST(RapidJsonUtilsTest, ResultIsMovableAndGuarded) {
@@ -133,33 +138,24 @@ std::string child(const char* const json, const Key key) {
 }
 
 TEST(RapidJsonUtilsTest, SubValue) {
-    const std::tuple<const char*, StringView, const char*> byName[]{
-        {R"({"a": 1, "a": 2, "ab": 3})", "a", "a=1"},
-        {R"({"a": 1, "ab": 3})", "ab", "ab=3"},
-        {R"({"a/b": 1, "a": {"b": 2}})", "a/b", "a/b=1"},
-        {R"({"a": 1})", "a\0x"_s, "nothing"},
-        {R"({"a": 1, "": 2})", "", "=2"},
-        {R"({"a": 1})", {}, "nothing"},
-        {"[5, 6]", "1", "6"},
-        {"[5, 6]", "2", "nothing"},
-        {"[5, 6]", " +1st", "6"},
-        {"[5, 6]", "-1", "nothing"},
-        {"[5, 6]", "4294967296", "nothing"},
-        {"\"a\"", "0", "nothing"}};
-    const std::tuple<const char*, unsigned int, const char*> byIndex[]{
-        {R"({"a": 1, "a": 2})", 1, "a=2"}, {R"({"a": 1})", 1, "nothing"}, {"[5, 6]", 1, "6"},
-        {"[5, 6]", 2, "nothing"},          {"\"a\"", 0, "nothing"},
-    };
-    for (const auto& [json, key, expected] : byName) {
-        EXPECT_EQ(child(json, key), expected) << json;
+    const char* const object = R"({"a": 1, "a": 2, "ab": 3, "bb": 4, "": 5, "a/b": 6})";
+    const std::pair<StringView, const char*> members[]{
+        {"a", "a=1"}, {"bb", "bb=4"}, {"a/b", "a/b=6"}, {"a\0x"_s, "nothing"}, {{}, "=5"}};
+    const std::pair<StringView, const char*> elements[]{
+        {"1", "6"}, {"2", "nothing"}, {" +1st", "6"}, {"-1", "nothing"}, {"4294967296", "nothing"}};
+    for (const auto& [key, expected] : members) {
+        EXPECT_EQ(child(object, key), expected) << key.data();
     }
-    for (const auto& [json, key, expected] : byIndex) {
-        EXPECT_EQ(child(json, key), expected) << json;
+    for (const auto& [key, expected] : elements) {
+        EXPECT_EQ(child("[5, 6]", key), expected) << key.data();
     }
-    for (const StringView noNumber : {"x"_s, StringView{}}) {
-        EXPECT_THROW(child("[5, 6]", noNumber), std::invalid_argument);
-    }
+    EXPECT_EQ(child("\"a\"", "0"_s) + child("{\"a\": 1}", ""_s), "nothingnothing");
+    EXPECT_THROW(child("[5, 6]", StringView{}), std::invalid_argument);
     EXPECT_THROW(child("[5, 6]", "99999999999999999999"_s), std::out_of_range);
+    EXPECT_EQ(child(object, 1u), "a=2");
+    EXPECT_EQ(child("[5, 6]", 1u), "6");
+    EXPECT_EQ(child(object, 6u) + child("[5, 6]", 2u) + child("\"a\"", 0u),
+              "nothingnothingnothing");
 }
 
 TEST(RapidJsonUtilsTest, MembersAreFoundByLengthAndBytesOrAdded) {
@@ -169,7 +165,6 @@ TEST(RapidJsonUtilsTest, MembersAreFoundByLengthAndBytesOrAdded) {
     EXPECT_EQ(getMember(constant, "a"_s), getMember(document, rapidjson::Value{"a"}));
     EXPECT_EQ(getMember(document, "n\0m"_s)->GetInt(), 3);
     EXPECT_EQ(getMember(document, "n"_s), nullptr);
-    EXPECT_EQ(getMember(document, "b"_s), nullptr);
     std::string name = "a name that ends before the document";
     for (int time = 0; time != 2; ++time) {
         EXPECT_EQ(getOrAddMember(document, "a", document.GetAllocator()).GetInt(), 1);

@@ -28,7 +28,7 @@ std::string TemporaryDirectory::shortened(const std::string& text) const {
 }
 
 void writeFile(const std::string& path, const std::string& content) {
-    fs::create_directories(fs::path{path}.parent_path());
+    fs::create_directories(fs::absolute(path).parent_path());
     std::ofstream file{path, std::ios::binary};
     file << content;
     ASSERT_TRUE(file.flush().good()) << path;
