@@ -1,7 +1,7 @@
 #ifndef VespermoorStandins_portable_file_dialogs_h
 #define VespermoorStandins_portable_file_dialogs_h
 
-/** @file @brief Stands in for portable-file-dialogs: file dialogs and notifications through
+/** @file @brief Stand-in for portable-file-dialogs: file dialogs and notifications through
     `zenity`, `matedialog`, `qarma` or `kdialog`. */
 
 #include <algorithm>
@@ -68,9 +68,8 @@ struct Helper {
     HelperKind kind = HelperKind::Zenity;
 };
 
-/* The first one of an order that puts GTK's dialogs before KDE's, except on a KDE desktop, where
-   the most common of them is skipped. Looked up for each dialog: that is cheap compared with
-   showing one, so nothing is cached. */
+/* The first available helper, GTK's before KDE's, except on a KDE desktop, which skips zenity. Not
+   cached: the lookup is cheap compared with showing a dialog. */
 inline Helper findHelper() {
     const std::string kdialog = findProgram("kdialog");
     const bool preferKdialog = !kdialog.empty() && environment("XDG_SESSION_DESKTOP") == "KDE";
@@ -84,8 +83,7 @@ inline Helper findHelper() {
     return {kdialog, HelperKind::Kdialog};
 }
 
-/* Starts a program, and leaves to the shell a script that does not say what runs it. 0 on failure.
- */
+/* Starts a program; the shell runs a script without an interpreter line. 0 on failure. */
 inline pid_t spawn(std::vector<char*> argv, const posix_spawn_file_actions_t& actions) {
     static char shell[] = "/bin/sh";
     pid_t process;
@@ -97,7 +95,7 @@ inline pid_t spawn(std::vector<char*> argv, const posix_spawn_file_actions_t& ac
     return error ? 0 : process;
 }
 
-/* A program under way, of which the standard output is gathered. */
+/* A running program whose standard output is collected. */
 class Process {
 public:
     Process() = default;
@@ -105,8 +103,8 @@ public:
     Process& operator=(const Process&) = delete;
     ~Process() { output(); }
 
-    /* Hands over the arguments as they are, no shell in between. What the program complains about
-         goes nowhere: toolkits are talkative. On failure nothing runs and the output is empty. */
+    /* Passes the arguments unchanged, without a shell. Standard error is dropped, since toolkits
+       are talkative. On failure nothing runs and the output is empty. */
     void start(std::string program, std::vector<std::string> arguments) {
         std::vector<char*> argv{program.data()};
         for (std::string& argument : arguments)
@@ -132,9 +130,9 @@ public:
             closeDescriptor(_pipe);
     }
 
-    /* All that the program prints, once it has ended. It is its own end that counts, since a daemon
-         started by it may hold the output open; if the system cannot report that, it is the
-         end of the output. */
+    /* The whole output, after the program has ended. Waits for the program and not for the end of
+       its output, which a daemon it started may hold open, unless the system cannot report the end
+       of the program. */
     const std::string& output() {
         while (_pid) {
             pollfd events[]{{_pipe, POLLIN, 0}, {_exited, POLLIN, 0}};
@@ -198,7 +196,7 @@ private:
     Process _process;
 };
 
-/* Every text comes after a `=` or a `--`, so none can be taken for an option. */
+/* Every text follows a `=` or a `--`, so none can be taken for an option. */
 class file_dialog : public dialog {
 protected:
     enum class Type { Open, Save, Folder };
@@ -211,7 +209,7 @@ protected:
                  : kdialogArguments(type, title, path, filters, options));
     }
 
-    /* Without the line end, and without the slash that some helpers put after a directory. */
+    /* Removes the line end, and the slash that some helpers put after a directory. */
     std::string onePath() {
         std::string path = output();
         while (!path.empty() && (path.back() == '\n' || path.back() == '/'))
@@ -232,7 +230,7 @@ protected:
 private:
     static Arguments zenityArguments(Type type, const std::string& title, const std::string& path,
                                      const Filters& filters, opt options) {
-        /* Without the slash zenity opens the directory above. */
+        /* Without the slash zenity opens the parent directory. */
         const bool needsSlash =
             type != Type::Folder && !path.empty() && path.back() != '/' && S_ISDIR(modeOf(path));
         Arguments arguments{"--file-selection", "--filename=" + path + (needsSlash ? "/" : ""),
@@ -271,7 +269,7 @@ private:
 
 } // namespace internal
 
-/** Shows a notification; the object waits at its end for the helper to be through. */
+/** Shows a notification; the destructor waits for the helper to end. */
 class notify : public internal::dialog {
 public:
     notify(const std::string& title, const std::string& message, icon icon = icon::info) {

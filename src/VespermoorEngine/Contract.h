@@ -14,8 +14,8 @@ namespace VespermoorEngine {
 /**
  * @brief Ends the process because its own code broke a contract.
  *
- * Writes @p items as one line, with single blanks between them, to the default output of
- * `Corrade::Utility::Error`, also while that stream is redirected, and calls `abort()`.
+ * Writes @p items as one line, separated by single blanks, to the default output of
+ * `Corrade::Utility::Error`, even if that stream is redirected, and calls `abort()`.
  */
 template <class... T>
 [[noreturn]] void breakContract(const T&... items) {

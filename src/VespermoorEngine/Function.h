@@ -17,10 +17,10 @@ class Function;
 /**
  * @brief Callable that is kept inside the object: never allocates, moves, isn't copied.
  *
- * The stored callable is moved by copying its bytes and without a call to its move constructor, so
- * it has to survive that: function pointers and captures of pointers, references and numbers do, a
- * capture that holds its own address (many standard strings and lists) does not. Everything it
- * refers to has to outlive it.
+ * The stored callable is moved by copying its bytes, without its move constructor, so it must
+ * survive that: function pointers and captures of pointers, references and numbers do; a capture
+ * that holds its own address (many standard strings and lists) does not. Everything it refers to
+ * must outlive it.
  */
 template <class Result, class... Arguments>
 class Function<Result(Arguments...)> {
@@ -34,9 +34,8 @@ public:
     /**
      * @brief Stores @p callable, whose call operator is constant.
      *
-     * Its result is dropped if the signature returns nothing.
-     * One that is larger than @ref Capacity or aligned more strictly than `std::max_align_t`
-     * does not compile.
+     * Its result is dropped if the signature returns nothing. A callable larger than @ref Capacity
+     * or aligned more strictly than `std::max_align_t` does not compile.
      */
     template <class Callable>
     Function(Corrade::DefaultInitT, Callable callable)
@@ -75,7 +74,7 @@ public:
     /** @brief Whether a callable is stored. */
     explicit operator bool() const noexcept { return invoker; }
 
-    /** @brief Calls the stored callable, of which there has to be one. */
+    /** @brief Calls the stored callable; there has to be one. */
     Result operator()(Arguments... arguments) const {
         return invoker(storage, std::forward<Arguments>(arguments)...);
     }

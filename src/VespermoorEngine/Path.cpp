@@ -13,7 +13,7 @@ namespace {
 using namespace Corrade::Containers::Literals;
 
 /* Appends the components of `path` to `normalized`, which is empty or an absolute path without a
-   trailing slash, and takes one off its end for each `..`. */
+   trailing slash; each `..` removes the last component instead. */
 void appendNormalized(Containers::Array<char>& normalized, Containers::StringView path) {
     while (!path.isEmpty()) {
         const char* const begin = path.begin();
@@ -45,8 +45,8 @@ Containers::StringView withoutTrailingSlashes(Containers::StringView path) {
     return path;
 }
 
-/* The directory that holds `directory`, which has no trailing slash: `/` for an entry of the root,
-   empty for the first component of a relative path. */
+/* The parent of `directory`, which has no trailing slash: `/` for an entry of the root, empty for
+   the first component of a relative path. */
 Containers::StringView parent(const Containers::StringView directory) {
     const Containers::StringView slash = directory.findLast('/');
     if (slash.isEmpty()) {

@@ -10,11 +10,11 @@ namespace VespermoorEngine {
 
 namespace {
 
-/* The memory of a list that is no larger than expected: one block with a header, the offsets and
-   the characters. The array of characters owns the block, so the offsets leave it first when the
-   list grows out of it. */
+/* The memory of a list within its size hint: one block with a header, the offsets and the
+   characters. The array of characters owns the block, so when the list outgrows it, the offsets
+   move out first. */
 struct Block {
-    /* Enough for an `if` with a comparison. */
+    /* Enough for an `if` with a comparison in a template. */
     static constexpr std::size_t maxOffsets = 5;
 
     std::size_t maxCharacters;
@@ -97,7 +97,8 @@ void StringArray::add(const Containers::StringView string) {
         if (isInBlock(offsets)) {
             arrayReserve(offsets, Block::maxOffsets + 1);
         }
-        /* Appending a view, other than making room and copying, works for a part of the store. */
+        /* Appends a view instead of making room and copying, since `string` may be a part of the
+           store. */
         arrayAppend(store, Containers::arrayView(string.data(), string.size()));
         arrayAppend(store, '\0');
     }

@@ -13,8 +13,8 @@ public:
     /**
      * @brief View of the first @p count NUL-terminated strings in @p characters.
      *
-     * The strings are packed from the start of the range, which has to hold that many
-     * terminators, stays unchanged and has to outlive the list.
+     * The strings are packed from the start of the range, which must hold that many terminators, is
+     * not changed and must outlive the list.
      */
     explicit MutableStringArrayView(Containers::ArrayView<char> characters, std::size_t count);
 
@@ -37,8 +37,8 @@ public:
     /**
      * @brief Empty list with room for @p sizeHint bytes, terminators included, plus one.
      *
-     * The hint is no limit. A list of blank-separated words taken from a text of @p sizeHint bytes
-     * needs one terminator more than the text has blanks, hence the extra byte.
+     * The hint is not a limit. A list of blank-separated words taken from a text of @p sizeHint
+     * bytes needs one terminator more than the text has blanks, hence the extra byte.
      */
     explicit StringArray(std::size_t sizeHint);
 
@@ -51,8 +51,7 @@ public:
     /**
      * @brief Appends a copy of @p string, which may be empty and need not be NUL-terminated.
      *
-     * It may be a view of the list itself. Views obtained from @ref get() before are invalid
-     * afterwards.
+     * It may be a view of the list itself. Invalidates views obtained from @ref get().
      */
     void add(Containers::StringView string);
 

@@ -16,8 +16,8 @@ namespace VespermoorEngine {
  * @brief Read-only list of strings, packed one after the other in one character store.
  *
  * Every string is followed by one NUL byte in the store, so string `i` starts at `offsets[i]`, is
- * `offsets[i + 1] - offsets[i] - 1` bytes long and can be handed to a function that expects a
- * NUL-terminated string. The list owns its offsets and leaves the character store alone.
+ * `offsets[i + 1] - offsets[i] - 1` bytes long and can be passed to a function that expects a
+ * NUL-terminated string. The list owns its offsets but not the character store.
  */
 class VESPERMOOR_ENGINE_EXPORT StringArrayView {
 public:

@@ -3,7 +3,7 @@
 
 #include "VespermoorEngine/Dependencies.h"
 
-/** @brief Marks what libVespermoorEngine exports; everything else is hidden. */
+/** @brief Exports a symbol from libVespermoorEngine; all others are hidden. */
 #define VESPERMOOR_ENGINE_EXPORT __attribute__((visibility("default")))
 
 #endif

@@ -1,12 +1,12 @@
 #ifndef VespermoorStandins_Corrade_Tags_h
 #define VespermoorStandins_Corrade_Tags_h
 
-/** @file Stands in for Corrade's initialization tags. */
+/** @file Stand-in for Corrade's initialization tags. */
 
 namespace Corrade {
 inline namespace VespermoorStandins {
 
-/* Each tag needs an argument of its own to be made, so that `{}` never turns into one. */
+/* The constructor of each tag takes an argument, so that `{}` never converts to one. */
 struct DefaultInitT {
     struct Init {};
     constexpr explicit DefaultInitT(Init) {}

@@ -1,7 +1,7 @@
 #ifndef VespermoorStandins_Magnum_Magnum_h
 #define VespermoorStandins_Magnum_Magnum_h
 
-/** @file Stands in for Magnum's names of the common math types. */
+/** @file Stand-in for Magnum's names of the common math types. */
 
 namespace Magnum {
 inline namespace VespermoorStandins {

@@ -32,7 +32,7 @@ namespace Utils {
 /** @brief Set of one to four byte values. */
 class ByteSet {
 public:
-    /** @brief Most values that a set holds. */
+    /** @brief Maximum number of values in a set. */
     static constexpr std::size_t capacity = 4;
 
     /** @brief Adds @p value, which is not in the set yet; returns false if the set is full. */
@@ -40,7 +40,7 @@ public:
         if (count == capacity) {
             return false;
         }
-        /* Also fills the rest, so that comparing with more values than there are is harmless. */
+        /* Also fills the unused values, so that comparing with them is harmless. */
         std::fill(values + count++, values + capacity, value);
         return true;
     }
@@ -56,7 +56,10 @@ private:
     char values[capacity] = {};
 };
 
-/** @brief Finds the places of a text with a byte of one set there and of another set further on. */
+/**
+ * @brief Finds the places of a text where a byte of one set is followed, at a fixed distance, by
+ * one of another set.
+ */
 class BytePairFilter {
 public:
     /**
@@ -103,7 +106,7 @@ public:
         }
     }
 
-    /** @brief All bits set in the place of each of 16 @p bytes that is in the set. */
+    /** @brief Mask of 16 @p bytes: all bits set for each byte that is in the set. */
     __m128i find(const char* const bytes) const {
         const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
         __m128i found = _mm_cmpeq_epi8(block, repeated[0]);

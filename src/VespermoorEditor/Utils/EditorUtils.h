@@ -20,11 +20,10 @@ VESPERMOOR_EDITOR_UTILS_EXPORT Containers::String executablesPath();
 /**
  * @brief Data root of the editor, as seen from the directory @p start.
  *
- * The nearest directory from @p start upwards that holds an entry named `shaders`, as
- * @ref Path::upwardsSearch() gives it, of a relative @p start not further up than its first
- * component. If there is none, the installed `../share/vespermoorengine` relative to @p start,
- * made absolute, if anything of that name exists: whether it is a directory is not asked. No value
- * if neither is found.
+ * The nearest directory from @p start upwards that holds an entry named `shaders`, as @ref
+ * Path::upwardsSearch() finds it; a relative @p start is searched up to its first component. If
+ * there is none, the installed `../share/vespermoorengine` relative to @p start, made absolute, if
+ * it exists, directory or not. No value if neither is found.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT Containers::Optional<Containers::String>
 findEditorRoot(Containers::StringView start);
@@ -32,7 +31,7 @@ findEditorRoot(Containers::StringView start);
 /**
  * @brief Data root of the editor, as seen from the directory that holds the running executable.
  *
- * No value also if the system cannot tell which directory that is;
+ * Also no value if the system cannot tell which directory that is;
  * `Corrade::Utility::Path::executableLocation()` then prints why.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT Containers::Optional<Containers::String> findEditorRoot();

@@ -13,7 +13,7 @@ std::size_t elementCount(const rapidjson::Value& value) {
     return value.IsArray() ? value.Size() : 0;
 }
 
-/* A value that another one was moved from is null but keeps its old number. */
+/* RapidJSON makes a moved-from value null but keeps its number. */
 float toFloat(const rapidjson::Value& number) {
     return number.IsNumber() ? static_cast<float>(number.GetDouble()) : 0.0f;
 }
@@ -78,8 +78,8 @@ void writeArray(JsonObject& object, const Elements& elements) {
     }
 }
 
-/* The writable value as an array: a copy of the readable one if the two differ, and empty if that
-   is not an array. */
+/* The writable value as an array: a copy of the readable one if the two differ, or empty if that is
+   no array. */
 rapidjson::Value& updatedArray(JsonObject& object) {
     const rapidjson::Value& readable = object.value();
     rapidjson::Value& writable = object.mutableValue();
@@ -267,7 +267,7 @@ void JsonObject::setFloat(const float number) {
 }
 
 void JsonObject::setString(const Containers::StringView string) {
-    /* Made before the old value goes, of which the string may be a view. */
+    /* Copied before the old value is overwritten, since the string may be a view of it. */
     rapidjson::Value& json = mutableValue();
     json = toJson(string, allocator());
 }

@@ -26,13 +26,13 @@ namespace VespermoorEngine {
 /**
  * @brief Typed access to one JSON value.
  *
- * Holds no data: the five pure virtual operations of a subclass decide which value is meant. It can
- * be a member of a document, a place that does not exist yet, or one value to read from and another
- * one to write to. Every other operation works on the results of those five.
+ * Holds no data: the five pure virtual operations of a subclass select the value. It can be a
+ * member of a document, a place that does not exist yet, or one value to read and another one to
+ * write. Every other operation works on the results of those five.
  *
  * Views that a read returns alias the value's own storage. They live until that value, or the array
- * that holds it, changes or the document ends. A read trusts its caller about the kind of the value
- * wherever nothing else is said; test @ref isNull() and @ref size() first on a document from
+ * that holds it, changes or the document ends. Unless documented otherwise, a read trusts its
+ * caller about the kind of the value; test @ref isNull() and @ref size() first on a document from
  * outside.
  */
 class VESPERMOOR_EDITOR_UTILS_EXPORT JsonObject {
@@ -45,8 +45,8 @@ public:
     /**
      * @brief New accessor for the value at @p path, owned by the caller.
      *
-     * A slash in @p path is a step down; the path does not begin with one. Never a null pointer:
-     * for a path that leads nowhere, @ref exists() of the result is false.
+     * A slash in @p path is a step down; the path does not begin with one. Never a null pointer: if
+     * nothing exists at @p path, @ref exists() of the result is false.
      */
     virtual Containers::Pointer<JsonObject> member(Containers::StringView path) = 0;
 
@@ -54,7 +54,7 @@ public:
     virtual rapidjson::MemoryPoolAllocator<rapidjson::CrtAllocator>& allocator() = 0;
 
     /**
-     * @brief The value to read, of kind null for something missing.
+     * @brief The value to read, of kind null if it is missing.
      *
      * An operation may call this more than once, so the result must not change during a call.
      */
@@ -73,7 +73,9 @@ public:
     /** @brief Element count of an array, member count of an object, 0 for every other kind. */
     std::size_t size() const;
 
-    /** @brief The bytes of a string, without flags; a default-constructed view on all else. */
+    /**
+     * @brief The bytes of a string, without flags; a default-constructed view for every other kind.
+     */
     Containers::StringView asString() const;
 
     /** @brief Whether the value is JSON true; false for every other kind. */
@@ -166,13 +168,15 @@ public:
 
     /** @} */
 
-    /** @name Replacing with a single value
+    /**
+     * @name Replacing with a single value
      *
-     * Overwrites @ref mutableValue(), whatever kind it had, without a look at @ref value(). Here
-     * and in every other write, memory comes from @ref allocator(); that of the old value stays
-     * in the document's pool until the document ends.
+     * Overwrites @ref mutableValue(), whatever its kind, without reading @ref value(). Here and in
+     * every other write, memory comes from @ref allocator(); that of the old value stays in the
+     * document's pool until the document is destroyed.
      *
-     * @{ */
+     * @{
+     */
 
     /** @brief Stores null. */
     void setNull();
@@ -187,14 +191,16 @@ public:
 
     /** @} */
 
-    /** @name Replacing with an array
+    /**
+     * @name Replacing with an array
      *
      * Overwrites @ref mutableValue(), whatever it held, with an array whose memory is allocated
-     * once, at exactly the size of the input. Nothing in the input is an empty array, not null.
-     * If the old value is a string, the new strings must not be views of it, since it is
-     * overwritten first. Views of an old array's elements may be stored.
+     * once, at exactly the size of the input. An empty input gives an empty array, not null. If the
+     * old value is a string, the new strings must not be views of it, since it is overwritten
+     * first. Views of an old array's elements may be stored.
      *
-     * @{ */
+     * @{
+     */
 
     /** @brief Stores doubles of exactly the same values. */
     void setFloatArray(Containers::ArrayView<const float> numbers);

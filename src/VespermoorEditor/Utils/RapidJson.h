@@ -1,13 +1,15 @@
 #ifndef VespermoorEditor_Utils_RapidJson_h
 #define VespermoorEditor_Utils_RapidJson_h
 
-/** @file
+/**
+ * @file
  * The one place that configures RapidJSON: its defaults, with the assertions compiled out, since
  * the typed reads trust their callers about the kind of a value. Everything that uses RapidJSON
  * together with this library includes it through here.
  *
- * One process must not hold both kinds of RapidJSON's inline functions, so a source that has
- * included RapidJSON with other settings before does not compile.
+ * Mixing inline functions of RapidJSON with different settings in one process violates the
+ * one-definition rule, so a source that included RapidJSON with other settings before does not
+ * compile.
  */
 
 #ifndef RAPIDJSON_ASSERT

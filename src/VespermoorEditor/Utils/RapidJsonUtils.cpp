@@ -19,9 +19,9 @@ using Implementation::dataOrEmpty;
 
 constexpr std::size_t byteOrderMarkSize = 3;
 
-/* Builds a document from the parser's events, and ends the parse when they nest too deep or when a
-   number does not fit a double. The parser recurses once per level, so the limit has to act while
-   it runs. RapidJSON 1.1.0 reads some of the numbers that are too large as infinity. */
+/* Builds a document from the parser's events, and ends the parse if they nest too deep or a number
+   does not fit a double. The parser recurses once per level, so the limit has to act while it runs.
+   RapidJSON 1.1.0 reads some of the numbers that are too large as infinity. */
 class DocumentBuilder {
 public:
     using Ch = char;
@@ -72,7 +72,7 @@ bool nameEquals(const rapidjson::Value& name, const Containers::StringView key) 
            (data[size - 1] == key[size - 1] && std::memcmp(data, key.data(), size) == 0);
 }
 
-/* The first member of that name, or null; of a constant and of a writable object alike. */
+/* The first member of that name, or null, for constant and writable objects. */
 template <class Value>
 auto* findMember(Value& object, const Containers::StringView name) {
     const auto end = object.MemberEnd();

@@ -26,7 +26,7 @@ constexpr int maxNesting = 1024;
 /**
  * @brief Prints @p value as indented JSON text in UTF-8.
  *
- * Four blanks to a level, every member and element on its own line, members in stored order, no
+ * Four blanks per level, every member and element on its own line, members in stored order, no
  * trailing newline. Doubles print with at most @p maxDecimalPlaces fractional digits, expected to
  * be at least 1; digits past that are cut off, not rounded, and at least one stays. A number that
  * prints with an exponent keeps all its digits. NaN prints as 0.0 and an infinity as the largest
@@ -41,15 +41,14 @@ VESPERMOOR_EDITOR_UTILS_EXPORT Containers::Optional<Containers::String>
 jsonToString(const rapidjson::Value& value, int maxDecimalPlaces = defaultMaxDecimalPlaces);
 
 /**
- * @brief Reads the file @p filename into a document that owns all it holds.
+ * @brief Reads the file @p filename into a document that owns its content.
  *
  * The text is strict JSON (RFC 8259) in UTF-8, which is not validated inside strings. A whole byte
- * order mark before it is dropped. If the file cannot be read, for whatever reason, the message is
- * `File does not exist: {}` with the file name as passed, and
- * `Corrade::Utility::Path::readString()` prints its own line. If the text is not JSON, is nested
- * deeper than @ref maxNesting levels or holds a number too large for a double, the message is
- * `Invalid JSON in file: {}`. @p type is the document's kind before the parse and does not restrict
- * the root of the file.
+ * order mark before it is dropped. If the file cannot be read, for any reason, the message is `File
+ * does not exist: {}` with the file name as passed, and `Corrade::Utility::Path::readString()`
+ * prints its own line. If the text is not JSON, is nested deeper than @ref maxNesting levels or
+ * holds a number too large for a double, the message is `Invalid JSON in file: {}`. @p type is the
+ * document's kind before the parse and does not restrict the root of the file.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT ValueOrError<rapidjson::Document>
 parseJsonFile(Containers::StringView filename, rapidjson::Type type = rapidjson::kObjectType);
@@ -111,13 +110,13 @@ getOrAddMember(rapidjson::Value& object, Containers::StringView name,
  *
  * @p pointer is a JSON Pointer as in RFC 6901, or its URI fragment form, which begins with `#`.
  * Names are compared by length and bytes, so a name may hold a NUL. The first of two members with
- * one name is found. Returns null if a step leads nowhere. Text that is not a pointer, an empty one
- * and a view with null data all give the root itself. The result lives until the value it points
- * to, or anything that holds that value, changes.
+ * one name is found. Returns null if a step does not exist. Text that is not a pointer, an empty
+ * one and a view with null data all give the root itself. The result lives until the value it
+ * points to, or a value above it, changes.
  *
  * RapidJSON reads fragments more strictly than RFC 6901 in one way and differently in another:
  *
- * -    Every character but letters, digits and `-._~` has to be percent-encoded, so `#/a:b` is not
+ * -    Every character except letters, digits and `-._~` must be percent-encoded, so `#/a:b` is not
  *      a pointer and gives the root.
  * -    Steps are split before they are decoded, so `#/a%2Fb` is the one step `a/b`.
  */

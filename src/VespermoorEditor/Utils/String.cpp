@@ -60,7 +60,7 @@ Containers::StringView between(const char* const begin, const char* const end) {
     return {begin, static_cast<std::size_t>(end - begin)};
 }
 
-/* The text with new contents in the regions that `order` lists, which are at least one. */
+/* The text with new contents in the regions listed by `order`, of which there is at least one. */
 Containers::String writeRegions(const Containers::StringView text,
                                 const Containers::ArrayView<const TagReplacement> replacements,
                                 const Containers::ArrayView<const Finding> findings,
@@ -190,18 +190,18 @@ Containers::String toBigCamelCase(const Containers::StringView name) {
 
 namespace {
 
-/* Searching without case. A facet that a caller derived may answer anything and throw, so it is
-   asked exactly what the comparator asks. The upper case of the classic locale is known, and the
-   facets of the standard library give that of many bytes in one call: a short text is folded whole,
-   and for a long one the upper case of all byte values goes into a table. These texts are then
-   searched with a filter. */
+/* Search without case. A facet derived by a caller may answer anything and throw, so it gets
+   exactly the calls of the plain comparator. The upper case of the classic locale is known, and the
+   facets of the standard library convert many bytes in one call: a short text is folded whole, and
+   for a long one the upper case of all byte values goes into a table. These texts are then searched
+   with a filter. */
 
 using Facet = std::ctype<char>;
 
-/* Size of a text in bytes from which on a table of all upper cases costs less than folding it. */
+/* Text size in bytes from which a table of all upper cases costs less than folding the text. */
 constexpr std::size_t longText = 512;
 
-/* The standard library derives nothing else from its facet, and what it has throws nothing. */
+/* The only facets of the standard library itself, which never throw. */
 bool isStandard(const Facet& facet) {
     return typeid(facet) == typeid(Facet) || typeid(facet) == typeid(std::ctype_byname<char>);
 }
@@ -257,7 +257,7 @@ ByteSet onlyByte(const char value) {
     return set;
 }
 
-/* Searches a text below `longText` for a part that is no longer. */
+/* Searches a text below `longText` for a part of at most its size. */
 std::uint64_t searchFolded(const Containers::StringView text,
                            const Containers::StringView substring, const Facet& facet) {
     char folded[2 * longText];
@@ -278,7 +278,7 @@ public:
 
     char operator[](const char c) const { return upperCase[static_cast<unsigned char>(c)]; }
 
-    /* The byte values with the same upper case as `letter`, unless these are too many. The C
+    /* The byte values with the same upper case as `letter`, unless there are too many. The C
        library's locales have two, or three for the Greek sigma. */
     Containers::Optional<ByteSet> sameLetters(const char letter) const {
         ByteSet set;

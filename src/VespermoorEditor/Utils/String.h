@@ -30,7 +30,7 @@ using TagReplacement =
  * Each tag matches at its first occurrence in @p text, byte for byte; a tag of zero length is never
  * found. A replacement is ignored if neither of its tags is found. The tags and all text outside
  * them stay, and the order of @p replacements does not matter. An end tag before its own start tag
- * is no error: the stretch between the two then occurs twice in the result.
+ * is no error: the text between the two then occurs twice in the result.
  *
  * Returns the new text, owned by the caller, and true. On failure it returns a message and false:
  * ``missing tag '{}'`` with the missing tag if only one of a pair was found, for the first such
@@ -56,7 +56,7 @@ replaceTagContent(Containers::StringView text,
 VESPERMOOR_EDITOR_UTILS_EXPORT Containers::String toKebapCase(Containers::StringView name);
 
 /**
- * @brief Form of @p name with capitalised words and nothing between them.
+ * @brief @p name as capitalised words with nothing between them.
  *
  * Only ASCII letters and digits stay, without the digits before the first letter. A word begins
  * after every byte that is neither, and capitals stay capitals.
@@ -65,7 +65,7 @@ VESPERMOOR_EDITOR_UTILS_EXPORT Containers::String toBigCamelCase(Containers::Str
 
 /** @brief Whether two bytes have the same upper case in a locale. */
 struct CaseInsensitiveStringEqual {
-    /** @brief Locale whose `std::ctype<char>` is asked; not owned. */
+    /** @brief Locale whose `std::ctype<char>` is used; not owned. */
     const std::locale& locale;
 
     /** @brief Compares the upper case of @p a with that of @p b. */
@@ -84,14 +84,14 @@ constexpr std::uint64_t noMatch = ~std::uint64_t{0};
  * offset 0 of any text, and one with null data is empty, whatever its size. Returns @ref noMatch
  * if nothing matches.
  *
- * A `std::ctype<char>` that the caller derived is asked about one byte at a time, and about no byte
- * that `std::search()` would not ask about. What it throws goes to the caller.
+ * A `std::ctype<char>` that the caller derived is called for one byte at a time, and only for bytes
+ * that `std::search()` would ask about. Its exceptions reach the caller.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT std::uint64_t caseInsensitiveSearch(Containers::StringView text,
                                                                    Containers::StringView substring,
                                                                    const std::locale& locale);
 
-/** @brief The same with the global locale of the moment. */
+/** @brief The same with the current global locale. */
 VESPERMOOR_EDITOR_UTILS_EXPORT std::uint64_t
 caseInsensitiveSearch(Containers::StringView text, Containers::StringView substring);
 

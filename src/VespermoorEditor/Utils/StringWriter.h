@@ -17,8 +17,8 @@ namespace VespermoorEngine::Utils {
 /**
  * @brief Append-only text buffer that becomes a `Corrade::Containers::String` without a copy.
  *
- * The array's size is the writer's capacity. After every append the byte at position @ref size is
- * a NUL, so the capacity is above @ref size from the first append on.
+ * The array's size is the writer's capacity. After every append the byte at position @ref size is a
+ * NUL, so the capacity exceeds @ref size from the first append on.
  */
 class StringWriter {
 public:
@@ -32,9 +32,9 @@ public:
     void reserve(std::size_t capacity);
 
     /**
-     * @brief Appends @p text to the room that exists, which is expected to exceed its size.
+     * @brief Appends @p text within the existing room, which is expected to exceed its size.
      *
-     * Aborts without that room, before anything is written.
+     * Aborts if there is not enough room, before writing anything.
      */
     void appendInto(Containers::StringView text);
 

@@ -33,7 +33,7 @@ using ListFlag = Utility::Path::ListFlag;
 using Visitor = Function<bool(Containers::StringView)>;
 using Enter = Function<void(Containers::StringView, bool)>;
 
-/* The entry at a path, links looked through. A missing one is the same as no other. */
+/* The entry at a path, with links followed. A missing entry equals no other. */
 struct Entry {
     bool isSame(const Entry& other) const {
         return exists && other.exists && device == other.device && inode == other.inode;
@@ -46,7 +46,7 @@ struct Entry {
     ino_t inode = 0;
 };
 
-/* Asks the system once, and once more for a link. */
+/* Costs one system call, two for a link. */
 Entry entryAt(const Containers::StringView path) {
     const Containers::String name = Containers::String::nullTerminatedView(path);
     struct stat status;
@@ -60,9 +60,9 @@ Entry entryAt(const Containers::StringView path) {
     return {true, link, S_ISDIR(status.st_mode), status.st_dev, status.st_ino};
 }
 
-/* Whether the directory that the link `path` leads to lies on the way to the link: it is the one at
-   the first `startSize` bytes of the path or at any directory between there and the link. Asks for
-   each of them anew, since only links pay for it. */
+/* Whether the link `path` leads to a directory on the way to it: the one at the first `startSize`
+   bytes of the path, or any between there and the link. Looks up each of them again, which only
+   links pay for. */
 bool leadsBack(const Containers::StringView path, const std::size_t startSize) {
     const Entry target = entryAt(path);
     Containers::StringView passed = path.prefix(startSize);
@@ -87,8 +87,8 @@ void appendNames(Containers::Array<Containers::String>& paths, const Containers:
     }
 }
 
-/* Everything that a walk from `path` finds, in breadth-first order: each path comes after its
-   directory's. Calls `enter` for what will be visited, each directory before it is listed. */
+/* Everything that a walk from `path` finds, in breadth-first order: a directory comes before its
+   entries. Calls `enter` for every path to visit, for each directory before it is listed. */
 Containers::Array<Containers::String> collect(const Containers::StringView path, const Enter& enter,
                                               const Utility::Path::ListFlags listFlags,
                                               const VisitFlags visitFlags) {
@@ -113,8 +113,7 @@ Containers::Array<Containers::String> collect(const Containers::StringView path,
     return paths;
 }
 
-/* Topmost directory that has to be made before `path` can be; the path itself if only that is
-   missing, or nothing. */
+/* Topmost missing directory on the way to `path`, or `path` itself if its parent exists. */
 Containers::StringView topmostMissing(Containers::StringView path) {
     for (;;) {
         const Containers::StringView parent = Utility::Path::split(path).first();
@@ -125,8 +124,8 @@ Containers::StringView topmostMissing(Containers::StringView path) {
     }
 }
 
-/* Directories that a copy makes beside its copies: the destination, and the topmost of those made
-   to hold it. They are left out if they lie inside the source. */
+/* Directories that a copy makes for itself: the destination, and the topmost new directory above
+   it. They are not copied if they are inside the source. */
 struct OwnDirectories {
     bool contain(const Entry& entry) const {
         return entry.isSame(destination) || entry.isSame(topmost);
@@ -185,7 +184,8 @@ bool copyRecursive(const Containers::StringView source, const Containers::String
         const Containers::String target = Utility::Path::join(destination, relative);
         const Entry entry = entryAt(origin);
         if (!entry.isDirectory) {
-            /* Opening a file for writing that is the source under another name would empty it. */
+            /* If the target is the source under another name, opening it for writing would empty
+               it. */
             if ((present.exists && entry.isSame(entryAt(target))) ||
                 !Utility::Path::copy(origin, target)) {
                 return false;
@@ -218,7 +218,7 @@ using namespace Corrade::Containers::Literals;
 constexpr std::size_t readBlock = 8192;
 constexpr std::size_t uuidLength = UUID_STR_LEN - 1;
 
-/* All that can be read from `file`. The string takes over the memory it was collected in. */
+/* Reads `file` to its end. The string takes over the buffer. */
 Containers::String readAll(std::FILE* const file) {
     Containers::Array<char> block{Corrade::NoInit, readBlock};
     Containers::Array<char> bytes;
@@ -230,12 +230,12 @@ Containers::String readAll(std::FILE* const file) {
     return Implementation::takeString(bytes, size);
 }
 
-/* The status goes to nobody: a caller could do nothing about a missing program. */
+/* The status is dropped: a caller could do nothing about a missing program. */
 void launch(const Containers::String& line) {
     [[maybe_unused]] const int status = std::system(line.data());
 }
 
-/* The place for the trash of this user: the environment decides which single one counts. */
+/* The trash of this user, existing or not; the environment decides which. */
 Containers::Optional<Containers::String> trashRoot() {
     const Containers::String dataHome = std::getenv("XDG_DATA_HOME");
     if (!dataHome.isEmpty()) {
@@ -248,8 +248,8 @@ Containers::Optional<Containers::String> trashRoot() {
     return *home + (*home == "/root"_s ? "/.Trash"_s : "/.local/share/Trash"_s);
 }
 
-/* Moves `path` into the trash `directory`, with a UUID after its name if an entry there has it.
-   A link that leads nowhere does not count, and the move replaces it. */
+/* Moves `path` into the trash `directory`, with a UUID after its name if the name is taken. A
+   dangling link does not count as taken; the move replaces it. */
 bool moveInto(const Containers::StringView directory, const Containers::StringView path) {
     Containers::String target = Utility::Path::join(directory, Utility::Path::split(path).second());
     if (Utility::Path::exists(target)) {
@@ -258,7 +258,7 @@ bool moveInto(const Containers::StringView directory, const Containers::StringVi
     return Utility::Path::move(path, target);
 }
 
-/* The path or the nearest one above it that exists, so that a dialog opens close to it. */
+/* The path or its nearest existing parent, so that a dialog opens close to it. */
 Containers::StringView startPath(Containers::StringView path) {
     while (!path.isEmpty() && !Utility::Path::exists(path)) {
         path = Utility::Path::split(path).first();

@@ -16,7 +16,7 @@ namespace VespermoorEngine {
 enum class VisitFlag : std::uint8_t {
     /** The visitor is called for the start path too, last of all. */
     IncludeRoot = 1,
-    /** Every directory that is found is expanded, not the start path alone. */
+    /** Every directory is expanded, not only the start path. */
     Recursive = 2,
     /** A symbolic link that leads to a directory is expanded. */
     FollowSymlinks = 4
@@ -28,7 +28,7 @@ using VisitFlags = Containers::EnumSet<VisitFlag>;
 CORRADE_ENUMSET_OPERATORS(VisitFlags)
 
 /**
- * @brief Whether @p path itself is a symbolic link, whatever it leads to.
+ * @brief Whether @p path itself is a symbolic link, dangling or not.
  *
  * If the system cannot tell, prints `isSymlink(): Unable to stat path <path> : <reason>` to `Error`
  * and returns false.
@@ -39,16 +39,15 @@ bool isSymlink(Containers::StringView path);
  * @brief Calls @p visitor for everything below @p path, children before their directory.
  *
  * The whole tree is listed before the first call, so the visitor may change it. Names within a
- * directory come in descending order, the start path last. @p listFlags pick the entries that are
- * seen, sorting aside, and have to hold `SkipDotAndDotDot`. The visitor gets the start path
- * as it was passed and everything else with the path of its directory, in a NUL-terminated view
- * that lives during the call; it returns whether to go on.
+ * directory come in descending order, the start path last. @p listFlags select the entries, apart
+ * from sorting, and must include `SkipDotAndDotDot`. The visitor gets the start path as passed, and
+ * every other path prefixed with its directory, in a NUL-terminated view that lives during the
+ * call. It returns whether to continue.
  *
- * A directory that cannot be listed is visited and not expanded. So is, under
- * @ref VisitFlag::FollowSymlinks, a link to a directory that the walk passed on its way from the
- * start path to the link, which ends a cycle of links. Other links are expanded, however many lead
- * to one place: the ways through directories that are full of links to each other soon are too
- * many.
+ * A directory that cannot be listed is visited and not expanded. So is, under @ref
+ * VisitFlag::FollowSymlinks, a link to a directory that the walk passed on its way from the start
+ * path to the link, which ends a cycle of links. Links that form no cycle are all expanded, so
+ * directories full of links to each other can make the walk exponentially long.
  *
  * Returns whether every call was made and returned true; false if @p path does not exist.
  */
@@ -60,40 +59,40 @@ bool visitPath(Containers::StringView path, Function<bool(Containers::StringView
  *
  * In a recursive walk @p enter is called for every path that will be visited, in the opposite
  * order: a directory is entered right before it is listed, and so before everything that it holds.
- * The second argument is whether the path is a directory, links looked through.
+ * The second argument tells whether the path is a directory or a link to one.
  */
 bool visitPath(Containers::StringView path, Function<void(Containers::StringView, bool)> enter,
                Function<bool(Containers::StringView)> visitor, Utility::Path::ListFlags listFlags,
                VisitFlags visitFlags);
 
 /**
- * @brief Copies the directory @p source with all it holds to @p destination.
+ * @brief Copies the directory @p source with its content to @p destination.
  *
- * Missing directories are made, and files replace those of the same name. Entries that only the
- * destination has stay. Links are looked through: the result holds directories and
- * files in their place. A link to a directory that the copy passed on its way from @p source to
- * the link, which would make a cycle, becomes an empty directory. A destination inside the source
- * is copied without itself and without the directories made to hold it.
+ * Missing directories are made, and files replace those of the same name. Other entries of the
+ * destination stay. Links are followed: the result holds directories and files in their place. A
+ * link that would make a cycle, to a directory between @p source and the link, becomes an empty
+ * directory. A destination inside the source is copied without itself and without the directories
+ * made to hold it.
  *
- * If both paths are one directory, nothing is done and the result is true. A named pipe in the
- * source blocks the copy until another process writes to it.
+ * If both paths are the same directory, does nothing and returns true. A named pipe in the source
+ * blocks the copy until another process writes to it.
  *
  * Returns false as soon as a file cannot be copied; everything made so far stays. A file of the
- * destination that is one of the source under another name, such as a link to it, cannot be
- * replaced by itself and stays as it is. A directory that cannot be listed becomes an empty one,
- * which is no failure. For a plain file as @p source the result is false, since both paths get a
- * slash at their end. Corrade's own `Path::copy()` does not notice that a device is full: on it the
- * result can be true although files are cut off. The stand-in for it notices.
+ * destination that is a source file under another name, such as a link to it, cannot be replaced
+ * and stays as it is. A directory that cannot be listed becomes an empty one, which is no failure.
+ * Returns false for a plain file as @p source, since both paths get a trailing slash. Corrade's own
+ * `Path::copy()` does not detect a full device: the result can then be true although files are cut
+ * off. Its stand-in detects it.
  */
 bool copyRecursive(Containers::StringView source, Containers::StringView destination);
 
 /**
- * @brief Removes @p path with all it holds; links are removed as links.
+ * @brief Removes @p path with its content; links are removed as links.
  *
- * Returns false if nothing is there, and as soon as something cannot be removed: what went
- * before is gone then and the rest stays. A link that leads nowhere counts as nothing when it is
- * @p path itself, and stays. A link with a slash after it names the directory it leads to: what
- * that holds is removed, the link cannot be, and the result is false.
+ * Returns false if nothing exists there, and as soon as an entry cannot be removed; entries removed
+ * before are gone and the rest stays. If @p path itself is a dangling link, it counts as
+ * nonexistent and stays. A link with a trailing slash names its target: the content of that
+ * directory is removed, the link cannot be, and the result is false.
  */
 bool deleteRecursive(Containers::StringView path);
 
@@ -111,9 +110,8 @@ Containers::String appDirectory();
  * @param[in] command           Placed between the single quotes of
  *      ``/bin/sh -lc '<command>' 2>&1``. Nothing is escaped, so it must not contain a single quote.
  * @param[out] output           Replaced by everything that the command wrote to its standard output
- * and standard error, byte for byte and in order. The output of the login shell's profile is part
- * of it, and so is that of `cd`: it prints the directory if it was found through `CDPATH` or is
- * `-`.
+ * and standard error, byte for byte and in order. This includes the output of the login shell's
+ * profile and of `cd`, which prints the directory if it was found through `CDPATH` or is `-`.
  * @param[in] workingDirectory  Placed between the double quotes of `cd "<directory>" && ` before
  *      that line; the current directory of the process stays. It must not contain a double
  *      quote, a `$`, a backquote or a backslash, which the shell would act on. Null or empty for no
@@ -132,8 +130,9 @@ int runShellCommandCapture(Containers::StringView command, Containers::String& o
  * @brief Sets variables in the environment of the process, each a name and a value.
  * @return 0, or the result of `setenv()` for the last one that could not be set.
  *
- * A variable that is already set keeps its value, which is no failure; of two pairs with one name
- * the first counts. A failure does not stop the others. Programs started later inherit them.
+ * A variable that is already set keeps its value, which is no failure; of two pairs with the same
+ * name the first counts. After a failure the others are still set. Programs started later inherit
+ * them.
  */
 int setShellEnvironment(
     const Containers::Array<Containers::Pair<Containers::String, Containers::String>>& environment);
@@ -147,8 +146,8 @@ int changeDirectory(Containers::StringView path);
 /**
  * @brief Opens @p url in the desktop's browser.
  * @param url   Placed without quotes at the end of `xdg-open <url>`. Nothing is escaped, so it must
- * not contain blanks, quotes or any other character that the shell acts on, such as the `&` between
- * the fields of a query.
+ * not contain blanks, quotes or any other character with a meaning in the shell, such as the `&`
+ * between the fields of a query.
  *
  * Blocks until `xdg-open` has ended. Nothing tells whether it could be started.
  */
@@ -164,7 +163,7 @@ void openBrowser(Containers::StringView url);
 void openWithSystemFilebrowser(Containers::StringView path);
 
 /**
- * @brief Opens @p path with the program that the desktop has for its kind.
+ * @brief Opens @p path with the desktop's program for its type.
  * @param path              Placed between the double quotes that end
  *      `cd "<directory>" && xdg-open "<path>"`. Nothing is escaped, so it must not contain a double
  *      quote, a `$`, a backquote or a backslash.
@@ -180,7 +179,7 @@ void openWithSystemDefault(Containers::StringView path, Containers::StringView w
 Containers::String generateUUID();
 
 /**
- * @brief Directory that receives what the user moves to the trash.
+ * @brief Directory that receives the files that the user moves to the trash.
  *
  * The trash is `$XDG_DATA_HOME/Trash` if that variable is set and not empty, else `.Trash` in a
  * home directory of `/root` and `.local/share/Trash` in any other; only that one place counts. The
@@ -196,30 +195,29 @@ Containers::Optional<Containers::String> findTrashPath();
  *      those before it are gone, it and those after it stay, apart from entries below it that a
  *      deletion has already removed.
  *
- * @ref findTrashPath() is called once for all paths. If
- * there is no trash because there is no home directory, its message is printed and everything
- * deleted. A directory goes as a whole. An entry whose name is taken in the trash gets a UUID
- * directly after its name, and that new name is not tested again. The name of a link that leads
- * nowhere counts as free, and a file that is moved there replaces the link. Of a path with a slash
- * at its end nothing is left but the UUID. The origin of an entry is not recorded. An entry on
- * another file system than the trash cannot be moved there and stays. The move or removal of
- * `Corrade::Utility::Path` that failed prints its message.
+ * @ref findTrashPath() is called once for all paths. If there is no trash because there is no home
+ * directory, prints its message and deletes everything. A directory goes as a whole. An entry whose
+ * name is taken in the trash gets a UUID directly after its name, and that new name is not tested
+ * again. The name of a dangling link counts as free, and a file moved there replaces the link. A
+ * path with a trailing slash has an empty name, so its new name is just the UUID. The origin of an
+ * entry is not recorded. An entry on another file system than the trash cannot be moved there and
+ * stays. The move or removal of `Corrade::Utility::Path` that failed prints its message.
  */
 bool moveToTrash(Containers::StringIterable paths);
 
 /**
  * @brief Icon of a notification; the values are those of `pfd::icon`.
  *
- * The helpers have no icon for a question and show that of an information.
+ * The helpers have no question icon and show the information icon instead.
  */
 enum class NotificationIcon : std::uint8_t { Info = 0, Warning = 1, Error = 2, Question = 3 };
 
 /**
  * @brief Lets the user choose a folder.
  * @param title         Title of the dialog.
- * @param defaultPath   Where the dialog starts; handed over unchanged, whether it exists or not. It
- *      should be absolute: zenity and kdialog do not start in a relative one. zenity opens the
- *      folder above it, with this one selected.
+ * @param defaultPath   Directory the dialog starts in, passed on unchanged even if it does not
+ * exist. It should be absolute: zenity and kdialog ignore a relative one. zenity opens the folder
+ * above it, with this one selected.
  * @return Path of the folder. Empty if none was chosen, the dialog was cancelled, or none could be
  *      shown, and also for the root, since a slash at the end is dropped.
  *
@@ -231,15 +229,15 @@ Containers::String openFolderDialog(Containers::StringView title,
 /**
  * @brief Lets the user choose existing files.
  * @param title         Title of the dialog.
- * @param defaultPath   Where the dialog starts: this file or directory or, if it does not exist,
- *      the nearest directory above it that does. It should be absolute: zenity and kdialog do not
- *      start in a relative one. Empty leaves it to the desktop.
+ * @param defaultPath   The dialog starts at this file or directory or, if it does not exist, in its
+ * nearest existing parent directory. It should be absolute: zenity and kdialog ignore a relative
+ * one. If empty, the desktop decides.
  * @param filters       A label, the patterns that belong to it with blanks in between, the next
  *      label and so on. May be empty.
- * @param multiple      Whether more than one file may be chosen. If so, a name that holds a newline
- *      arrives as two.
- * @return Paths in the order in which the dialog gives them, at most one unless @p multiple. Empty
- *      if none was chosen, the dialog was cancelled, or none could be shown.
+ * @param multiple      Whether more than one file may be chosen. If so, a name with a newline
+ * arrives as two.
+ * @return Paths in the order of the dialog, at most one unless @p multiple. Empty if none was
+ * chosen, the dialog was cancelled, or none could be shown.
  *
  * Blocks until the dialog has closed.
  */
@@ -265,7 +263,7 @@ Containers::String saveFileDialog(Containers::StringView title, Containers::Stri
 /**
  * @brief Shows a notification of the desktop.
  *
- * Blocks until the program that hands it to the desktop has ended. Nothing tells whether it was
+ * Blocks until the helper program has ended. There is no way to tell whether the notification was
  * shown.
  */
 void notification(Containers::StringView title, Containers::StringView message,

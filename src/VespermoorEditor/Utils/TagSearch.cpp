@@ -7,7 +7,7 @@
 #include <Corrade/Containers/Array.h>
 #include <Corrade/Containers/GrowableArray.h>
 
-/* How all tags are found in one scan of the text.
+/* Finds all tags in one scan of the text.
 
    The tags of two bytes or more are sorted. The text is scanned in stretches of as many places as
    the shortest tag has blocks of two or four bytes, but at most 8. Only the last block of each
@@ -34,8 +34,8 @@ struct Tag {
 
 /* Number of tags up to and including the last of the first `count` that is a prefix of `text`.
    These are the tags that come before `text` in ascending order. A prefix of `text` is also a
-   prefix of everything between the two, so after a tag that is none only its own prefixes are left
-   to try. */
+   prefix of everything between the two, so after a tag that is not a prefix only its own prefixes
+   are left to try. */
 std::size_t countToPrefix(const Containers::ArrayView<const Tag> tags, std::size_t count,
                           const Containers::StringView text) {
     while (count != 0 && !text.hasPrefix(tags[count - 1].bytes)) {
@@ -181,7 +181,7 @@ void scan(const Containers::StringView text, const Containers::ArrayView<const T
 
 void findFirstOccurrences(const Containers::StringView text,
                           const Containers::ArrayView<const SoughtTag> sought) {
-    /* The library's search for one byte is faster than any search for several tags. */
+    /* A search for one byte is faster than any search for several tags. */
     for (const SoughtTag& tag : sought) {
         if (tag.bytes.size() == 1) {
             *tag.found = text.find(tag.bytes.front());

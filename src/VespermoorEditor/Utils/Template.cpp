@@ -93,7 +93,7 @@ void addTokens(StringArray& tokens, const Containers::StringView body) {
     }
 }
 
-/* JSON strings can hold NUL bytes, which end a text in comparisons and in the output. */
+/* A JSON string can hold NULs; the first one ends the text in comparisons and in the output. */
 Containers::StringView upToNul(const Containers::StringView text) {
     return text.prefix(strnlen(text.data(), text.size()));
 }
@@ -125,9 +125,9 @@ void copyWithSlashes(const Containers::StringView name, char* const path) {
     copyBlockWithSlashes<block>(name.end() - block, path + size - block);
 }
 
-/* Evaluates expressions against one list of scopes. The text of a value is not returned but handed
-   to a function, `use`, so that it need not be copied: it lives in the accessor, which is gone when
-   the evaluation ends. Evaluations return false if they failed and have printed the reason. */
+/* Evaluates expressions against one list of scopes. The text of a value is passed to a function,
+   `use`, instead of returned, which saves a copy: it lives in the accessor, which ends with the
+   evaluation. A failed evaluation prints the reason and returns false. */
 class Evaluator {
 public:
     explicit Evaluator(const Scopes scopes) : scopes{scopes} {}
@@ -168,8 +168,8 @@ private:
     Containers::Array<char> longPath;
 };
 
-/* The path that scopes are asked for: NUL-terminated, with a slash for each dot. It lives until the
-   next call. */
+/* The path for lookups in scopes: NUL-terminated, with a slash for each dot. Lives until the next
+   call. */
 Containers::StringView Evaluator::memberPath(const Containers::StringView name) {
     char* path = shortPath;
     if (name.size() >= sizeof(shortPath)) {
@@ -184,8 +184,8 @@ Containers::StringView Evaluator::memberPath(const Containers::StringView name) 
 template <class Use>
 bool Evaluator::evalComparison(const StringArrayView& tokens, const std::size_t first,
                                const Use& use) {
-    /* Both sides first, so that each one that fails prints its reason. The left text is copied,
-       since the accessors of a host may share the value that they give. */
+    /* Both sides are evaluated first, so that each failure prints its reason. The left text is
+       copied, since the accessors of a host may share one value. */
     const bool hasLeft =
         evalSingleTokenExpr(tokens.get(first), [this](const Containers::StringView text) {
             const Containers::StringView visible = upToNul(text);
@@ -251,7 +251,7 @@ public:
         std::memcpy(grow(text.size()), text.data(), text.size());
     }
 
-    /* A text with a NUL in it ends there, and is filled up with NULs to its size. */
+    /* A text ends at its first NUL, and is padded with NULs to its size. */
     void appendValue(const Containers::StringView text) {
         const std::size_t visible = strnlen(text.data(), text.size());
         char* const end = grow(text.size());
@@ -264,7 +264,7 @@ public:
     Containers::String release() { return Implementation::takeString(buffer, size); }
 
 private:
-    /* Makes room for `added` bytes and a terminator and returns where they begin. */
+    /* Makes room for `added` bytes and a terminator and returns a pointer to them. */
     char* grow(const std::size_t added) {
         const std::size_t end = size;
         size += added;

@@ -35,11 +35,11 @@ public:
      * @brief Compiles @p source, which is expected to be NUL-terminated and is read up to its first
      * NUL.
      *
-     * The view of a temporary string does not tell that it is NUL-terminated: give the string that
-     * a function returns a name first. The template copies what it needs. A directive that is
-     * unterminated or empty prints `Template::Template(): Syntax error: Unterminated template
-     * directive` to `Corrade::Utility::Error` and ends the compilation; what stands in front of it
-     * stays and can be rendered, and @ref isValid() is false.
+     * A view of a temporary string is not marked as NUL-terminated: store a string that a function
+     * returns in a variable first. The template keeps no view of @p source. An unterminated or
+     * empty directive prints `Template::Template(): Syntax error: Unterminated template directive`
+     * to `Corrade::Utility::Error` and ends the compilation: the part before it can still be
+     * rendered, and @ref isValid() is false.
      */
     VESPERMOOR_EDITOR_UTILS_EXPORT explicit Template(Containers::StringView source);
 
@@ -103,7 +103,7 @@ private:
         StringArray tokens;
     };
 
-    /* Compiles the directive of that body, or returns false if it has no token. */
+    /* Compiles the directive with that body, or returns false if it has no token. */
     bool addDirective(Containers::StringView body);
 
     /* Index of the first `end` from `directive` on, or the number of directives. */

@@ -11,7 +11,7 @@
 namespace VespermoorEngine {
 
 /**
- * @brief Result that is either a @p T or the message that says why there is none.
+ * @brief Result that is either a @p T or an error message.
  *
  * Owns what it holds. A moved-from result keeps its state and holds a moved-from value or message.
  */

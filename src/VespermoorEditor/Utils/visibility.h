@@ -3,7 +3,7 @@
 
 #include "VespermoorEngine/Dependencies.h"
 
-/** @brief Marks what libVespermoorEditorUtils exports; everything else is hidden. */
+/** @brief Exports a symbol from libVespermoorEditorUtils; all others are hidden. */
 #define VESPERMOOR_EDITOR_UTILS_EXPORT __attribute__((visibility("default")))
 
 #endif

@@ -27,7 +27,7 @@ void destroyRaw(T* data, std::size_t size) {
 } // namespace Implementation
 
 /**
- * Stands in for Corrade's owning array. A null function as the deleter means `delete[]`; growing
+ * Stand-in for Corrade's owning array. A null function as the deleter means `delete[]`; growing
  * functions are in `Corrade/Containers/GrowableArray.h`.
  */
 template <class T>
@@ -39,7 +39,7 @@ public:
     explicit Array(T* data, std::size_t size, Deleter deleter = nullptr) noexcept
         : _data{data}, _size{size}, _deleter{deleter} {}
     explicit Array(ValueInitT, std::size_t size) : Array{size ? new T[size]() : nullptr, size} {}
-    /** Elements that have a constructor are for the caller to make. */
+    /** If the elements have a constructor, the caller has to construct them. */
     explicit Array(NoInitT, std::size_t size) : Array{} {
         if (!size)
             return;
@@ -91,7 +91,7 @@ public:
     ArrayView<const T> prefix(std::size_t size) const { return view().prefix(size); }
     ArrayView<T> exceptPrefix(std::size_t size) { return view().exceptPrefix(size); }
 
-    /** The caller frees the memory; take `deleter()` before, as it is reset here. */
+    /** The caller frees the memory; get `deleter()` first, since it is reset here. */
     T* release() {
         _size = 0;
         _deleter = nullptr;

@@ -14,7 +14,7 @@ inline namespace VespermoorStandins {
 namespace Containers {
 namespace Implementation {
 
-/** Whether views of it can be made, as of an array of C: specialized beside each container. */
+/** Whether views of it can be made, as of a C array; specialized beside each container. */
 template <class Container>
 constexpr bool hasElements = false;
 template <class T>
@@ -31,7 +31,7 @@ using IfElements = std::enable_if_t<hasElements<std::decay_t<Container>>>;
 
 } // namespace Implementation
 
-/** Stands in for Corrade's view of elements that someone else owns. */
+/** Stand-in for Corrade's view of elements that someone else owns. */
 template <class T>
 class ArrayView {
 public:
@@ -85,7 +85,7 @@ private:
     std::size_t _size;
 };
 
-/** View of bytes: a view of anything converts to it, with its size in bytes. */
+/** View of bytes, to which every view converts, with its size in bytes. */
 template <>
 class ArrayView<const void> {
 public:
@@ -113,7 +113,7 @@ template <std::size_t size, class T>
 constexpr ArrayView<T> arrayView(T (&data)[size]) {
     return data;
 }
-/** The view lives as long as the list, that is to the end of the full expression. */
+/** The view lives as long as the list: to the end of the full expression. */
 template <class T>
 constexpr ArrayView<const T> arrayView(std::initializer_list<T> list) {
     return {list.begin(), list.size()};

@@ -1,7 +1,7 @@
 #ifndef VespermoorStandins_Corrade_Containers_Containers_h
 #define VespermoorStandins_Corrade_Containers_Containers_h
 
-/** @file Stands in for the forward declarations of Corrade's containers. */
+/** @file Stand-in for the forward declarations of Corrade's containers. */
 
 #include <cstddef>
 #include <type_traits>

@@ -9,7 +9,7 @@ namespace Corrade {
 inline namespace VespermoorStandins {
 namespace Containers {
 
-/** Stands in for Corrade's set of the flags of one enum class. */
+/** Stand-in for Corrade's set of the flags of one enum class. */
 template <class T, std::underlying_type_t<T> fullValue>
 class EnumSet {
 public:

@@ -1,7 +1,7 @@
 #ifndef VespermoorStandins_Corrade_Containers_GrowableArray_h
 #define VespermoorStandins_Corrade_Containers_GrowableArray_h
 
-/** @file Stands in for Corrade's functions that make an `Array` grow and shrink. */
+/** @file Stand-in for Corrade's functions that make an `Array` grow and shrink. */
 
 #include <algorithm>
 #include <cstdint>
@@ -16,8 +16,8 @@ namespace Containers {
 namespace Implementation {
 
 /**
- * Memory that remembers its capacity before the first element. An array that owns such memory
- * is told by its deleter, so it stays an ordinary array that can be released and handed on.
+ * Memory with its capacity stored before the first element. The deleter identifies an array that
+ * owns such memory, so it is an ordinary array that can be released and passed on.
  */
 template <class T>
 struct GrowableMemory {
@@ -48,7 +48,7 @@ struct GrowableMemory {
         array = Array<T>{data, size, deleter};
     }
 
-    /** Sets the size; elements that this adds are for the caller to make. */
+    /** Sets the size; the caller constructs added elements. */
     static void resize(Array<T>& array, std::size_t size) {
         if (size == array._size)
             return;
@@ -59,7 +59,7 @@ struct GrowableMemory {
         array._size = size;
     }
 
-    /** Adds room for `count` elements at the end, for the caller to make. */
+    /** Adds room for `count` elements at the end, which the caller constructs. */
     static ArrayView<T> grow(Array<T>& array, std::size_t count) {
         const std::size_t size = array._size;
         const std::size_t current = owns(array) ? capacity(array._data) : 0;
@@ -70,7 +70,7 @@ struct GrowableMemory {
     }
 
 private:
-    /* By address: as far as the language knows, nothing lies before an array */
+    /* By address: as far as the language knows, nothing comes before an array */
     static char* base(T* data) {
         return reinterpret_cast<char*>(reinterpret_cast<std::uintptr_t>(data) - Offset);
     }
@@ -106,7 +106,7 @@ std::size_t arrayCapacity(Array<T>& array) {
                : array.size();
 }
 
-/** Gives room for exactly `capacity` elements unless there is more, and returns the capacity. */
+/** Reserves room for exactly `capacity` elements unless there is more, and returns the capacity. */
 template <class T>
 std::size_t arrayReserve(Array<T>& array, std::size_t capacity) {
     if (arrayCapacity(array) < capacity)

@@ -18,7 +18,7 @@ struct NullOptT {
 };
 constexpr NullOptT NullOpt{NullOptT::Init{}};
 
-/** Stands in for Corrade's optional value. */
+/** Stand-in for Corrade's optional value. */
 template <class T>
 class Optional {
 public:

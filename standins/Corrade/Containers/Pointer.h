@@ -13,7 +13,7 @@ namespace Corrade {
 inline namespace VespermoorStandins {
 namespace Containers {
 
-/** Stands in for Corrade's owner of one object on the heap. */
+/** Stand-in for Corrade's owner of one object on the heap. */
 template <class T>
 class Pointer {
     static_assert(!std::is_array<T>::value, "use Containers::Array for arrays instead");

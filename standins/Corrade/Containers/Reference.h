@@ -7,7 +7,7 @@ namespace Corrade {
 inline namespace VespermoorStandins {
 namespace Containers {
 
-/** Stands in for Corrade's reference that can be stored and assigned. */
+/** Stand-in for Corrade's reference that can be stored and assigned. */
 template <class T>
 class Reference {
 public:

@@ -22,8 +22,8 @@ struct StringConverter;
 } // namespace Implementation
 
 /**
- * Stands in for Corrade's owning string, without its storage of small strings in place. The data
- * are never null and always NUL-terminated. Queries give views that can't be written through.
+ * Stand-in for Corrade's owning string, without its storage of small strings in place. The data are
+ * never null and always NUL-terminated. Queries return read-only views.
  */
 class String {
 public:
@@ -72,7 +72,7 @@ public:
 
     explicit operator bool() const { return size(); }
 
-    /** `Global` is kept for a view of memory that lives on only. */
+    /** Keeps `Global` only for a view of memory that outlives the string. */
     StringViewFlags viewFlags() const {
         return StringViewFlags{_sizeAndGlobal & GlobalMask} | StringViewFlag::NullTerminated;
     }

@@ -21,7 +21,7 @@ using IfString =
 
 } // namespace Implementation
 
-/** Stands in for Corrade's read-only view of any strings that lie beside one another. */
+/** Stand-in for Corrade's read-only view of contiguous strings of any type. */
 class StringIterable {
 public:
     class Iterator;

@@ -1,7 +1,7 @@
 #ifndef VespermoorStandins_Corrade_Containers_StringStl_h
 #define VespermoorStandins_Corrade_Containers_StringStl_h
 
-/** @file Stands in for Corrade's conversions between its strings and `std::string`. */
+/** @file Stand-in for Corrade's conversions between its strings and `std::string`. */
 
 #include <string>
 

@@ -39,8 +39,8 @@ using StringViewFlags = EnumSet<StringViewFlag, std::size_t{3} << (sizeof(std::s
 CORRADE_ENUMSET_OPERATORS(StringViewFlags)
 
 /**
- * Stands in for Corrade's view of bytes that someone else owns. A part keeps `Global`, and keeps
- * `NullTerminated` when it reaches to the end.
+ * Stand-in for Corrade's view of bytes that someone else owns. A part keeps `Global`, and keeps
+ * `NullTerminated` if it reaches the end.
  */
 template <class T>
 class BasicStringView {
@@ -58,7 +58,7 @@ public:
             "Containers::StringView: Containers::StringViewFlag::NullTerminated expects non-null "
             "null-terminated data");
     }
-    /** Reads up to the NUL, which need not be there in the form above. */
+    /** Reads up to the NUL, which the form above does not need. */
     template <class Pointer, class = std::enable_if_t<std::is_pointer<Pointer>::value>,
               class = Implementation::IfPointerTo<Pointer, T>>
     BasicStringView(Pointer data, StringViewFlags flags = {}) noexcept
@@ -145,7 +145,7 @@ public:
         return exceptPrefix(kept == std::string_view::npos ? size() : kept);
     }
 
-    /** An empty view has no parts; a delimiter at an end has an empty one beside it. */
+    /** An empty view has no parts; a delimiter at either end adds an empty one. */
     VESPERMOOR_STANDINS_EXPORT Array<BasicStringView> split(char delimiter) const;
 
     bool hasPrefix(Text prefix) const { return bytes().substr(0, prefix.size()) == prefix.bytes(); }

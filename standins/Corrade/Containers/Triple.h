@@ -10,7 +10,7 @@ namespace Corrade {
 inline namespace VespermoorStandins {
 namespace Containers {
 
-/** Stands in for Corrade's three values. */
+/** Stand-in for Corrade's three values. */
 template <class F, class S, class T>
 class Triple {
     static_assert(!std::is_lvalue_reference<F>::value && !std::is_lvalue_reference<S>::value &&

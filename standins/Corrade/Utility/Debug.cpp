@@ -14,7 +14,7 @@ namespace Utility {
 
 namespace {
 
-/* The present output of each channel: its default one or the innermost redirection. */
+/* The current output of each channel: its default one or the innermost redirection. */
 thread_local std::array<std::ostream*, 3> outputs{&std::cout, &std::cerr, &std::cerr};
 
 } // namespace

@@ -8,7 +8,7 @@
 #include "Corrade/Utility/Utility.h"
 #include "Corrade/visibility.h"
 
-/** @file @brief Stands in for Corrade::Utility::Debug, Warning and Error. */
+/** @file @brief Stand-in for Corrade::Utility::Debug, Warning and Error. */
 
 namespace Corrade {
 inline namespace VespermoorStandins {
@@ -36,7 +36,7 @@ public:
     Debug& operator<<(int value);
     Debug& operator<<(unsigned long value);
     Debug& operator<<(float value);
-    /* Would be taken for a boolean */
+    /* Would convert to a boolean */
     Debug& operator<<(const void* value) = delete;
 
 protected:
@@ -74,7 +74,7 @@ public:
     explicit Error(std::ostream* output, Flags flags = {}) : Debug{Channel::Error, output, flags} {}
 };
 
-/* Lets a temporary stream take the values whose operator is no member. */
+/* Lets a temporary stream take values whose operator is not a member. */
 template <class T>
 inline Debug& operator<<(Debug&& debug, const T& value) {
     return debug << value;

@@ -26,7 +26,8 @@ void append(std::string& out, Integer number) {
     out += std::to_string(number);
 }
 
-/* As std::printf() in the "C" locale, whatever the locale. The largest double has 309 digits. */
+/* As std::printf() in the "C" locale, regardless of the current one. The largest double has 309
+   digits. */
 void append(std::string& out, double number) {
     char text[320];
     out.append(text, std::to_chars(text, std::end(text), number, std::chars_format::fixed, 4).ptr);

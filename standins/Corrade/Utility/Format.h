@@ -9,7 +9,7 @@
 #include "Corrade/Containers/StringView.h"
 #include "Corrade/visibility.h"
 
-/** @file @brief Stands in for Corrade::Utility::format(). */
+/** @file @brief Stand-in for Corrade::Utility::format(). */
 
 namespace Corrade {
 inline namespace VespermoorStandins {
@@ -19,8 +19,8 @@ namespace Implementation {
 
 using FormatArgument = std::variant<long long, unsigned long long, double, Containers::StringView>;
 
-/* No more than the real one takes: no strings of the standard library or other types that convert
-   to a view, no enumerations, and no characters. */
+/* Takes no more than the real one: no standard strings or other types that convert to a view, no
+   enumerations, and no characters. */
 template <class T, class... Others>
 constexpr bool isOneOf = (std::is_same_v<T, Others> || ...);
 template <class T>
@@ -46,8 +46,10 @@ format(const char* format, const FormatArgument* arguments, std::size_t count);
 
 } // namespace Implementation
 
-/** Knows the placeholders `{}` for texts and integers and `{:.4f}` for doubles; any other brace
-    aborts. */
+/**
+ * Supports the placeholders `{}` for texts and integers and `{:.4f}` for doubles; aborts on any
+ * other brace.
+ */
 template <class... Args>
 Containers::String format(const char* format, const Args&... args) {
     const Implementation::FormatArgument arguments[]{Implementation::formatArgument(args)..., 0ll};

@@ -38,7 +38,7 @@ using Containers::Optional;
 using Containers::StringView;
 using namespace Containers::Literals;
 
-/* Prints the failed operation and the reason of the system. */
+/* Prints the failed operation and the system's reason. */
 template <class... Args>
 bool fail(std::error_code error, const char* message, const Args&... args) {
     Error{} << format(message, args...) << Debug::nospace << ": error" << error.value() << "("
@@ -46,13 +46,13 @@ bool fail(std::error_code error, const char* message, const Args&... args) {
     return false;
 }
 
-/* The error is read first of all, before anything here can overwrite it. */
+/* Reads `errno` first, before anything here can overwrite it. */
 template <class... Args>
 bool fail(const char* message, const Args&... args) {
     return fail(std::error_code{errno, std::generic_category()}, message, args...);
 }
 
-/* A link counts as the entry it leads to. One that leads nowhere is never skipped. */
+/* A link counts as its target. A dangling link is never skipped. */
 bool isSkipped(const fs::directory_entry& entry, ListFlags flags) {
     std::error_code ignored;
     if (!(flags & (ListFlag::SkipFiles | ListFlag::SkipSpecial)) || entry.is_directory(ignored))
@@ -85,7 +85,7 @@ private:
     int _descriptor;
 };
 
-/* The status of an open file; one that cannot be had counts as that of an empty special file. */
+/* The status of an open file; on failure that of an empty special file. */
 struct stat statusOf(const File& file) {
     struct stat status {};
     if (fstat(file.descriptor(), &status) != 0)
@@ -212,8 +212,8 @@ Optional<Containers::Array<Containers::String>> list(StringView path, ListFlags 
     return Optional<Containers::Array<Containers::String>>{std::move(names)};
 }
 
-/* Reads to the end, whatever size the system gives: files of /proc have more than their zero and
-   those of /sys less than their 4096. The array always has room for one more byte than was
+/* Reads to the end and does not rely on the reported size: files in /proc hold more than their size
+   of 0, those in /sys less than their 4096. The array always has room for one more byte than was
    read, which is the NUL in the end. */
 Optional<Containers::String> readString(StringView filename) {
     const File file{filename, O_RDONLY};
@@ -256,13 +256,13 @@ bool write(StringView filename, Containers::ArrayView<const void> data) {
 
 namespace {
 
-/* Fits the caches, and most files are through in one turn. */
+/* Fits the caches, and most files need one round. */
 constexpr std::size_t CopyBlock = std::size_t(128) << 10;
 
-/* Copies as much as the kernel can on its own, and moves both positions: not through this process,
-   and on some file systems by sharing the blocks. Whatever ends it early (two file systems, a
-   device, an old kernel, a full disk), the plain copy continues from there and reports. Returns
-   whether anything was copied. */
+/* Lets the kernel copy as much as it can, which advances both positions: without a detour through
+   this process, and on some file systems by sharing blocks. If it ends early (two file systems, a
+   device, an old kernel, a full disk), the plain copy continues from there and reports errors.
+   Returns whether anything was copied. */
 bool copyInKernel(const File& in, const File& out) {
     constexpr std::size_t step = std::size_t(1) << 30;
     bool copied = false;
@@ -271,7 +271,7 @@ bool copyInKernel(const File& in, const File& out) {
     return copied;
 }
 
-/* Whether the path, links looked through, is that of the open file. */
+/* Whether the path, with links followed, is that of the open file. */
 bool isFileAt(const File& file, StringView path) {
     const struct stat opened = statusOf(file);
     struct stat named;
@@ -281,9 +281,9 @@ bool isFileAt(const File& file, StringView path) {
 
 } // namespace
 
-/* The first block is read before the target is touched: so it shows whether there is anything to
-   read, and whether it is worth while to ask the kernel for the rest. A copy of a file to itself,
-   which would empty it, is refused; the real one does not look. */
+/* Reads the first block before it touches the target: this shows whether the source can be read,
+   and whether a copy by the kernel is worthwhile for the rest. Refuses a copy of a file to itself,
+   which would empty it; the real one does not check. */
 bool copy(StringView from, StringView to) {
     const File in{from, O_RDONLY};
     if (!in.isOpen())

@@ -7,7 +7,7 @@
 #include "Corrade/Containers/StringView.h"
 #include "Corrade/visibility.h"
 
-/** @file @brief Stands in for Corrade::Utility::Path. */
+/** @file @brief Stand-in for Corrade::Utility::Path. */
 
 namespace Corrade {
 inline namespace VespermoorStandins {
@@ -41,7 +41,7 @@ enum class ListFlag : unsigned char {
 using ListFlags = Containers::EnumSet<ListFlag>;
 CORRADE_ENUMSET_OPERATORS(ListFlags)
 
-/** Expects `SkipDotAndDotDot`, without which the real one gives those entries too. */
+/** Expects `SkipDotAndDotDot`; without it the real one returns those entries too. */
 VESPERMOOR_STANDINS_EXPORT
 Containers::Optional<Containers::Array<Containers::String>> list(Containers::StringView path,
                                                                  ListFlags flags);
@@ -50,7 +50,7 @@ VESPERMOOR_STANDINS_EXPORT Containers::Optional<Containers::String>
 readString(Containers::StringView filename);
 VESPERMOOR_STANDINS_EXPORT bool write(Containers::StringView filename,
                                       Containers::ArrayView<const void> data);
-/* A C string would be written with its terminating zero; a view has its size. */
+/* A C string would be written with its terminator; a view has its size. */
 template <std::size_t size>
 bool write(const Containers::StringView& filename, const char (&string)[size]) = delete;
 

@@ -4,7 +4,7 @@
 #include "Corrade/Containers/StringView.h"
 #include "Corrade/visibility.h"
 
-/** @file @brief Stands in for Corrade::Utility::String: ASCII case. */
+/** @file @brief Stand-in for Corrade::Utility::String: ASCII case. */
 
 namespace Corrade {
 inline namespace VespermoorStandins {

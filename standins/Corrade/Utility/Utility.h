@@ -1,7 +1,7 @@
 #ifndef VespermoorStandins_Corrade_Utility_Utility_h
 #define VespermoorStandins_Corrade_Utility_Utility_h
 
-/** @file @brief Stands in for the forward declarations of Corrade's Utility library. */
+/** @file @brief Stand-in for the forward declarations of Corrade's Utility library. */
 
 namespace Corrade {
 inline namespace VespermoorStandins {

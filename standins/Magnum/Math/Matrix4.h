@@ -7,7 +7,7 @@ namespace Magnum {
 inline namespace VespermoorStandins {
 namespace Math {
 
-/** Stands in for Magnum's transformation in space, stored column after column. */
+/** Stand-in for Magnum's transformation in space, stored column after column. */
 template <class T>
 class Matrix4 {
 public:

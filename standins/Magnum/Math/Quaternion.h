@@ -8,7 +8,7 @@ namespace Magnum {
 inline namespace VespermoorStandins {
 namespace Math {
 
-/** Stands in for Magnum's quaternion, the identity by default: x, y and z, then the scalar. */
+/** Stand-in for Magnum's quaternion, the identity by default: x, y and z, then the scalar. */
 template <class T>
 class Quaternion {
 public:

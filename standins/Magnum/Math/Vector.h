@@ -10,7 +10,7 @@ namespace Magnum {
 inline namespace VespermoorStandins {
 namespace Math {
 
-/** Stands in for Magnum's vector of a size that the type says; its arithmetic is left out. */
+/** Stand-in for Magnum's vector of a fixed size, without its arithmetic. */
 template <std::size_t size, class T>
 class Vector {
 public:

@@ -7,7 +7,7 @@ namespace Magnum {
 inline namespace VespermoorStandins {
 namespace Math {
 
-/** Stands in for Magnum's vector of two components. */
+/** Stand-in for Magnum's vector of two components. */
 template <class T>
 class Vector2 : public Vector<2, T> {
 public:

@@ -7,7 +7,7 @@ namespace Magnum {
 inline namespace VespermoorStandins {
 namespace Math {
 
-/** Stands in for Magnum's vector of three components. */
+/** Stand-in for Magnum's vector of three components. */
 template <class T>
 class Vector3 : public Vector<3, T> {
 public:

@@ -7,7 +7,7 @@ namespace Magnum {
 inline namespace VespermoorStandins {
 namespace Math {
 
-/** Stands in for Magnum's vector of four components. */
+/** Stand-in for Magnum's vector of four components. */
 template <class T>
 class Vector4 : public Vector<4, T> {
 public:
