@@ -16,12 +16,12 @@ using Containers::StringViewFlags;
 
 namespace {
 
-/* A short text lies in the object itself, which refers to it; a long one lies on the heap. */
+/* A short text is in the object itself, which refers to it; a long one is on the heap. */
 struct Text : std::string {
     explicit Text(std::size_t size = 0) : std::string(size % 40, 'x') {}
 };
 
-/* Changes both in the same way, by a number that is no larger than the size. */
+/* Changes both in the same way, by at most the size. */
 template <class T>
 void change(Array<T>& array, std::vector<T>& vector, unsigned kind, std::size_t number) {
     if (kind == 0) {
@@ -39,7 +39,7 @@ void change(Array<T>& array, std::vector<T>& vector, unsigned kind, std::size_t 
         vector.resize(vector.size() - number / 2);
     } else if (kind == 4) {
         EXPECT_GE(arrayReserve(array, 2 * number), 2 * number);
-    } else { /* To memory that cannot grow. */
+    } else { /* Moves to memory that cannot grow. */
         array = Array<T>{InPlaceInit, {array.data(), array.size()}};
     }
 }
@@ -70,7 +70,7 @@ TEST(Array, MovesItsElementsSeldomWhenAppendedTo) {
     EXPECT_LE(capacities.size(), 40);
 }
 
-/* A wrong flag lets its reader go past the end of a text or keep one that is gone. */
+/* With a wrong flag a reader goes past the end of a text or keeps a destroyed one. */
 TEST(StringView, TracksTheFlagsOfTheMemory) {
     constexpr StringViewFlags none;
     constexpr StringViewFlags global = Containers::StringViewFlag::Global;

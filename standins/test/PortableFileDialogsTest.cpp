@@ -17,7 +17,7 @@ std::string savePath() {
     return pfd::save_file{"title"}.result();
 }
 
-/* With @ for the directory of the test, which is the current one. */
+/* @ is the directory of the test, which is the current one. */
 TEST(PortableFileDialogs, RunTheHelperOfTheDesktop) {
     const std::tuple<const char*, const char*, Texts, std::string> rows[]{
         {"@/bin", "", {}, ""},

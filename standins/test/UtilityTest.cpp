@@ -43,8 +43,8 @@ TEST(Path, SplitsAndJoins) {
     EXPECT_EQ(Path::join("a", "/b"), "/b");
 }
 
-/* Sizes around the blocks of reads and copies, files that tell no size or a wrong one, and a file
-   on another file system than the target. */
+/* Sizes around the blocks of reads and copies, files with no size or a wrong one, and a file on
+   another file system than the target. */
 TEST(Path, ReadsAndCopiesWhateverTheSize) {
     const TemporaryDirectory root;
     const std::string copy = root / "copy";
@@ -85,7 +85,7 @@ const Failure failures[]{
      "copy(): can't read from full which is a directory\n"},
     {[] { return Path::remove("full"); },
      "remove(): can't remove full: error 39 (Directory not empty)\n"},
-/* The real one empties the file, and takes no notice of an error once a file is open. */
+/* The real one empties the file, and ignores errors after a file is open. */
 #ifdef VESPERMOOR_STANDINS_EXPORT
     {[] { return Path::copy("file", "link"); }, "copy(): can't copy file to itself\n"},
     {[] { return Path::copy("file", "/dev/full"); },
