@@ -21,17 +21,17 @@ void addFog(const Containers::StringView scenePath) {
     //! [missing]
     SceneValue root{scene.value()};
     Containers::Pointer<JsonObject> density = root.member("scene/fog/density");
-    Utility::Debug{} << density->asFloat(); /* A read of a missing value: the default. */
+    Utility::Debug{} << density->asFloat(); /* Reading a missing value gives the default. */
     if (!density->exists()) {
         Utility::Debug{} << "still missing";
     }
-    density->setFloat(0.25f); /* A write makes "fog" and "density". */
+    density->setFloat(0.25f); /* Writing creates "fog" and "density". */
     Utility::Debug{} << density->asFloat();
     //! [missing]
 }
 
 //! [escape]
-/* The step of a JSON Pointer that leads to the member `name`. */
+/* The member `name` as a step of a JSON Pointer. */
 std::string escaped(const Containers::StringView name) {
     std::string step;
     for (const char character : name) {
@@ -57,11 +57,11 @@ void readTexture(const Containers::StringView name) {
 }
 
 //! [live]
-/* A scene that is always as it was last saved. The callback holds `this`, so it cannot be moved. */
+/* A scene that follows its file. The callback captures `this`, so it cannot be moved. */
 class LiveScene {
 public:
     explicit LiveScene(const Containers::StringView path) : path{path} {
-        /* Watched before it is read for the first time, or a save in between would be missed. */
+        /* Watch before the first read, or a save in between would be missed. */
         files.watch(path, FileWatch::Callback{
                               DefaultInit, [this](Containers::StringView, FileWatch::Event event) {
                                   stale = stale || event == FileWatch::Event::Modify;
@@ -70,7 +70,7 @@ public:
     LiveScene(const LiveScene&) = delete;
     LiveScene& operator=(const LiveScene&) = delete;
 
-    /* Returns whether the document is a new one. */
+    /* Returns whether there is a new document. */
     bool tick() {
         files.update();
         if (!stale) {
@@ -79,7 +79,7 @@ public:
         stale = false;
         ValueOrError<rapidjson::Document> saved = RapidJsonUtils::parseJsonFile(path);
         if (!saved) {
-            /* Saved by halves: the rest of the save is another change. Keep the old document. */
+            /* Half saved: the rest of the save is another change. Keep the old document. */
             return false;
         }
         document = std::move(saved).value();

@@ -44,8 +44,8 @@ void openScene(const Containers::StringView folder) {
 
 void countScenes(const Containers::StringView project) {
     //! [capture]
-    /* A fixed command: nothing in it comes from the user. The folder must have no byte that the
-       shell acts on between double quotes. */
+    /* A fixed command, without any text of the user. The folder must contain no character with a
+       meaning between the shell's double quotes. */
     for (const char character : project) {
         if (character == '"' || character == '$' || character == '`' || character == '\\') {
             Utility::Error{} << "The shell would not take" << project << "as it is";

@@ -24,7 +24,7 @@ void readJson(const Containers::StringView scenePath) {
     SceneValue root{scene.value()};
     Utility::Debug{} << root.member("scene/name")->asString();
     Utility::Debug{} << root.member("scene/scale")->asFloat();
-    Utility::Debug{} << root.member("scene/layers")->asInt(1); /* Not there: the default. */
+    Utility::Debug{} << root.member("scene/layers")->asInt(1); /* Missing, so the default. */
     //! [json]
 }
 
@@ -99,7 +99,8 @@ void convertNames() {
 
 void findData(const Containers::StringView programs) {
     //! [desktop]
-    /* Without an argument from Utils::executablesPath(), the directory of the running program. */
+    /* Without an argument it starts at Utils::executablesPath(), the directory of the running
+       program. */
     if (const Containers::Optional<Containers::String> data = Utils::findEditorRoot(programs)) {
         Utility::Debug{} << "data in" << Utility::Path::split(*data).second();
     }

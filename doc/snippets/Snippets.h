@@ -3,8 +3,8 @@
 
 #include <Corrade/Containers/StringView.h>
 
-/* The code that the pages of the documentation quote. The functions may change the files whose
-   paths they are given. */
+/* The code quoted in the documentation. The functions may change the files at the paths they
+   get. */
 
 void readJson(Corrade::Containers::StringView scenePath);
 void renderTemplate(Corrade::Containers::StringView scenePath);
@@ -25,8 +25,7 @@ void discard(Corrade::Containers::StringView asset);
 void openScene(Corrade::Containers::StringView folder);
 void countScenes(Corrade::Containers::StringView project);
 
-/* Renders the examples of the template language; returns whether each gives the output next to it.
- */
+/* Renders the examples of the template language; returns whether each has the output next to it. */
 bool renderExamples();
 
 #endif

@@ -8,7 +8,7 @@ using namespace Corrade;
 using namespace VespermoorEngine;
 
 //! [fresh]
-/* Watches a folder that others may delete and make again. */
+/* Watches a folder that other programs may delete and recreate. */
 class FolderWatch {
 public:
     explicit FolderWatch(const Containers::StringView folder) : folder{folder} { begin(); }
