@@ -1,5 +1,7 @@
 #include "VespermoorEditor/Utils/WatchedDirectories.h"
 
+#include <algorithm>
+#include <cstring>
 #include <functional>
 #include <string_view>
 #include <unordered_set>
@@ -30,29 +32,33 @@ std::size_t hash(const Containers::StringView path) {
 }
 
 /* Whether `path` is `root`, which has no trailing slash, or lies below it. Paths of one tree begin
-   alike, so most are told apart by their length or by the bytes around the end of the root. */
+   alike and each is in memory of its own, so length and the last bytes of the root are compared
+   first: they tell most paths apart by one cache line. */
 bool isInTree(const Containers::StringView path, const Containers::StringView root) {
     const std::size_t size = root.size();
-    return path.size() >= size && (path.size() == size || path[size] == '/') &&
-           path[size - 1] == root[size - 1] && path.hasPrefix(root);
+    if (path.size() < size || (path.size() != size && path[size] != '/')) {
+        return false;
+    }
+    constexpr std::size_t tail = 16;
+    if (size >= tail &&
+        std::memcmp(path.data() + size - tail, root.data() + size - tail, tail) != 0) {
+        return false;
+    }
+    return path.hasPrefix(root);
 }
 
 /* Positions of the entries of a record that have to go, in ascending order. */
 Containers::Array<std::size_t> goneEntries(const DirectoryData& record, PathTrees& trees,
                                            const WatchedDirectories& directories) {
     Containers::Array<std::size_t> gone;
-    for (std::size_t i = 0; i != record.subPaths.size(); ++i) {
-        const Containers::StringView path = record.subPaths[i];
-        PathTrees::Tree* const tree = trees.find(path);
-        if (!tree) {
-            continue;
-        }
+    const Containers::ArrayView<const Containers::String> paths = record.subPaths;
+    for (std::size_t i = 0; PathTrees::Tree* const tree = trees.findNext(paths, i); ++i) {
         if (tree->state == PathTrees::Tree::Unknown) {
             tree->state = Utility::Path::isDirectory(tree->root) ? PathTrees::Tree::Present
                                                                  : PathTrees::Tree::Absent;
         }
         if (tree->state == PathTrees::Tree::Absent ||
-            directories.presentDescriptor(path) != record.subWatchDescriptors[i]) {
+            directories.presentDescriptor(paths[i]) != record.subWatchDescriptors[i]) {
             arrayAppend(gone, i);
         } else {
             tree->isKept = true;
@@ -67,15 +73,16 @@ void removeEntries(DirectoryData& record, const Containers::ArrayView<const std:
     if (positions.isEmpty()) {
         return;
     }
-    std::size_t kept = positions.front();
+    const std::size_t count = record.subPaths.size();
+    Containers::String* keptPath = record.subPaths.data() + positions.front();
+    std::int32_t* keptDescriptor = record.subWatchDescriptors.data() + positions.front();
     for (std::size_t i = 0; i != positions.size(); ++i) {
-        const std::size_t next =
-            i + 1 == positions.size() ? record.subPaths.size() : positions[i + 1];
         arrayAppend(dropped, record.subWatchDescriptors[positions[i]]);
-        for (std::size_t from = positions[i] + 1; from != next; ++from, ++kept) {
-            record.subPaths[kept] = std::move(record.subPaths[from]);
-            record.subWatchDescriptors[kept] = record.subWatchDescriptors[from];
-        }
+        const std::size_t from = positions[i] + 1;
+        const std::size_t to = i + 1 == positions.size() ? count : positions[i + 1];
+        keptPath = std::move(record.subPaths.data() + from, record.subPaths.data() + to, keptPath);
+        keptDescriptor = std::copy(record.subWatchDescriptors.data() + from,
+                                   record.subWatchDescriptors.data() + to, keptDescriptor);
     }
     arrayRemoveSuffix(record.subPaths, positions.size());
     arrayRemoveSuffix(record.subWatchDescriptors, positions.size());
@@ -224,6 +231,24 @@ PathTrees::Tree* PathTrees::find(const Containers::StringView path) {
     for (Tree& tree : trees) {
         if (isInTree(path, tree.root)) {
             return &tree;
+        }
+    }
+    return nullptr;
+}
+
+PathTrees::Tree* PathTrees::findNext(const Containers::ArrayView<const Containers::String> paths,
+                                     std::size_t& at) {
+    if (trees.size() == 1) {
+        /* Apart, so that a single removal is a tight loop. */
+        const Containers::StringView root = trees.front().root;
+        while (at != paths.size() && !isInTree(paths[at], root)) {
+            ++at;
+        }
+        return at == paths.size() ? nullptr : trees.begin();
+    }
+    for (; at != paths.size(); ++at) {
+        if (Tree* const tree = find(paths[at])) {
+            return tree;
         }
     }
     return nullptr;

@@ -97,6 +97,10 @@ public:
     /* A tree that `path` is in, null if there is none. Lives until the next tree is added. */
     Tree* find(Containers::StringView path);
 
+    /* Advances `at` to the first of `paths` from there on that is in a tree, and returns the tree.
+       Null if there is none; `at` is then their count. */
+    Tree* findNext(Containers::ArrayView<const Containers::String> paths, std::size_t& at);
+
     Tree* begin() { return trees.begin(); }
     Tree* end() { return trees.end(); }
 
