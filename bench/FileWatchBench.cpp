@@ -1,6 +1,6 @@
-// Registering a tree and draining the kernel's records, beside raw loops and other watchers. The
-// records that can wait are limited by fs.inotify.max_queued_events; 300,000 there make the full
-// size of the drain.
+/* Registering a tree and draining the kernel's records, compared with raw loops and other watchers.
+   fs.inotify.max_queued_events limits the number of waiting records; the full drain needs 300,000.
+ */
 
 #include "VespermoorEditor/Utils/FileWatch.h"
 
@@ -52,11 +52,11 @@ bool isAllowed(benchmark::State& state, const std::size_t watches) {
     return true;
 }
 
-/* Argument that makes this program register a tree and print how much memory it took. */
+/* Argument for a run that only registers a tree and prints the memory it took. */
 constexpr const char* registerOnly = "--register-only";
 
-/* Largest resident size, in MB, of this process. What getrusage() tells begins with that of the
-   process which started this one. */
+/* Peak resident size, in MB, of this process. getrusage() would include that of the parent
+   process. */
 double peakMemory() {
     std::ifstream status{"/proc/self/status"};
     for (std::string line; std::getline(status, line);) {
@@ -76,7 +76,7 @@ int registerAndPrint(const char* const path) {
     return 0;
 }
 
-/* Peak memory, in MB, of a process that registers `path`; 0 where it fails. */
+/* Peak memory, in MB, of a process that registers `path`; 0 on failure. */
 double peakOfRegistration(const std::string& path) {
     const std::string program = std::filesystem::read_symlink("/proc/self/exe");
     std::FILE* const pipe =
@@ -177,8 +177,8 @@ void tickRaw(benchmark::State& state) {
 }
 BENCHMARK(tickRaw);
 
-/* Makes about 250,000 records wait, or as many as the kernel keeps, spread over all directories:
-   renames back and forth, two records each. Either twelve of a directory in one go, or four. */
+/* Queues about 250,000 records, or as many as the kernel keeps, over all directories: renames back
+   and forth, two records each, in runs of twelve or four per directory. */
 std::size_t makeRecords(const bool neighbouring) {
     const std::vector<std::string>& directories = tree(20000).directories();
     const std::size_t wanted = std::min<std::size_t>(250000, limit("max_queued_events") - 1000) / 4;
@@ -247,12 +247,12 @@ void deliver(benchmark::State& state) {
 BENCHMARK(deliver)->ArgName("watches")->Arg(1)->Arg(100)->UseManualTime()->Iterations(20);
 
 /* Benchmarks of growth report the processor time of update() for one directory or record, so that
-   two sizes compare as a ratio. Each makes a tree of its own, which it changes. */
+   two sizes compare as a ratio. Each one makes and changes its own tree. */
 void reportEach(benchmark::State& state, const double processorSeconds, const std::size_t count) {
     state.SetIterationTime(processorSeconds / double(count));
 }
 
-/* An empty root with a tree of the given size in it, and a watch on the root. */
+/* A watched root that contains a tree of the given size. */
 class WatchedTree {
 public:
     explicit WatchedTree(const std::size_t directories)
@@ -327,7 +327,7 @@ void moveTreeOut(benchmark::State& state) {
 }
 BENCHMARK(moveTreeOut)->Arg(40000)->UseManualTime()->Iterations(1);
 
-/* A tree that comes in while every directory in it has just been changed. */
+/* A tree that is moved in after every directory in it was changed. */
 void moveTreeIn(benchmark::State& state) {
     for (auto _ : state) {
         WatchedTree tree{std::size_t(state.range(0))};
@@ -358,7 +358,7 @@ void renameLeaf(benchmark::State& state) {
 }
 BENCHMARK(renameLeaf)->Arg(5000)->Arg(40000)->UseManualTime()->Iterations(1);
 
-/* `cp -r` into a watched directory beside a tick of 16 ms. */
+/* `cp -r` into a watched directory during ticks of 16 ms. */
 void copyTree(benchmark::State& state) {
     const std::size_t count = state.range(0);
     for (auto _ : state) {
@@ -407,7 +407,7 @@ void scatteredRecord(benchmark::State& state) {
 }
 BENCHMARK(scatteredRecord)->Arg(10000)->Arg(100000)->UseManualTime()->Iterations(1);
 
-/* As many trees as there are directories, each with a record of its own. */
+/* As many trees as directories, each with a record of its own. */
 void separateTrees(benchmark::State& state) {
     const std::size_t count = state.range(0);
     const Tree root{Bench::Place::Memory, 1, 0};

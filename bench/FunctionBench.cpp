@@ -1,5 +1,5 @@
-// A call and a move of the callable wrapper, beside a plain function pointer and the standard
-// library's wrapper that moves.
+/* A call and a move of the callable wrapper, compared with a plain function pointer and the
+   standard library's move-only wrapper. */
 
 #include <functional>
 
@@ -23,7 +23,7 @@ void call(benchmark::State& state, Call&& call) {
     }
 }
 
-/* A listener as C has it: a pointer to a function that takes a pointer to its own state. */
+/* A listener in C style: a pointer to a function that takes a pointer to its state. */
 int addStep(const void* const step, const int value) {
     return value + *static_cast<const int*>(step);
 }

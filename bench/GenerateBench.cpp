@@ -1,5 +1,5 @@
-/* Making ten thousand files from one manifest, beside reading the same inputs and writing the same
-   files by temporary file and rename. */
+/* Making ten thousand files from one manifest, compared with reading the same inputs and writing
+   the same files by temporary file and rename. */
 
 #include <cstdlib>
 #include <filesystem>
@@ -93,7 +93,7 @@ void generateAll(benchmark::State& state) {
 }
 BENCHMARK(generateAll)->Unit(benchmark::kMillisecond);
 
-/* A build step without changes. */
+/* A build step with nothing to do. */
 void generateNothing(benchmark::State& state) {
     Generator{project().path("manifest.json")}.update(Generator::Mode::Write);
     for (auto _ : state) {

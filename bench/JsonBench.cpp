@@ -1,5 +1,5 @@
-/* Reading and printing a scene document of about 5 MB, beside RapidJSON used directly and another
-   library. */
+/* Reading and printing a scene document of about 5 MB, compared with RapidJSON used directly and
+   another library. */
 
 #include <cstdio>
 #include <cstdlib>
@@ -45,7 +45,7 @@ std::string makeScene() {
     return json + "\n]\n}\n";
 }
 
-/* A file that is gone when the program ends. */
+/* A file that is removed when the program ends. */
 struct SceneFile {
     SceneFile() {
         path = "/tmp/vespermoor-bench-XXXXXX";

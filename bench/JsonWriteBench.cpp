@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t count = 1'000'000;
 
-/* The root of a document, as thin as an accessor can be. */
+/* The root of a document: the thinnest possible accessor. */
 class Root : public JsonObject {
 public:
     bool exists() override { return true; }
@@ -43,7 +43,7 @@ std::vector<std::string> texts() {
     return texts;
 }
 
-/* A pool gives nothing back, so each round has a document of its own. */
+/* A pool frees nothing, so each round has a document of its own. */
 void setFloatArray(benchmark::State& state) {
     const std::vector<float> input = numbers();
     for (auto _ : state) {

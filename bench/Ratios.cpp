@@ -73,7 +73,7 @@ private:
 };
 
 void LeastTimes::add(const Run& run) {
-    /* The suffixes that settings such as a fixed number of iterations add are of no interest. */
+    /* Drops the suffixes of settings such as a fixed number of iterations. */
     const std::string name =
         run.run_name.function_name + (run.run_name.args.empty() ? "" : "/" + run.run_name.args);
     const double seconds = run.real_accumulated_time / double(run.iterations);
@@ -89,7 +89,7 @@ void LeastTimes::add(const Run& run) {
     }
 }
 
-/* Nothing if a benchmark did not run to its end. */
+/* Empty if a benchmark did not complete. */
 std::optional<double> LeastTimes::valueOf(const Ratio& ratio) const {
     const auto measured = results.find(ratio.measured);
     if (measured == results.end()) {

@@ -5,18 +5,20 @@
 #include <string>
 #include <vector>
 
-/** @brief What the benchmarks share: a run with a summary of ratios, and counts of memory. */
+/** @brief Shared by the benchmarks: a run with a summary of ratios, and memory counters. */
 namespace VespermoorEngine::Bench {
 
-/** @brief How long the benchmark @ref measured takes in terms of @ref reference, or a counter. */
+/**
+ * @brief The time of the benchmark @ref measured divided by that of @ref reference, or a counter.
+ */
 struct Ratio {
     /** @brief Piece of work. Ratios of the same work follow one another and share @ref measured. */
     std::string work;
-    /** @brief Who or what does the work of @ref reference. */
+    /** @brief The peer that does the work in @ref reference. */
     std::string peer;
     std::string measured;
     std::string reference;
-    /** @brief Largest ratio that we are content with; 0 if the ratio is only of interest. */
+    /** @brief Largest acceptable ratio; 0 if there is no goal. */
     double goal = 0.0;
     /** @brief Counter of @ref measured that is the ratio itself; there is no reference then. */
     std::string counter = {};
@@ -28,8 +30,8 @@ struct Ratio {
  * If the environment variable `VESPERMOOR_BENCH_RESULTS` names a file, each ratio is appended to it
  * as a line of work, peer, ratio, goal and the seconds of both sides, with tabs between them.
  *
- * Repetitions of all benchmarks alternate at random, and the least time counts: what else the
- * machine does can only add to it. A ratio is left out if one of its sides did not run. Takes the
+ * Repetitions of all benchmarks alternate at random, and the least time counts: other load on the
+ * machine can only add to it. A ratio is left out if one of its sides did not run. Takes the
  * command line of `main()` with all flags of Google Benchmark and returns its exit code.
  */
 int run(int argc, char** argv, const std::vector<Ratio>& ratios);

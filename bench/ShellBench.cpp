@@ -1,5 +1,6 @@
-/* Capturing 64 MiB that a command prints, beside a loop that reads them into one allocation.
-   Keeping so much costs page faults, so a loop that drops the bytes would be no measure. */
+/* Capturing 64 MiB of output of a command, compared with a loop that reads them into one
+   allocation. A loop that drops the bytes would not be comparable, since storing them costs page
+   faults. */
 
 #include <cstdio>
 #include <memory>
@@ -27,8 +28,8 @@ std::size_t capture() {
     return output.size();
 }
 
-/* What a capture adds to the largest size of a process that never held as much before, in terms of
-   the output. Nothing where that cannot be measured. */
+/* Growth of a fresh process's peak size by a capture, divided by the size of the output. Empty if
+   it cannot be measured. */
 std::optional<double> peakMemoryOfCapture() {
     int ends[2];
     if (pipe(ends) != 0) {

@@ -86,7 +86,7 @@ std::vector<std::string> numbers(const std::size_t regions) {
     return tags;
 }
 
-/* A text of about the size that the arguments ask for, and new content for its regions. */
+/* A text of about the size in the arguments, and new content for its regions. */
 struct TaggedText {
     TaggedText(const benchmark::State& state, Tags makeTags,
                std::string (*makeSource)(std::size_t));
@@ -113,7 +113,7 @@ TaggedText::TaggedText(const benchmark::State& state, const Tags makeTags,
     }
 }
 
-/* Regions of names that are not looked for. */
+/* Regions with other names. */
 std::string lookalikes(const std::size_t size) {
     std::string text;
     while (text.size() < size) {
@@ -135,7 +135,7 @@ void replaceTagContent(benchmark::State& state) {
     }
 }
 
-/* The texts of all shapes of tags have the same size but for a few bytes in a thousand. */
+/* The texts of all tag shapes differ in size by a few bytes in a thousand. */
 void copyText(benchmark::State& state) {
     const TaggedText tagged{state, marks, sourceText};
     std::string copy = tagged.text;
@@ -178,7 +178,7 @@ void caseInsensitiveSearch(benchmark::State& state) {
     searchIn(state, std::locale::classic());
 }
 
-/* What every Debian has beside the classic locale. */
+/* The locale that every Debian has in addition to the classic one. */
 void caseInsensitiveSearchInCUtf8(benchmark::State& state) {
     searchIn(state, std::locale{"C.UTF-8"});
 }
@@ -254,8 +254,7 @@ BENCHMARK(standardSearch)->Arg(44)->Arg(10 * megabyte);
 BENCHMARK(boostIfindFirst)->Arg(44)->Arg(10 * megabyte);
 #endif
 
-/* The ratios of tags that people write are `bounded` by goals; those of odd ones are only of
-   interest. */
+/* Only ratios for realistic tags are `bounded` by goals. */
 void addTagRatios(std::vector<Ratio>& ratios, const std::string& name, const std::string& tags,
                   const bool bounded) {
     const std::string ours = "replaceTagContent<" + tags + ">";

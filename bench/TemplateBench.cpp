@@ -1,11 +1,12 @@
-/* Rendering and compiling one template, beside the same work done by hand and by other libraries.
+/* Rendering and compiling one template, compared with the same work done by hand and by other
+   libraries.
 
    The template has 200 directives: 150 dotted names of two levels, and 25 pairs of `if` and `end`,
-   10 of them with a comparison. All sides render the same 50 values and have to give the same text.
+   10 of them with a comparison. All sides render the same 50 values and must give the same text.
 
-   Where the time of a rendering goes: every name makes an accessor, which is one allocation, and a
-   path, which is copied to the stack; the look-ups in the document are linear scans over its
-   members. The text of a value is copied once, from the document into the output. */
+   Costs of a rendering: every name makes an accessor, which is one allocation, and a path, which is
+   copied to the stack; lookups in the document are linear scans over its members. The text of a
+   value is copied once, from the document into the output. */
 
 #include <cstdio>
 #include <cstdlib>
@@ -58,7 +59,7 @@ std::string valueOf(const int group, const int member) {
                : "value " + std::string(std::size_t(2 + 3 * member), 'a') + std::to_string(group);
 }
 
-/* One step of the work, from which each side's template is written. */
+/* A piece of the template; each side's template is written from all of them. */
 struct Piece {
     enum class Kind { Text, Value, If, IfEqual, End };
 
@@ -66,7 +67,7 @@ struct Piece {
     std::string text;
     int group = 0;
     int member = 0;
-    /* What an `IfEqual` compares with. */
+    /* The right side of an `IfEqual`. */
     std::string other{};
 
     bool holds() const { return kind == Kind::If ? flag(group) : valueOf(group, member) == other; }
@@ -163,7 +164,7 @@ rapidjson::Document& document() {
     return result;
 }
 
-/* The pieces compiled by hand: the paths are split and each text is ready. */
+/* The pieces compiled by hand: paths are split and texts copied. */
 std::string renderByHand(const std::vector<Piece>& pieces,
                          const std::vector<std::pair<std::string, std::string>>& names) {
     std::string output;
@@ -204,7 +205,7 @@ std::vector<std::pair<std::string, std::string>> namesByHand() {
     return names;
 }
 
-/* Ends the program if two sides do not give the same text: their times would say nothing. */
+/* Ends the program if two sides give different texts: their times would not be comparable. */
 void expectSame(const char* const side, const std::string& output) {
     static const std::string expected = renderByHand(pieces(), namesByHand());
     if (output != expected) {
@@ -301,7 +302,7 @@ std::string ctemplateSource() {
     return result;
 }
 
-/* What a host prepares before each rendering: the names, and the conditions by section. */
+/* The input that a host prepares before each rendering: names, and a section per condition. */
 struct CtemplateInput {
     CtemplateInput() {
         for (int group = 0; group != groups; ++group) {

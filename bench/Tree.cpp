@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/* Starts a program whose output goes nowhere. */
+/* Starts a program with its output discarded. */
 pid_t start(const std::vector<std::string>& arguments) {
     std::vector<char*> pointers;
     for (const std::string& argument : arguments) {
@@ -39,7 +39,7 @@ pid_t start(const std::vector<std::string>& arguments) {
     return child;
 }
 
-/* Kernel watches that a process holds at its inotify descriptors. */
+/* Number of kernel watches held by a process. */
 std::size_t watchCount(const pid_t process) {
     std::size_t count = 0;
     std::error_code ignored;
@@ -112,7 +112,7 @@ double establish(const Peer& peer, const std::string& path, const std::size_t wa
     pid_t child = 0;
     const double taken = seconds([&] {
         child = start(arguments);
-        /* Counting takes the peer's lock, so it is not done without a pause. */
+        /* Counting takes the peer's lock, so it pauses in between. */
         while (watchCount(child) < watches && waitpid(child, nullptr, WNOHANG) == 0) {
             usleep(2000);
         }

@@ -9,11 +9,11 @@
 
 namespace VespermoorEngine::Bench {
 
-/** @brief Where a @ref Tree lies. */
+/** @brief Location of a @ref Tree. */
 enum class Place {
-    /** The temporary directory, for what reads: the disk's cache answers. */
+    /** The temporary directory, for benchmarks that read: the page cache answers. */
     Disk,
-    /** `/dev/shm`, for what writes: the speed of a disk says nothing about a program. */
+    /** `/dev/shm`, for benchmarks that write: the speed of the disk would decide them. */
     Memory
 };
 
@@ -26,7 +26,7 @@ public:
     Tree& operator=(const Tree&) = delete;
 
     const std::string& path() const { return root; }
-    /** @brief The root and all below it, parents first. */
+    /** @brief The root and everything below it, parents first. */
     const std::vector<std::string>& directories() const { return all; }
 
 private:

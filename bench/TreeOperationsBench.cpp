@@ -1,4 +1,4 @@
-// Walking, copying and deleting trees, beside raw loops and the programs of the system.
+// Walking, copying and deleting trees, compared with raw loops and the system's programs.
 
 #include "VespermoorEditor/Utils/System.h"
 
@@ -43,7 +43,7 @@ void walkOurs(benchmark::State& state) {
 }
 BENCHMARK(walkOurs)->Unit(benchmark::kMillisecond);
 
-/* The same calls of the system for each entry, and nothing kept. `path` is extended in place. */
+/* The same system calls for each entry, without a list. `path` is extended in place. */
 void walkRawly(char* const path, const std::size_t size, std::size_t& visited) {
     struct stat link;
     struct stat status;

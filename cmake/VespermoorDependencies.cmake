@@ -41,7 +41,7 @@ elseif(NOT VESPERMOOR_DEPENDENCIES STREQUAL fetch)
     endif()
 endif()
 
-# portable-file-dialogs is a single header without a package or a version of its own.
+# portable-file-dialogs is a single header without a package or a version.
 if(VESPERMOOR_DEPENDENCIES STREQUAL fetch)
     include(VespermoorFetch)
 elseif(NOT VESPERMOOR_DEPENDENCIES STREQUAL standins)
@@ -53,8 +53,8 @@ elseif(VESPERMOOR_DEPENDENCIES STREQUAL installed)
     message(FATAL_ERROR "VESPERMOOR_DEPENDENCIES is 'installed', but portable-file-dialogs.h was "
         "not found; set PORTABLE_FILE_DIALOGS_INCLUDE_DIR to its directory")
 else()
-    # Copied into a directory of its own, because its own folder holds the stand-ins' Corrade too,
-    # which must stay hidden if Corrade is installed.
+    # Copied to a separate directory, because its folder also holds the stand-ins' Corrade, which
+    # must stay hidden if Corrade is installed.
     set(PORTABLE_FILE_DIALOGS_INCLUDE_DIR ${PROJECT_BINARY_DIR}/portable-file-dialogs)
     configure_file(${PROJECT_SOURCE_DIR}/standins/portable-file-dialogs.h
         ${PORTABLE_FILE_DIALOGS_INCLUDE_DIR}/portable-file-dialogs.h COPYONLY)

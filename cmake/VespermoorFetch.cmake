@@ -24,7 +24,7 @@ function(vespermoor_declare name url commit)
             RESULT_VARIABLE result OUTPUT_QUIET ERROR_QUIET TIMEOUT 60)
     endif()
     if(NOT result EQUAL 0)
-        # A line that begins with a blank is not broken into several.
+        # CMake does not wrap a line that begins with a blank.
         message(FATAL_ERROR " VESPERMOOR_DEPENDENCIES is 'fetch', but git cannot reach ${url}; "
             "take standins, or installed with CMAKE_PREFIX_PATH, or set ${local} to a copy")
     endif()
@@ -34,7 +34,7 @@ vespermoor_declare(corrade https://github.com/mosra/corrade.git
     4461dbf09175973cdd25c9695b83b7c6644392b6)
 vespermoor_declare(magnum https://github.com/mosra/magnum.git
     5a7424643bfd4621fbcff8c361d37795502cf890)
-# One header; its own build makes nothing else but examples.
+# A single header; its own build only makes examples.
 vespermoor_declare(portable-file-dialogs https://github.com/samhocevar/portable-file-dialogs.git
     c12ea8c9a727f5320a2b4570aee863bbede2a204 SOURCE_SUBDIR none)
 

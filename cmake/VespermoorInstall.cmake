@@ -1,4 +1,4 @@
-# The installed tree, which can be moved anywhere. Components: library, development and program.
+# The installed tree, which is relocatable. Components: library, development and program.
 
 include(CMakePackageConfigHelpers)
 
@@ -28,7 +28,7 @@ install(EXPORT VespermoorEditorUtils NAMESPACE Vespermoor::
     FILE VespermoorEditorUtilsTargets.cmake
     DESTINATION ${vespermoor_cmake_dir} COMPONENT development)
 
-# Compiler flag for an include folder outside of those that the compiler searches anyway.
+# Compiler flag for an include folder that the compiler does not search by default.
 function(vespermoor_include_flag result folder)
     if(folder IN_LIST CMAKE_CXX_IMPLICIT_INCLUDE_DIRECTORIES)
         set(${result} "" PARENT_SCOPE)

@@ -11,7 +11,7 @@ set(VESPERMOOR_PACKAGE_MAINTAINER "Vespermoor developers <developers@vespermoor.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME vespermoor)
-# Otherwise CPack puts it before the description of every component.
+# Otherwise CPack prepends it to the description of every component.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_PACKAGE_CONTACT ${VESPERMOOR_PACKAGE_MAINTAINER})
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)

@@ -1,5 +1,5 @@
-/* Input: the contents of the files below, the manifest first. They lie in a directory of their own,
-   and the manifests whose paths lead out of it are not run. */
+/* Input: the contents of the files below, the manifest first. They are in a directory of their own;
+   manifests with paths out of it are not run. */
 
 #include <algorithm>
 #include <filesystem>
@@ -25,7 +25,7 @@ using rapidjson::Value;
 
 const std::string names[]{"manifest.json", "a.json", "b.json", "t.tmpl", "u.tmpl", "out/regions"};
 
-/* The text of the file, or nothing if there is none. */
+/* The text of the file, or nothing if it does not exist. */
 std::optional<std::string> read(const fs::path& path) {
     std::ifstream file{path, std::ios::binary};
     std::ostringstream content;
@@ -35,8 +35,7 @@ std::optional<std::string> read(const fs::path& path) {
     return content.str();
 }
 
-/* Where everything takes place: the files, and beside them a directory that stays empty, in which
-   the process works. */
+/* The working area: the files and, next to them, the current directory, which stays empty. */
 class Scratch {
 public:
     Scratch() {
@@ -63,7 +62,7 @@ public:
     fs::path tree() const { return root / "tree"; }
     std::string manifest() const { return tree() / names[0]; }
 
-    /* Where a file lies when links are followed. */
+    /* The path of a file with links followed. */
     static fs::path place(const fs::path& path) {
         std::error_code error;
         return fs::weakly_canonical(path, error);
@@ -74,7 +73,7 @@ public:
         return place(path).string().compare(0, inside.size(), inside) == 0;
     }
 
-    /* Everything that is there, with what tells whether a file was touched. */
+    /* All entries, with a state that changes if a file is touched. */
     std::map<fs::path, std::string> everything() const {
         std::map<fs::path, std::string> entries;
         for (const fs::directory_entry& entry : fs::recursive_directory_iterator{root}) {
@@ -108,7 +107,8 @@ std::string withLineEndsOf(const std::string& model, const std::string& text) {
     return result;
 }
 
-/* The text with the regions replaced, or nothing if one is missing or could not be found again. */
+/* The text with the regions replaced, or nothing if one is missing or could not be found again
+   later. */
 std::optional<std::string> replaceRegions(const std::string& text,
                                           std::vector<Naive::Region> regions) {
     for (Naive::Region& region : regions) {
@@ -133,7 +133,7 @@ std::optional<std::string> replaceRegions(const std::string& text,
     return succeeds ? std::optional{result} : std::nullopt;
 }
 
-/* What one output has to be, made anew from the files that are there. Nothing is a failure. */
+/* The expected text of one output, made afresh from the present files. Empty if it must fail. */
 class Expected {
 public:
     explicit Expected(const Host::OutputFile& output) : file{output} {
@@ -216,7 +216,7 @@ private:
     std::vector<rapidjson::Document> data;
 };
 
-/* Whether no file can be made at `place`: it is a directory, or a file is where one is needed. */
+/* Whether no file can be made at `place`: it is a directory, or its parent is not one. */
 bool isBlocked(const fs::path& place) {
     return fs::is_directory(place) || !fs::is_directory(place.parent_path());
 }

@@ -10,7 +10,9 @@
 
 namespace VespermoorEngine::Fuzz {
 
-/** @brief The pieces of an input, which a record separator (byte 0x1e) keeps apart. */
+/**
+ * @brief Splits an input into its pieces, which are separated by a record separator (byte 0x1e).
+ */
 inline std::vector<std::string> pieces(const std::uint8_t* const data, const std::size_t size) {
     std::vector<std::string> result(1);
     for (std::size_t i = 0; i != size; ++i) {

@@ -1,6 +1,6 @@
-# What every source needs so that the fuzzers see which code an input reaches.
+# Flags for every source, so that the fuzzers see which code an input reaches.
 
-# RapidJSON does arithmetic on null pointers and reads unaligned, which harms nobody but would end
+# RapidJSON does arithmetic on null pointers and unaligned reads, which are harmless but would end
 # every run.
 set(_vespermoor_ignored ${CMAKE_CURRENT_LIST_DIR}/rapidjson.ignored)
 add_compile_options(-fsanitize=fuzzer-no-link -fsanitize-ignorelist=${_vespermoor_ignored})

@@ -1,4 +1,4 @@
-/* Input: JSON, then JSON Pointers. The last eight bytes are a number, too. */
+/* Input: JSON, then JSON Pointers. The last eight bytes are also used as a number. */
 
 #include <algorithm>
 #include <cctype>
@@ -22,7 +22,7 @@ namespace {
 using Containers::StringView;
 using rapidjson::Value;
 
-/* A file without a place, so that runs beside this one do not meet it. */
+/* A file without a path, so that parallel runs do not share it. */
 class MemoryFile {
 public:
     explicit MemoryFile(const std::string& content) : descriptor{memfd_create("json", 0)} {
@@ -66,7 +66,7 @@ void testNumber(const std::string& bytes) {
     expectEqual("number", Naive::describe(Value{printed}), Naive::describe(Value{expected}));
 }
 
-/* The form of a pointer for URIs. */
+/* The URI fragment form of a pointer. */
 std::string fragment(const std::string& pointer) {
     std::string result = "#";
     for (const char c : pointer) {
@@ -89,7 +89,7 @@ bool isAscii(const std::string& text) {
     return std::none_of(text.begin(), text.end(), [](const char c) { return c & 0x80; });
 }
 
-/* Leads a pointer to every value, and steps to it in all ways that there are. */
+/* Reaches every value by a pointer and by every kind of step. */
 void testSteps(Value& root, Value& value, const std::string& pointer) {
     expect("pointer " + pointer, RapidJsonUtils::valueByPointer(root, pointer) == &value);
     expect("fragment of " + pointer,
@@ -122,7 +122,7 @@ void testSteps(Value& root, Value& value, const std::string& pointer) {
 }
 
 void testPointer(const Value& root, const std::string& pointer) {
-    /* Bytes that end where their memory does, so that a read past them is noticed. */
+    /* Bytes without spare memory after them, so that the sanitizer detects reads past the end. */
     const std::vector<char> exact(pointer.begin(), pointer.end());
     const Value* const ours =
         RapidJsonUtils::valueByPointer(root, StringView{exact.data(), exact.size()});

@@ -15,7 +15,7 @@
  */
 namespace VespermoorEngine::Fuzz::Naive {
 
-/** @brief The value that a name with slashes has, or null if nothing has that name. */
+/** @brief The value of a name with slashes, or null if there is none. */
 using Lookup = std::function<const rapidjson::Value*(const std::string& name)>;
 
 /** @brief The output of a template, empty after a failure, and all lines printed on the way. */
@@ -27,7 +27,7 @@ struct Rendered {
 /** @brief Compiles @p source and renders it. */
 Rendered render(const std::string& source, const Lookup& lookup);
 
-/** @brief Whether the template @p source has the name @p name as first token of an expression. */
+/** @brief Whether an expression in the template @p source has @p name as its first token. */
 bool hasEval(const std::string& source, const std::string& name);
 
 /** @brief Two tags and the new text between them. */
@@ -50,25 +50,26 @@ std::string toBigCamelCase(const std::string& name);
 /**
  * @brief The JSON document @p text, as RapidJSON reads it.
  *
- * Beyond what RapidJSON refuses, nothing is nested deeper than 1,024 levels, a byte order mark is
- * whole, numbers are finite and there is no zero byte.
+ * In addition to RapidJSON's own errors, refuses texts nested deeper than 1,024 levels, a partial
+ * byte order mark, numbers that are not finite, and zero bytes.
  */
 std::optional<rapidjson::Document> parse(const std::string& text);
 
-/** @brief A text that is the same for two values only if they are equal, down to the kind and the
- * bits of each number.
+/**
+ * @brief A text that is equal for two values only if they are equal, down to the kind and the bits
+ * of each number.
  */
 std::string describe(const rapidjson::Value& value);
 
-/** @brief The child of @p value that the step @p step leads to, or null. */
+/** @brief The child of @p value at the step @p step, or null. */
 const rapidjson::Value* child(const rapidjson::Value& value, const std::string& step);
 
-/** @brief The value that slashes in @p path lead to from @p root, or null. */
+/** @brief The value below @p root at @p path, with a slash for each step, or null. */
 const rapidjson::Value* walk(const rapidjson::Value& root, const std::string& path);
 
 /**
- * @brief The value that the JSON Pointer @p pointer leads to, or null; @p root itself if it is no
- * pointer. Without the form that begins with `#`.
+ * @brief The value at the JSON Pointer @p pointer, or null; @p root itself if it is not a pointer.
+ * Does not support the form that begins with `#`.
  */
 const rapidjson::Value* walkPointer(const rapidjson::Value& root, const std::string& pointer);
 

@@ -1,6 +1,5 @@
-/* Input: how often a filler comes before the text, the filler, the text, then strings that are
-   tags, contents and what is searched for. The filler makes texts long enough for the quick ways.
- */
+/* Input: the repetitions of a filler before the text, the filler, the text, then strings used as
+   tags, contents and search texts. The filler makes texts long enough for the fast paths. */
 
 #include <algorithm>
 #include <locale>
@@ -17,7 +16,7 @@ namespace {
 
 using Containers::StringView;
 
-/* Bytes that end where their memory does, so that a read past them is noticed. */
+/* Bytes without spare memory after them, so that the sanitizer detects reads past the end. */
 class Exact {
 public:
     explicit Exact(const std::string& text) : bytes(text.begin(), text.end()) {
@@ -30,7 +29,7 @@ private:
     std::vector<char> bytes;
 };
 
-/* Turns bytes to upper case by a function, and ranges of bytes not at all. */
+/* Converts single bytes to upper case by a function, and leaves ranges of bytes unchanged. */
 class FunctionFacet : public std::ctype<char> {
 public:
     explicit FunctionFacet(int (*const function)(int)) : upperCase{function} {}
@@ -93,7 +92,8 @@ void testFirstOccurrences(const std::string& whole, const std::vector<std::strin
     }
 }
 
-/* Each three strings are a region. Of more than 15 the order of equal ones would be open. */
+/* Every three strings are a region. At most 15, since the order of equal ones would be unspecified
+   beyond. */
 void testRegions(const std::string& whole, const std::vector<std::string>& strings) {
     std::vector<Naive::Region> regions;
     std::vector<Utils::TagReplacement> replacements;

@@ -17,7 +17,7 @@ using Texts = std::vector<std::string>;
 
 const std::string title = "It's a \"title\" \xc3\xa4 \xe6\xbc\xa2";
 
-/* What a shell would act on, a newline, a dash at the start. */
+/* Characters with a meaning in the shell, a newline, a dash at the start. */
 const std::string odd = "-a 'b' \"c\"\n$(d) `e` \\ | %s";
 
 std::string openFiles(const std::string& path, const bool multiple, const Filters filters = {}) {
@@ -55,7 +55,8 @@ Texts dialog(const std::string& start, const T&... further) {
 const Filters textFiles = {"Text", "*.txt"};
 const Filters several = {view(odd), "*.a *.b", "All", "*", "no pattern"};
 
-/* What a helper answers, the result, and what it was asked. The current directory holds `bin/`. */
+/* The answer of a helper, the result, and the helper's arguments. The current directory holds
+   `bin/`. */
 const struct {
     const char* helper;
     std::string (*show)();
@@ -96,9 +97,9 @@ TEST(Dialogs, HandOverToTheHelper) {
     }
 }
 
-/* A display with nothing on it, a home and a runtime folder. The server keeps going when its last
-   client leaves, since the next one may be about to connect. No session bus listens at the address,
-   which keeps the helpers from starting one. */
+/* An empty display, a home and a runtime folder. The server keeps going when its last client
+   leaves, since the next one may be about to connect. No session bus listens at the address, which
+   keeps the helpers from starting one. */
 class Desktop {
 public:
     const TemporaryDirectory directory;
@@ -128,8 +129,8 @@ private:
     const ScopedCurrentDirectory _current{directory.path()};
 };
 
-/* Types the keys until the dialog has closed: keys that are typed before the chooser has read the
-   folder have no effect. */
+/* Types the keys until the dialog has closed: keys have no effect until the chooser has read the
+   folder. */
 std::optional<std::string> typeUntilClosed(ChildProcess& dialog, const std::string& keys) {
     const std::string search = "xdotool search --onlyvisible --name . 2> /dev/null | head -n 1";
     std::string window;
@@ -144,7 +145,7 @@ std::optional<std::string> typeUntilClosed(ChildProcess& dialog, const std::stri
     return result;
 }
 
-/* The folder is the one where a missing file would be. */
+/* The dialog shows the folder of the missing file. */
 std::string pick() {
     return openFiles(fs::absolute("files/none/x.txt"), false);
 }
@@ -157,7 +158,7 @@ std::string save() {
     return saveFile(fs::absolute("files/none/x.txt"));
 }
 
-/* zenity starts in the folder above, with the given one selected. */
+/* zenity starts in the parent folder, with the given one selected. */
 std::string pickFolder() {
     return openFolder(fs::absolute("home"));
 }

@@ -20,7 +20,7 @@ TEST(DocumentScopeTest, FollowsPathsWhereTheyLead) {
         EXPECT_EQ(place->exists(), expected != nullptr) << path;
         EXPECT_EQ(text(place->asString()), expected ? expected : "") << path;
     }
-    /* The steps that lead nowhere are made one after the other. */
+    /* Missing steps are created one after the other. */
     Host::DocumentScope{document}.member("new")->member("n1/n2")->mutableValue().SetInt(7);
     EXPECT_EQ(compact(document["new"]), R"({"n1":{"n2":7}})");
 }

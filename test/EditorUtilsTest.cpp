@@ -9,7 +9,7 @@
 namespace VespermoorEngine::Test {
 namespace {
 
-/* An empty start would find both decoys, which are around the current directory. */
+/* An empty start would find both decoys near the current directory. */
 TEST(ExecutablesPath, IsEmptyAndNoRootIsSearchedIfTheSystemCannotTell) {
     EXPECT_EQ(text(Utils::executablesPath()), fs::read_symlink("/proc/self/exe").parent_path());
     const TemporaryDirectory directory;
@@ -30,7 +30,7 @@ TEST(ExecutablesPath, IsEmptyAndNoRootIsSearchedIfTheSystemCannotTell) {
     EXPECT_EQ(*result, "none " + message + message);
 }
 
-/* With @ for the directory of the test, which is the current one. */
+/* @ is the directory of the test, which is the current one. */
 TEST(FindEditorRoot, SearchesUpwardsAndThenTheInstallation) {
     const std::tuple<std::vector<std::string>, std::string, std::string> rows[]{
         {{"a/shaders/x", "a/share/vespermoorengine/x"}, "@/a/bin", "@/a"},

@@ -39,7 +39,7 @@ TEST(FunctionTest, CallsTheStoredCallableWithoutCopies) {
     EXPECT_EQ(other, 2);
 }
 
-/* Counts the ends of its copies that were not moved from, and survives a move of its bytes. */
+/* Counts the destructions of copies that were not moved from. Can be moved by copying its bytes. */
 struct Counted {
     explicit Counted(int& ended) : ended{&ended} {}
     Counted(Counted&& other) noexcept : ended{std::exchange(other.ended, nullptr)} {}

@@ -37,7 +37,7 @@ void save(const std::string& name, const std::string& text) {
     writeFile("in/" + name, text);
 }
 
-/* As many editors save: beside the file, then over it. */
+/* Saves like many editors: a temporary file, then a rename. */
 void replace(const std::string& name, const std::string& text) {
     save(name + "~", text);
     fs::rename("in/" + name + "~", "in/" + name);
@@ -47,7 +47,7 @@ std::string content(const std::string& name) {
     return readFile("in/" + name);
 }
 
-/* Manifest of one output with the members. */
+/* A manifest of one output with these members. */
 std::string manifestOf(const std::string& members, const std::string& file = "whole.txt") {
     return R"({"outputs": [{"file": ")" + file + R"(", "data": ["first.json"], )" + members + "}]}";
 }
@@ -55,7 +55,7 @@ std::string manifestOf(const std::string& members, const std::string& file = "wh
 const std::string program = VESPERMOOR_PROGRAM " generate ";
 const std::vector<std::string> watching{"generate", "--watch", "in/manifest.json"};
 
-/* What a run prints, standard error first, and how it ends. */
+/* The output of a run, standard error first, and its exit code. */
 std::string generate(const std::string& options = "") {
     return outputOf(program + options + " in/manifest.json 2>&1; echo \"exit $?\"");
 }
@@ -140,7 +140,7 @@ TEST(Generate, ReadsAFileOnce) {
     waitUntil([] { return content("region.txt") == regionMade; });
 }
 
-/* Has programs that are run from here on refused by file modes, also as root. */
+/* Lets file modes refuse programs that are run from here on, even as root. */
 void dropPrivileges() {
     prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
     prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
@@ -212,7 +212,7 @@ TEST(Generate, NamesThePlaceInATemplate) {
         {"{{ name }}\n{{ name }} {{ name", "2:12: " + unterminated},
         {"{{ name }}{{ \t}}{{ x }}", "1:11: " + unterminated},
         {"a\0b"s, "1:2: Contains a zero byte"},
-        /* Every condition is false but the second one of the second row. */
+        /* Every condition is false except the second one of the second row. */
         {"{{ if name == 'z' }}a{{ end }}\n {{ if name == 'z' }}{{ name }}", "2:2: Missing 'end'"},
         {"{{ if name == 'z' }}{{ end }}{{ if name == name }}\n{{ if name == 'z' }}b",
          "2:1: Missing 'end'"},
@@ -242,7 +242,7 @@ TEST(Generate, NamesTheElement) {
     }
 }
 
-/* A file that is no JSON can still be a template, in whichever order it is needed. */
+/* A file that is not JSON can still be a template, whichever use comes first. */
 TEST(Generate, KeepsFailuresByKind) {
     const Project project;
     const std::string data = R"({"file": "a", "data": ["item.tmpl"], "template": "key.tmpl"})";
@@ -255,7 +255,7 @@ TEST(Generate, KeepsFailuresByKind) {
     }
 }
 
-/* Manifest of an output with one region. */
+/* A manifest of an output with one region. */
 std::string regionBetween(const std::string& start, const std::string& end) {
     return manifestOf(R"("regions": [{"template": "whole.tmpl", "start": ")" + start +
                           R"(", "end": ")" + end + R"("}])",
@@ -302,7 +302,7 @@ TEST(Generate, RefusesAManifestAsAWhole) {
     }
 }
 
-/* The last six would give another file with every run. `tags` refuses them too. */
+/* The last six would change the file on every run. `tags` refuses them too. */
 TEST(Generate, RefusesRegions) {
     const Project project;
     save("content", "first here\n\r\n");
@@ -349,7 +349,7 @@ TEST(Generate, RegionsKeepTheLineEndsOfTheirFile) {
     }
 }
 
-/* Redirected files too. What the log holds before is what the output would be. */
+/* Redirected files too. The log already contains the expected output. */
 TEST(Generate, WritesToStandardOutputAsItIs) {
     const Project project;
     save("manifest.json", manifestOf(R"("template": "item.tmpl")", "/dev/stdout"));
@@ -370,7 +370,7 @@ TEST(Generate, SeparatesElementsAndMakesDirectories) {
     EXPECT_EQ(content("a/b/c"), "(x),\n(y)");
 }
 
-/* What `command` prints on a terminal. */
+/* The output of `command` on a terminal. */
 std::string onTerminal(const std::string& command) {
     return outputOf("script -qec '" + command + "' /dev/null");
 }
@@ -392,7 +392,7 @@ TEST(Generate, ShowsWhatWouldChange) {
     EXPECT_THAT(onTerminal("NO_COLOR=1 " + check), HasSubstr("\r\n-old\r\n+12\r\n"));
 }
 
-/* The data of the second output comes after half a second. */
+/* The data of the second output appears after half a second. */
 TEST(Generate, CountsOutputsOnATerminalWhileItTakesAWhile) {
     const Project project;
     fs::rename("in/second.json", "in/data");
@@ -402,8 +402,7 @@ TEST(Generate, CountsOutputsOnATerminalWhileItTakesAWhile) {
                 HasSubstr("\r1 of 4 outputs\x1b[K\r\x1b[Kwrote in/whole.txt"));
 }
 
-/* The second run of the tool finds nothing to do, a changed input and a deleted output cause a run.
- */
+/* A second run of the tool does nothing; a changed input or a deleted output causes a run. */
 TEST(Generate, TellsBuildToolsTheInputs) {
     const struct {
         std::string file, text, command, idle;
@@ -433,12 +432,12 @@ TEST(Generate, TellsBuildToolsTheInputs) {
     }
 }
 
-/* A change by a shell command, and a file with the content that follows from it. */
+/* A change by a shell command, and the expected content of a file. */
 struct Step {
     std::string command, file, content;
 };
 
-/* The shell command that saves the text, which has no single quote. */
+/* A shell command that saves the text, which has no single quote. */
 std::string saving(const std::string& file, const std::string& text) {
     return "mkdir -p $(dirname " + file + ") && printf %s '" + text + "' > " + file;
 }
@@ -570,7 +569,7 @@ TEST(Generate, PollTakesNoKernelWatches) {
     waitUntil([] { return content("list.txt") == "[i][second]"; });
 }
 
-/* The template is replaced without a pause that is as long as a tick. */
+/* The template is replaced without a pause as long as a tick. */
 TEST(Generate, WatchDoesNotWaitForTheEndOfSavesThatNeverEnd) {
     const Project project;
     const BackgroundProgram running{project.directory.path(), watching};
@@ -580,7 +579,7 @@ TEST(Generate, WatchDoesNotWaitForTheEndOfSavesThatNeverEnd) {
     waitUntil([&] { return running.output().rfind("wrote in/list.txt") > allButRegion.size(); });
 }
 
-/* A pipe holds up the reading of the manifest for as long as it takes to save another one. */
+/* A pipe delays reading the manifest until another one is saved. */
 TEST(Generate, AManifestSavedWhileItIsReadIsNotLost) {
     const Project project;
     fs::remove("in/manifest.json");
@@ -598,7 +597,7 @@ TEST(Generate, AManifestSavedWhileItIsReadIsNotLost) {
     }
 }
 
-/* Tries again if it is held up for longer than a tick, which makes two bursts of one. */
+/* Retries if it is delayed for longer than a tick, which splits the burst. */
 TEST(Generate, ABurstOfSavesIsOneGeneration) {
     const Project project;
     runProgram({"generate", "in/manifest.json"});
@@ -616,9 +615,9 @@ TEST(Generate, ABurstOfSavesIsOneGeneration) {
     });
 }
 
-/* Another process truncates and rewrites, replaces and deletes the data and replaces the manifest,
-   a thousand saves in a directory behind a link. A reader only sees whole outputs, also one that
-   opened an output before it was replaced. */
+/* Another process truncates and rewrites, replaces and deletes the data and replaces the manifest:
+   a thousand saves in a directory reached through a link. A reader sees only whole outputs, even if
+   it opened one before it was replaced. */
 TEST(Generate, NoOutputIsEverSeenHalfWritten) {
     const Project project;
     const std::string only(20000, 'x');

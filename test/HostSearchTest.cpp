@@ -9,14 +9,14 @@ using namespace std::string_literals;
 
 struct Row {
     const char* name;
-    /* As a shell takes them. */
+    /* Arguments, quoted for the shell. */
     const char* arguments;
     int exitCode;
     /* Standard output and standard error. */
     std::string printed;
 };
 
-/* Of two bytes each. */
+/* Characters of two bytes. */
 std::string letters(const int count) {
     std::string text;
     for (int i = 0; i != count; ++i) {

@@ -17,7 +17,7 @@
 
 namespace {
 
-/* What calls of the system do beside their work, or in its place. */
+/* Faults injected into the system calls below. */
 struct {
     bool hasUnnamedFiles = true;
     int signalAtMode = 0, signalAtRename = 0;
@@ -25,7 +25,7 @@ struct {
 
 } // namespace
 
-/* In place of those of the C library. */
+/* Replace those of the C library. */
 extern "C" int open(const char* const path, const int flags, ...) {
     va_list arguments;
     va_start(arguments, flags);
@@ -76,7 +76,7 @@ struct Row {
     const char *arguments, *printed;
 };
 
-/* A directory with these files that is the current one. */
+/* A directory with these files, which is the current one. */
 class HostCommandTest : public testing::Test {
 protected:
     HostCommandTest() {
@@ -87,8 +87,8 @@ protected:
         makeTree(directory.path(), {"loop -> loop", "stdout -> /dev/stdout"});
     }
 
-    /* What the program prints to both of its outputs, and its exit code. The shell takes the
-       arguments apart, and runs what else is among them. */
+    /* Both outputs of the program and its exit code. The shell splits the arguments and runs
+       further commands among them. */
     static std::string run(const std::string& arguments, const std::string& before = "") {
         return outputOf("exec 2>&1; " + before + VESPERMOOR_PROGRAM + " " + arguments +
                         "\necho exit $?");
@@ -184,7 +184,7 @@ TEST_F(HostCommandTest, SaysInOneLineWhatFailed) {
     const std::string limit =
         "export ASAN_OPTIONS=max_allocation_size_mb=100:allocator_may_return_null=1; ";
 #else
-    /* Not with the sanitizer, whose memory takes half a minute to grow. */
+    /* Skipped with the sanitizer, where growing the memory takes half a minute. */
     EXPECT_EQ(run("json /dev/zero"), "vespermoor-utils: /dev/zero: goes on after 2 GiB\nexit 1\n");
     const std::string limit = "ulimit -v 200000; ";
 #endif
@@ -264,7 +264,7 @@ TEST(HostDocumentsTest, NoNumberChanges) {
     }
 }
 
-/* The real program, copied into a tree such as an installation makes, with @ for that. */
+/* The real program, copied into a tree like that of an installation, which is @. */
 TEST_F(HostCommandTest, FindsTheDataRoot) {
     makeTree(directory.path(), {"bin/", "elsewhere/shaders/"});
     fs::copy_file(VESPERMOOR_PROGRAM, "bin/program");
@@ -330,7 +330,7 @@ TEST(HostFilesTest, WritesIntoAPipeByTheNameOfItsDescriptor) {
     close(ends[1]);
 }
 
-/* What a signal in the middle of a replacement leaves. */
+/* The files left by a signal in the middle of a replacement. */
 TEST(HostFilesTest, NoSignalLeavesATemporaryFile) {
     const struct {
         bool hasUnnamedFiles;
@@ -369,7 +369,7 @@ TEST(HostFilesTest, ReplaceThatFailsLeavesTheOldFile) {
     };
     EXPECT_EQ(unprivileged([&] { return failureOf("new") == "@/file: Permission denied"; }), 1);
 
-    /* A limit on the size of files fails in the middle of the writing, as a full disk does. */
+    /* A limit on file sizes makes a write fail in the middle, like a full disk. */
     struct rlimit before {};
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
     const struct rlimit small { 4096, before.rlim_max };

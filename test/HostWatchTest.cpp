@@ -26,7 +26,7 @@ protected:
         makeTree(root.path(), {"w/f", "w/g", "w/a/b/", "o/", "n/x", "link -> w/f", "down -> w"});
     }
 
-    /* With the arguments as a shell takes them. */
+    /* The arguments are quoted for the shell. */
     void run(const std::string& arguments) {
         fs::remove("error");
         program.emplace("echo $$ > pid; exec '" VESPERMOOR_PROGRAM "' watch > output 2> error " +
@@ -38,8 +38,8 @@ protected:
         waitUntil([] { return testing::Value(contentOf("error"), HasSubstr(" directories\n")); });
     }
 
-    /* Runs the shell's `commands`. Changes between `stop` and `go` are seen at once; after `idle`
-       the program runs no other one. */
+    /* Runs the shell's `commands`. Changes between `stop` and `go` arrive together; after `idle` no
+       command is running. */
     static void change(const std::string& commands) {
         outputOf("stop() { kill -STOP $(cat pid); }; go() { kill -CONT $(cat pid); }; "
                  "idle() { while grep -q . /proc/$(cat pid)/task/*/children; do :; done; }; " +
@@ -57,7 +57,7 @@ protected:
 
 struct Step {
     std::string changes;
-    /* What it adds to the output, with @ for the path of the tree. */
+    /* The added output, with the path of the tree as @. */
     std::string output;
 };
 
@@ -66,7 +66,7 @@ struct Row {
     const char* arguments;
     std::vector<Step> steps;
     std::string error = "";
-    /* Above 0 if it ends by itself. */
+    /* Above 0 if the command ends by itself. */
     int exitCode = 0;
 };
 
@@ -186,7 +186,7 @@ TEST_F(HostWatch, PassesTheSignalOnToTheProgram) {
     EXPECT_EQ(contentOf("output"), "run\nterm\n");
 }
 
-/* Both signals are there before the program can look at either. */
+/* Both signals arrive before the program handles either. */
 TEST_F(HostWatch, EndsWithALastLookHoweverManySignalsCome) {
     for (const std::string option : {"--tick 60000", "--for 1e10"}) {
         start("w/a " + option);

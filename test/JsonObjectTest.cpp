@@ -138,7 +138,7 @@ TEST(JsonObjectDeathTest, BrokenContracts) {
     EXPECT_DEATH((TestObject{"[1,2]", "[1]"}.eraseElement(1)), dies("eraseElement", outOfBounds));
 }
 
-/* The written value and the calls that the write made. The value to read stays as it was unless it
+/* The written value and the calls made by the write. The value to read does not change, unless it
    is the same one. */
 template <class Write>
 std::string after(TestObject&& object, const Write write) {

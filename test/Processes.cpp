@@ -35,7 +35,7 @@ bool mountPrivately(const std::string& path) {
     if (unshare(CLONE_NEWNS | (isRoot ? 0 : CLONE_NEWUSER)) != 0) {
         return false;
     }
-    if (!isRoot) { // Without a number of its own in the new namespace it may not make files.
+    if (!isRoot) { // Without a user id in the new namespace it may not create files.
         writeFile("/proc/self/setgroups", "deny");
         writeFile("/proc/self/uid_map", user + ' ' + user + " 1");
         writeFile("/proc/self/gid_map", group + ' ' + group + " 1");
@@ -68,7 +68,7 @@ ScopedCurrentDirectory::~ScopedCurrentDirectory() {
     fs::current_path(_before, ignored);
 }
 
-/* The links are what a header runs to find a helper, or in place of one. */
+/* The links are the programs that a header runs to find or replace a helper. */
 Stubs::Stubs(const std::vector<std::string>& paths, const std::string& commands) {
     fs::create_directories("bin");
     fs::create_symlink("/usr/bin/which", "bin/which");
@@ -126,7 +126,7 @@ ChildProcess::ChildProcess(const std::string& command)
       }} {}
 
 ChildProcess::ChildProcess(const std::function<std::string()>& operation) {
-    std::fflush(nullptr); // Or the copy would have the same text to write.
+    std::fflush(nullptr); // Otherwise the copy would write the same text.
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0 || (_process = fork()) == -1) {
         throw std::runtime_error{"no process"};
@@ -166,7 +166,7 @@ int ChildProcess::stop(const std::vector<int>& signals) {
         kill(_process, signal);
     }
     siginfo_t end{};
-    waitUntil([&] { // Until it is destroyed, no other process gets its number.
+    waitUntil([&] { // Until it is reaped, no other process gets its id.
         return waitid(P_PID, id_t(_process), &end, WEXITED | WNOHANG | WNOWAIT) != 0 || end.si_pid;
     });
     return end.si_code == CLD_EXITED ? end.si_status : -1;

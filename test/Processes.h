@@ -8,7 +8,7 @@
 
 namespace VespermoorEngine::Test {
 
-/** @brief Gives an environment variable another value, or none, for as long as it lives. */
+/** @brief Sets or unsets an environment variable during its lifetime. */
 class ScopedVariable {
 public:
     explicit ScopedVariable(const char* name, const std::optional<std::string>& value);
@@ -21,7 +21,7 @@ private:
     std::optional<std::string> _before;
 };
 
-/** @brief Makes another directory the current one for as long as it lives. */
+/** @brief Changes the current directory during its lifetime. */
 class ScopedCurrentDirectory {
 public:
     explicit ScopedCurrentDirectory(const std::string& path);
@@ -34,9 +34,9 @@ private:
 };
 
 /**
- * @brief Programs that record how they are run, in a directory that is the current one.
+ * @brief Programs that record their runs, in a directory that is the current one.
  *
- * `PATH` leads to its folder `bin` only.
+ * `PATH` holds only its folder `bin`.
  */
 class Stubs {
 public:
@@ -46,15 +46,15 @@ public:
     /**
      * @brief Path, current directory and arguments of each run so far.
      *
-     * With an at sign for the path of the directory.
+     * The path of the directory is written as an at sign.
      */
     std::vector<std::string> runs() const;
 
     /**
-     * @brief Arguments of a helper of dialogs that was run once.
+     * @brief Arguments of a dialog helper that was run once.
      *
-     * An option and its value are one here, with a `=` in between, and a `--` that ends the options
-     * is left out: those are up to the header that runs the helper.
+     * An option and its value are joined by a `=`, and a `--` that ends the options is left out:
+     * these differ between the headers that run the helper.
      */
     std::vector<std::string> options() const;
 
@@ -62,7 +62,7 @@ public:
      * @brief Result of @p show, which shows one dialog and must leave neither a child nor a
      * descriptor.
      *
-     * In a process of its own, since a header may look for its helper once in a process.
+     * Runs in a process of its own, since a header may look up its helper once per process.
      */
     static std::string result(const std::function<std::string()>& show);
 
@@ -76,13 +76,13 @@ private:
 };
 
 /**
- * @brief Process with a group of its own, which is killed as a whole at the end.
+ * @brief Process with a group of its own, which the destructor kills as a whole.
  *
- * So nothing that it started is left behind, however the test ends.
+ * So no process that it started survives, however the test ends.
  */
 class ChildProcess {
 public:
-    /** @brief Runs @p command by `/bin/sh`, which best begins with `exec`. */
+    /** @brief Runs @p command by `/bin/sh`; it should begin with `exec`. */
     explicit ChildProcess(const std::string& command);
 
     /**
@@ -115,8 +115,8 @@ private:
 };
 
 /**
- * @brief Result of @p operation in a copy of this process without the privileges of root, who is
- * refused nothing.
+ * @brief Result of @p operation in a copy of this process without the privileges of root, which
+ * bypass permissions.
  */
 int unprivileged(const std::function<int()>& operation);
 
@@ -127,7 +127,7 @@ std::string outputOf(const std::string& command);
  * @brief Result of @p operation in a copy of this process that alone sees an empty tmpfs on
  * @p path.
  *
- * Nothing if the machine does not let this user mount.
+ * Empty if this user may not mount.
  */
 std::optional<std::string> resultWithMount(const std::string& path,
                                            const std::function<std::string()>& operation);

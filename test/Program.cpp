@@ -4,7 +4,7 @@ namespace VespermoorEngine::Test {
 
 namespace {
 
-/* The files exist, though empty, as soon as there is a process. */
+/* The files exist, still empty, as soon as there is a process. */
 std::string commandOf(const std::string& directory, const std::vector<std::string>& arguments) {
     const std::string output = directory + "/program.output", error = directory + "/program.error";
     writeFile(output, "");

@@ -15,10 +15,10 @@ struct ProgramRun {
 /** @brief Runs the real `vespermoor-utils` with @p arguments to its end. */
 ProgramRun runProgram(const std::vector<std::string>& arguments);
 
-/** @brief A run of the real `vespermoor-utils` that continues beside the test. */
+/** @brief A run of the real `vespermoor-utils` in the background. */
 class BackgroundProgram : public ChildProcess {
 public:
-    /** @brief Starts it in @p directory, which gets its output and its errors as files. */
+    /** @brief Starts it in @p directory, with its output and its errors in files there. */
     BackgroundProgram(const std::string& directory, const std::vector<std::string>& arguments);
 
     /** @brief Its output so far. */

@@ -1,4 +1,4 @@
-// Does not compile: a host has included RapidJSON in a way that the library cannot work with.
+// Does not compile: a host has included RapidJSON with settings that the library does not support.
 
 #if defined(REFUSED_ASSERTIONS)
 #include <rapidjson/document.h>

@@ -61,7 +61,7 @@ std::string nested(const int levels, const std::string& inner = "") {
     return std::string(levels, '[') + inner + std::string(levels, ']');
 }
 
-/* What the file holds, or why it is refused. */
+/* The content of the file, or the reason for its refusal. */
 std::string parsed(const std::string& path) {
     const ValueOrError<rapidjson::Document> result = parseJsonFile(path.data());
     return result ? compact(result.value()) : text(result.error());
@@ -126,7 +126,7 @@ TEST(RapidJsonUtilsTest, ResultIsMovableAndGuarded) {
     EXPECT_EQ(compact(std::move(moved).value()), json);
 }
 
-/* The child as JSON after the name of a member. */
+/* The name of a member, if it is one, and the child as JSON. */
 template <class Key>
 std::string child(const char* const json, const Key key) {
     rapidjson::Document document = parse(json);
@@ -188,7 +188,7 @@ TEST(RapidJsonUtilsTest, ValueByPointer) {
         {"/a/2", "nothing"},  {"/a/-", "nothing"}, {"/a/01", "nothing"},  {"/x", "nothing"},
         {"/a/0/b", "nothing"}};
     for (const auto& [pointer, expected] : rows) {
-        /* Nothing terminates it, so that the sanitizer tells when more than the view is read. */
+        /* Not terminated, so that the sanitizer detects reads past the view. */
         const std::vector<char> bytes{pointer.begin(), pointer.end()};
         const StringView view{bytes.data(), bytes.size()};
         const rapidjson::Value* const found = valueByPointer(constant, view);

@@ -63,10 +63,10 @@ TEST(StringTest, SearchesForAndInNothing) {
     EXPECT_EQ(caseInsensitiveSearch("Foo", "FooB"), ~std::uint64_t{0});
 }
 
-/* What the facet below was asked. */
+/* The calls of the facet below. */
 std::string asked;
 
-/* Takes b for the upper case of c, and gives ranges of bytes unchanged. */
+/* The upper case of c is b; ranges of bytes are returned unchanged. */
 class RecordingFacet : public std::ctype<char> {
 protected:
     char do_toupper(const char c) const override {
@@ -76,7 +76,7 @@ protected:
     const char* do_toupper(char*, const char* const end) const override { return end; }
 };
 
-/* A facet may throw for some bytes, so it is asked about the others only. */
+/* A facet may throw for some bytes, so only the others are passed to it. */
 TEST(StringTest, SearchAsksAFacetWhatStandardSearchAsks) {
     const std::locale locale{std::locale::classic(), new RecordingFacet};
     for (const std::size_t size : {4, 1000}) {

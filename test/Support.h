@@ -17,7 +17,7 @@ namespace VespermoorEngine::Test {
 
 namespace fs = std::filesystem;
 
-/** @brief Empty directory of its own for one test, removed with all it holds at the end. */
+/** @brief Empty directory for one test, removed with its content at the end. */
 class TemporaryDirectory {
 public:
     TemporaryDirectory();
@@ -25,16 +25,16 @@ public:
     TemporaryDirectory(const TemporaryDirectory&) = delete;
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
-    /** @brief Absolute path without links in it and without a trailing slash. */
+    /** @brief Absolute path without links and without a trailing slash. */
     const std::string& path() const { return directory; }
 
     /** @brief Path of @p name inside the directory. */
     std::string operator/(const std::string& name) const { return directory + '/' + name; }
 
-    /** @brief Copy of @p text with the path for every at sign. */
+    /** @brief Copy of @p text with every at sign replaced by the path. */
     std::string expanded(const std::string& text) const;
 
-    /** @brief Copy of @p text with an at sign for every occurrence of the path. */
+    /** @brief Copy of @p text with every occurrence of the path replaced by an at sign. */
     std::string shortened(const std::string& text) const;
 
 private:
@@ -66,7 +66,7 @@ inline std::string text(const Corrade::Containers::StringView view) {
     return {view.data(), view.size()};
 }
 
-/** @brief View of @p string, which stays its owner. */
+/** @brief View of @p string, which keeps the memory. */
 inline Corrade::Containers::StringView view(const std::string& string) {
     return {string.data(), string.size()};
 }
@@ -87,7 +87,7 @@ std::vector<T> elements(const Corrade::Containers::Array<T>& array) {
     return {array.begin(), array.end()};
 }
 
-/** @brief Name of a table's row in the form that GoogleTest takes: letters and digits only. */
+/** @brief Name of a table's row in the form that GoogleTest accepts: letters and digits only. */
 template <class Row>
 std::string rowName(const testing::TestParamInfo<Row>& info) {
     std::string name;

@@ -88,7 +88,7 @@ int inotify_add_watch(const int fd, const char* const path, const std::uint32_t 
 }
 
 #ifdef __SANITIZE_ADDRESS__
-/* Declared here, since g++ comes without the header of its sanitizer. */
+/* Declared here, since g++ lacks the header of its sanitizer. */
 int __sanitizer_install_malloc_and_free_hooks(void (*)(const volatile void*, std::size_t),
                                               void (*)(const volatile void*));
 #else

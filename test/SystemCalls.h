@@ -5,14 +5,13 @@
 #include <string>
 #include <vector>
 
-/** @brief Functions of the system that take the place of the C library's in a whole test program.
- */
+/** @brief System functions that replace the C library's in a whole test program. */
 namespace VespermoorEngine::Test::SystemCalls {
 
 /**
  * @brief Calls that the libraries make while @p body runs.
  *
- * A lookup of a path is the path alone; other calls have their name before it.
+ * A lookup of a path is recorded as the path alone, other calls as their name and the path.
  */
 std::vector<std::string> callsOf(const std::function<void()>& body);
 

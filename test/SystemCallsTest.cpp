@@ -14,7 +14,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/* The calls of `body`, one to a line, with an at sign for the directory of the test. */
+/* The calls of `body`, one per line, with an at sign for the directory of the test. */
 std::string calls(const TemporaryDirectory& root, const std::function<void()>& body) {
     std::string lines;
     for (const std::string& call : SystemCalls::callsOf(body)) {
@@ -53,7 +53,7 @@ TEST(SystemCallsTest, SearchesLookUpNoMoreThanNeeded) {
     const struct {
         const char* name;
         std::vector<std::string> entries;
-        /* Where the root is searched from; null for a search of the trash. */
+        /* The start of the search for the root; null for a search of the trash. */
         const char* start;
         const char* calls;
     } rows[]{

@@ -22,7 +22,7 @@ using testing::ElementsAre;
 using ListFlag = Utility::Path::ListFlag;
 using Names = std::vector<std::string>;
 
-/* The entries of a list with commas, and the other way round. */
+/* Splits a list at its commas; list() is the inverse. */
 Names listed(const std::string& text) {
     const std::regex comma{", "};
     return {std::sregex_token_iterator{text.begin(), text.end(), comma, -1}, {}};
@@ -151,7 +151,7 @@ TEST(CopyRecursive, MergesAndFollowsLinks) {
               "dir/, dir/x, file, two/, two/x");
     EXPECT_EQ(copied("s/a/f, s/a/l -> ..", "s", "d"), "a/, a/f, a/l/");
     EXPECT_EQ(copied("o/p/l -> .., s/a -> ../o", "s", "d"), "a/, a/p/, a/p/l/");
-    /* Into the source, in ways that do not show it, and onto it. */
+    /* Destinations inside the source, not visible in the path, and the source itself. */
     EXPECT_EQ(copied("s/a/f, s/g", "s", "s/x/y/d"), "a/, a/f, g");
     EXPECT_EQ(copied("s/a/f", "s", "s/x/../d"), "a/, a/f");
     EXPECT_EQ(copied("d/, s/l -> ../d, s/f", "s", "d"), "f");
@@ -177,8 +177,8 @@ TEST(CopyRecursive, FailsIfAFileCannotBeCopied) {
               Utility::Path::copy((root / "s/f").data(), "/dev/full"));
 }
 
-/* The file in the locked directory is the deepest, and so the first to be removed. A
-   directory that cannot be listed stays empty in the copy. */
+/* The file in the locked directory is the deepest, so it is removed first. A directory that cannot
+   be listed stays empty in the copy. */
 TEST(UnreadableDirectory, StopsTheDeletionAndIsEmptyInTheCopy) {
     const TemporaryDirectory root;
     makeTree(root.path(), {"s/closed/x", "s/f", "t/a", "t/locked/x", "t/z"});
@@ -203,7 +203,7 @@ std::string trashPath() {
     return path ? text(*path) : "none";
 }
 
-/* With @ for the directory of the test, which is the home directory. */
+/* @ is the directory of the test, which is the home directory. */
 TEST(FindTrashPath, LooksAtOnePlaceOnly) {
     const std::tuple<const char*, const char*, const char*> rows[]{
         {".local/share/Trash/files/", "", "@/.local/share/Trash/files"},
@@ -394,8 +394,8 @@ TEST(ChangeDirectory, ChangesItOrNothing) {
     EXPECT_EQ(fs::current_path(), directory.path());
 }
 
-/* Program, directory and arguments of the `xdg-open` that `launch` runs, if it does. With @ for the
-   current directory, which has `a folder`. */
+/* Program, directory and arguments of the `xdg-open` that `launch` runs, if any. @ is the current
+   directory, which has `a folder`. */
 Names launched(const std::function<void()>& launch) {
     const Stubs stubs{{"bin/xdg-open"}};
     fs::create_directory("a folder");

@@ -94,7 +94,7 @@ TEST(TemplateTest, Renders) {
     EXPECT_EQ(messages.text(), "");
 }
 
-/* A failure drops the output, but after an error of the syntax the text before it is rendered. */
+/* A failure drops the output, but after a syntax error the text before it is rendered. */
 TEST(TemplateTest, SaysWhatIsWrong) {
     const std::string syntax = "Template(): Syntax error: Unterminated template directive";
     const std::string literal = "render(): Unterminated string literal";
@@ -155,7 +155,7 @@ TEST(TemplateTest, OwnsItsTextEndsAtTheFirstNulAndDoesNotCopyItsOutput) {
     EXPECT_TRUE(compiled.isValid());
     const Containers::String output = compiled.render({});
     EXPECT_EQ(text(output), "a text longer than a string holds in itself");
-    /* What was copied has the deleter of a new string, which is none. */
+    /* A copy has the deleter of a new string, which is null. */
     EXPECT_NE(output.deleter(), nullptr);
 }
 
@@ -169,14 +169,13 @@ TEST(TemplateTest, HasEvalComparesTheFirstTokenAsWritten) {
     }
 }
 
-/* What scopes were asked for, and the one value that all their accessors share: the latest of it.
- */
+/* The lookups in scopes, and the latest text of the one value that all accessors share. */
 struct Record {
     std::deque<std::string> asked;
     rapidjson::Value latest;
 };
 
-/* Has one name. */
+/* A scope with one name. */
 class RecordingScope : public JsonObject {
 public:
     RecordingScope(Record& record, std::string letter, std::string name, const bool found = true)
@@ -209,7 +208,7 @@ TEST(TemplateTest, ScopesAreAskedInOrderUntilOneHasTheName) {
     EXPECT_EQ(text(Template{"{{ x.y }} {{ z }}"}.render({a, b, c})), "A:x/y B:z");
     EXPECT_THAT(record.asked, ElementsAre("A:x/y", "A:z", "B:z"));
 
-    /* The text of the left operand outlives the look-up of the right one. */
+    /* The text of the left operand outlives the lookup of the right one. */
     EXPECT_EQ(text(Template{"{{ z == x.y }} {{ z == z }}"}.render({a, b})), "false true");
 
     record.asked.clear();

@@ -10,8 +10,8 @@ namespace VespermoorEngine::Test {
 /**
  * @brief Makes the entries below @p root, in order, with the directories above them.
  *
- * `a/` is a directory, `a -> b` a link with the text `b`, everything else a file that holds its own
- * name.
+ * `a/` is a directory, `a -> b` a link with the text `b`, everything else a file with its own name
+ * as content.
  */
 inline void makeTree(const std::string& root, const std::vector<std::string>& entries) {
     for (const std::string& entry : entries) {
@@ -28,7 +28,7 @@ inline void makeTree(const std::string& root, const std::vector<std::string>& en
     }
 }
 
-/** @brief Everything below @p root, in the form that @ref makeTree() takes, sorted by name. */
+/** @brief Everything below @p root, in the form of @ref makeTree(), sorted by name. */
 inline std::vector<std::string> tree(const std::string& root) {
     std::map<std::string, std::string> entries;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator{root}) {

@@ -11,8 +11,8 @@ using namespace Corrade;
 using namespace Corrade::Containers::Literals;
 namespace RapidJsonUtils = VespermoorEngine::RapidJsonUtils;
 
-/* Written beside the old file and renamed: whenever this ends, by a full disk too, the file holds
-   the old scene or the new one, and never a part. */
+/* Writes a temporary file and renames it: even if the disk is full, the file holds either the old
+   scene or the new one, never a part. */
 bool saveScene(const rapidjson::Document& scene, const Containers::StringView path) {
     const Containers::Optional<Containers::String> text = RapidJsonUtils::jsonToString(scene);
     if (!text) {

@@ -1,6 +1,6 @@
 /* A host in one page: keeps the title of a scene up to date while the scene is edited.
 
-   Usage: scene-host FOLDER, in which scene.json and title.tmpl lie. */
+   Usage: scene-host FOLDER, which contains scene.json and title.tmpl. */
 
 #include <cstdio>
 
@@ -27,7 +27,7 @@ Containers::Optional<rapidjson::Document> readScene(const Containers::StringView
 }
 
 //! [title]
-/* Empty if the template or the scene is wrong; the reason is printed then. */
+/* Empty if the template or the scene is invalid, and prints the reason. */
 Containers::String title(const Containers::StringView templatePath,
                          const Containers::StringView scenePath) {
     const Containers::Optional<Containers::String> source = Utility::Path::readString(templatePath);
@@ -41,7 +41,7 @@ Containers::String title(const Containers::StringView templatePath,
 //! [title]
 
 //! [edit]
-/* The edit when the user hides everything and marks the scene. */
+/* The edit after the user hides everything and marks the scene. */
 bool hideScene(const Containers::StringView path) {
     Containers::Optional<rapidjson::Document> scene = readScene(path);
     if (!scene) {
@@ -76,7 +76,7 @@ int main(const int argc, const char* const* const argv) {
             return 1;
         }
     }
-    /* Two ticks of an editor, with an edit between them. */
+    /* Two ticks of an editor, with an edit in between. */
     for (int tick = 0; tick != 2; ++tick) {
         files.update();
         if (stale) {

@@ -2,7 +2,7 @@
 
 #include "Registry.h"
 
-/** Makes the components known to the editor. Written by hand but for what stands between tags. */
+/** Registers the components with the editor. Written by hand, except for the text between tags. */
 inline void registerComponents() {
     // [components]
     registerComponent<Light>("rendering");
