@@ -87,7 +87,7 @@ const struct {
      texts("--icon=warning", "--title=" + title, "--passivepopup=" + odd, "5")},
 };
 
-TEST(Dialogs, HandOverToTheHelper) {
+TEST(Dialogs, PassArgumentsToTheHelper) {
     for (const auto& row : handOvers) {
         SCOPED_TRACE(testing::PrintToString(row.options));
         const Stubs stubs{{std::string{"bin/"} + row.helper}, "/bin/cat answer"};

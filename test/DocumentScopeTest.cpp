@@ -6,7 +6,7 @@
 namespace VespermoorEngine::Test {
 namespace {
 
-TEST(DocumentScopeTest, FollowsPathsWhereTheyLead) {
+TEST(DocumentScopeTest, FollowsPaths) {
     rapidjson::Document document = parse(R"({"": {"x": "below"}, "a/b": "slash",
         "list": ["first", {"item1": "a", "item2": "b", "atem2": "c"}]})");
     const std::pair<const char*, const char*> rows[]{

@@ -131,7 +131,7 @@ void expectPacked(const StringArrayView& list, const std::vector<std::string>& s
     EXPECT_EQ(elements(list.offsets), offsets);
 }
 
-TEST(StringArrayTest, PacksWhateverTheHintSays) {
+TEST(StringArrayTest, PacksWithAnyHint) {
     for (const std::size_t hint : {0, 1, 7, 100}) {
         SCOPED_TRACE(hint);
         StringArray list{hint};
@@ -153,7 +153,7 @@ TEST(StringArrayTest, PacksWhateverTheHintSays) {
     }
 }
 
-TEST(StringArrayTest, AHintOfTheTextIsEnoughForItsWords) {
+TEST(StringArrayTest, HintOfTheTextSizeSufficesForItsWords) {
     StringArray list{"a bc def"_s.size()};
     const char* const store = list.data;
     for (const Containers::StringView word : {"a"_s, "bc"_s, "def"_s}) {
@@ -162,7 +162,7 @@ TEST(StringArrayTest, AHintOfTheTextIsEnoughForItsWords) {
     EXPECT_EQ(list.data, store);
 }
 
-TEST(StringArrayTest, ViewOfPackedStringsLeavesThemAlone) {
+TEST(StringArrayTest, ViewDoesNotChangePackedStrings) {
     const std::string packed{"one\0\0three\0left over", 21};
     std::string viewed = packed;
     expectPacked(MutableStringArrayView{{viewed.data(), viewed.size()}, 3}, {"one", "", "three"});

@@ -80,7 +80,7 @@ struct Project {
 
 const std::string regionMade = "1[a](x)(y)[/a]2[b]first here\n[/b]3";
 
-TEST(Generate, MakesAndChecksWhatIsOutOfDate) {
+TEST(Generate, MakesAndChecksOutdatedOutputs) {
     const Project project;
     save("list.txt", "<i><second>");
     const auto saved = fs::last_write_time("in/list.txt");
@@ -115,7 +115,7 @@ void saveChain() {
         {"file": "made.json", "data": ["first.json"], "template": "json.tmpl"}]})");
 }
 
-TEST(Generate, MakesAnOutputAfterThoseThatItIsMadeFrom) {
+TEST(Generate, OrdersOutputsByDependency) {
     const Project project;
     saveChain();
     for (const std::string name : {"first", "second"}) {
@@ -146,7 +146,7 @@ void dropPrivileges() {
     prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
 }
 
-TEST(Generate, WhatTheSystemRefusesIsOneLineAndLosesNothing) {
+TEST(Generate, SystemErrorsAreOneLineAndLoseNothing) {
     const Project project;
     dropPrivileges();
     save("keys.txt", "old");
@@ -350,7 +350,7 @@ TEST(Generate, RegionsKeepTheLineEndsOfTheirFile) {
 }
 
 /* Redirected files too. The log already contains the expected output. */
-TEST(Generate, WritesToStandardOutputAsItIs) {
+TEST(Generate, WritesToStandardOutputDirectly) {
     const Project project;
     save("manifest.json", manifestOf(R"("template": "item.tmpl")", "/dev/stdout"));
     save("log", "<first>");
@@ -375,7 +375,7 @@ std::string onTerminal(const std::string& command) {
     return outputOf("script -qec '" + command + "' /dev/null");
 }
 
-TEST(Generate, ShowsWhatWouldChange) {
+TEST(Generate, DiffShowsChanges) {
     const Project project;
     save("manifest.json", manifestOf(R"("template": "t")"));
     std::string old = "1\n2\n3\n4\n5\n6\n7\n8\n9\n10\n11\n12\n", made = old;
@@ -393,7 +393,7 @@ TEST(Generate, ShowsWhatWouldChange) {
 }
 
 /* The data of the second output appears after half a second. */
-TEST(Generate, CountsOutputsOnATerminalWhileItTakesAWhile) {
+TEST(Generate, CountsOutputsOnATerminal) {
     const Project project;
     fs::rename("in/second.json", "in/data");
     ASSERT_EQ(mkfifo("in/second.json", 0600), 0);
@@ -403,7 +403,7 @@ TEST(Generate, CountsOutputsOnATerminalWhileItTakesAWhile) {
 }
 
 /* A second run of the tool does nothing; a changed input or a deleted output causes a run. */
-TEST(Generate, TellsBuildToolsTheInputs) {
+TEST(Generate, WritesDependenciesForBuildTools) {
     const struct {
         std::string file, text, command, idle;
     } rows[]{
@@ -529,7 +529,7 @@ void expectSteps(const BackgroundProgram& running, const WatchRow& row) {
     }
 }
 
-TEST(Generate, WatchMakesAnewWhatDependsOnAChange) {
+TEST(Generate, WatchRegeneratesDependentOutputs) {
     dropPrivileges();
     for (const WatchRow& row : watchRows) {
         SCOPED_TRACE(row.name);
@@ -570,7 +570,7 @@ TEST(Generate, PollTakesNoKernelWatches) {
 }
 
 /* The template is replaced without a pause as long as a tick. */
-TEST(Generate, WatchDoesNotWaitForTheEndOfSavesThatNeverEnd) {
+TEST(Generate, WatchUpdatesDuringEndlessSaves) {
     const Project project;
     const BackgroundProgram running{project.directory.path(), watching};
     waitUntil([&] { return !running.error().empty(); });
@@ -580,7 +580,7 @@ TEST(Generate, WatchDoesNotWaitForTheEndOfSavesThatNeverEnd) {
 }
 
 /* A pipe delays reading the manifest until another one is saved. */
-TEST(Generate, AManifestSavedWhileItIsReadIsNotLost) {
+TEST(Generate, WatchRereadsAManifestSavedDuringARead) {
     const Project project;
     fs::remove("in/manifest.json");
     ASSERT_EQ(mkfifo("in/manifest.json", 0600), 0);
@@ -598,7 +598,7 @@ TEST(Generate, AManifestSavedWhileItIsReadIsNotLost) {
 }
 
 /* Retries if it is delayed for longer than a tick, which splits the burst. */
-TEST(Generate, ABurstOfSavesIsOneGeneration) {
+TEST(Generate, ABurstOfSavesIsOneUpdate) {
     const Project project;
     runProgram({"generate", "in/manifest.json"});
     int saves = 0;
@@ -618,7 +618,7 @@ TEST(Generate, ABurstOfSavesIsOneGeneration) {
 /* Another process truncates and rewrites, replaces and deletes the data and replaces the manifest:
    a thousand saves in a directory reached through a link. A reader sees only whole outputs, even if
    it opened one before it was replaced. */
-TEST(Generate, NoOutputIsEverSeenHalfWritten) {
+TEST(Generate, OutputsAreReplacedAtomically) {
     const Project project;
     const std::string only(20000, 'x');
     const auto output = [&](const int i) { return std::to_string(i) + ' ' + only + '\n'; };

@@ -143,7 +143,7 @@ TEST_F(HostCommandTest, Prints) {
     }
 }
 
-TEST_F(HostCommandTest, SaysInOneLineWhatFailed) {
+TEST_F(HostCommandTest, ReportsFailuresInOneLine) {
     const Row rows[]{
         {"json none.json", "none.json: No such file or directory"},
         {"json \"$(printf 'no\\n\\033\\233ne\\302\\233\\342\\200\\256\\330\\234.json')\"",
@@ -193,7 +193,7 @@ TEST_F(HostCommandTest, SaysInOneLineWhatFailed) {
 }
 
 /* A document on standard input, as the shell's printf writes it. */
-TEST_F(HostCommandTest, SaysWhatIsWrongInADocument) {
+TEST_F(HostCommandTest, ReportsErrorsInADocument) {
     const Row rows[]{
         {"{\\n \"a\" 1}", "2:6: Missing a colon after a name of object member"},
         {"\\357\\273\\277{", "1:2: Missing a name for object member"},
@@ -241,7 +241,7 @@ TEST_F(HostCommandTest, WrongUsage) {
     }
 }
 
-TEST(HostDocumentsTest, NoNumberChanges) {
+TEST(HostDocumentsTest, KeepsNumbersExactly) {
     std::mt19937_64 random{1};
     std::string json = "[0";
     for (int i = 0; i != 20000; ++i) {

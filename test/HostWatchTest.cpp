@@ -187,7 +187,7 @@ TEST_F(HostWatch, PassesTheSignalOnToTheProgram) {
 }
 
 /* Both signals arrive before the program handles either. */
-TEST_F(HostWatch, EndsWithALastLookHoweverManySignalsCome) {
+TEST_F(HostWatch, ChecksOnceMoreAfterAnyNumberOfSignals) {
     for (const std::string option : {"--tick 60000", "--for 1e10"}) {
         start("w/a " + option);
         change("mkdir w/a/x");
@@ -226,7 +226,7 @@ protected:
     int pipe;
 };
 
-TEST_F(HostWatchUnread, OutputDoesNotKeepItFromItsEnd) {
+TEST_F(HostWatchUnread, OutputDoesNotBlockItsExit) {
     start("o > pipe");
     change("mkdir o/x");
     EXPECT_EQ(program->stop({SIGTERM}), 1);

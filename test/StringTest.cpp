@@ -55,7 +55,7 @@ TEST(StringTest, ConvertsNames) {
     }
 }
 
-TEST(StringTest, SearchesForAndInNothing) {
+TEST(StringTest, SearchesForAndInEmptyText) {
     const Containers::StringView nullOf1000{nullptr, 1000};
     EXPECT_EQ(caseInsensitiveSearch("FooBAR", nullOf1000), 0);
     EXPECT_EQ(caseInsensitiveSearch(nullOf1000, ""), 0);
@@ -77,7 +77,7 @@ protected:
 };
 
 /* A facet may throw for some bytes, so only the others are passed to it. */
-TEST(StringTest, SearchAsksAFacetWhatStandardSearchAsks) {
+TEST(StringTest, SearchCallsAFacetLikeStandardSearch) {
     const std::locale locale{std::locale::classic(), new RecordingFacet};
     for (const std::size_t size : {4, 1000}) {
         const std::string text = std::string(size, 'a') + "abcd";
@@ -180,7 +180,7 @@ TEST(StringTest, WriterGrowsAndTerminates) {
     }
 }
 
-TEST(StringTest, WriterHandsOverItsBuffer) {
+TEST(StringTest, WriterMovesItsBuffer) {
     char memory[8];
     StringWriter writer{0};
     const auto setFirst = [](char* const data, std::size_t) { *data = 'd'; };

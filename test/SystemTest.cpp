@@ -115,7 +115,7 @@ TEST(VisitPath, LetsTheVisitorEndTheWalkAndChangeTheTree) {
     EXPECT_THAT(visited, ElementsAre("b", "b", "a"));
 }
 
-TEST(DeleteRecursive, RemovesTheTreeAndNothingBeside) {
+TEST(DeleteRecursive, RemovesTheTreeAndNothingElse) {
     const TemporaryDirectory root;
     makeTree(root.path(), {"keep/x", "r/a/b/c", "r/empty/", "r/out -> ../keep", "r/none -> gone",
                            "r/a/up -> ..", "start -> keep"});
@@ -204,7 +204,7 @@ std::string trashPath() {
 }
 
 /* @ is the directory of the test, which is the home directory. */
-TEST(FindTrashPath, LooksAtOnePlaceOnly) {
+TEST(FindTrashPath, UsesOneTrashOnly) {
     const std::tuple<const char*, const char*, const char*> rows[]{
         {".local/share/Trash/files/", "", "@/.local/share/Trash/files"},
         {".local/share/Trash/", "", "@/.local/share/Trash"},
@@ -224,7 +224,7 @@ TEST(FindTrashPath, LooksAtOnePlaceOnly) {
     }
 }
 
-TEST(FindTrashPath, OfRootIsElsewhere) {
+TEST(FindTrashPath, DiffersForRoot) {
     const ScopedVariable data{"XDG_DATA_HOME", std::nullopt};
     const ScopedVariable home{"HOME", "/root"};
     const std::optional<std::string> found = resultWithMount("/root", [] {
@@ -286,7 +286,7 @@ TEST_F(MoveToTrash, AppendsAUuidToATakenNameAndReplacesADanglingLink) {
                          "data/Trash/files/oneUUID, data/Trash/files/x");
 }
 
-TEST_F(MoveToTrash, LooksForTheTrashOnceAndStopsAtAFailure) {
+TEST_F(MoveToTrash, FindsTheTrashOnceAndStopsAtAFailure) {
     makeTree(directory.path(), {"real/files/", "data/Trash -> ../real"});
     EXPECT_EQ(moveAll({"data/Trash", "a/one", "b/one"}),
               "failed: Utility::Path::move(): can't move @/a/one to @/data/Trash/files/one: "
@@ -405,7 +405,7 @@ Names launched(const std::function<void()>& launch) {
     return stubs.runs();
 }
 
-TEST(Launch, HandsOverToTheDesktop) {
+TEST(Launch, PassesArgumentsToTheDesktop) {
     const std::string program = "@/bin/xdg-open";
     EXPECT_THAT(launched([] { openBrowser("https://a.example/{}?b=c"); }),
                 ElementsAre(program, "@", "https://a.example/{}?b=c"));

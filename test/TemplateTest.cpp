@@ -95,7 +95,7 @@ TEST(TemplateTest, Renders) {
 }
 
 /* A failure drops the output, but after a syntax error the text before it is rendered. */
-TEST(TemplateTest, SaysWhatIsWrong) {
+TEST(TemplateTest, ReportsErrors) {
     const std::string syntax = "Template(): Syntax error: Unterminated template directive";
     const std::string literal = "render(): Unterminated string literal";
     const std::string x = "render(): Undefined name x";
@@ -200,7 +200,7 @@ private:
     bool found;
 };
 
-TEST(TemplateTest, ScopesAreAskedInOrderUntilOneHasTheName) {
+TEST(TemplateTest, FirstScopeWithTheNameGivesTheValue) {
     Record record;
     RecordingScope a{record, "A:", "x/y"};
     RecordingScope b{record, "B:", "z"};

@@ -23,7 +23,7 @@ struct Row {
 
 class Snippets : public testing::TestWithParam<Row> {};
 
-TEST_P(Snippets, PrintWhatThePagesSay) {
+TEST_P(Snippets, PrintTheDocumentedOutput) {
     const TemporaryDirectory directory;
     writeFile(directory / "scene.json", scene);
     const Messages messages;

@@ -39,7 +39,7 @@ TEST(PortableFileDialogs, RunTheHelperOfTheDesktop) {
     }
 }
 
-TEST(PortableFileDialogs, ReadAnAnswerWhateverTheExitStatus) {
+TEST(PortableFileDialogs, ReadAnAnswerWithAnyExitStatus) {
     const Stubs stubs{{"bin/zenity"}, "/bin/cat answer; exit 1"};
     std::string many;
     for (int i = 0; i != 20000; ++i) {

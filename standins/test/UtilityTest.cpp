@@ -45,7 +45,7 @@ TEST(Path, SplitsAndJoins) {
 
 /* Sizes around the blocks of reads and copies, files with no size or a wrong one, and a file on
    another file system than the target. */
-TEST(Path, ReadsAndCopiesWhateverTheSize) {
+TEST(Path, ReadsAndCopiesFilesOfAnySize) {
     const TemporaryDirectory root;
     const std::string copy = root / "copy";
     const int memory = memfd_create("memory", MFD_CLOEXEC);
