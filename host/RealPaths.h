@@ -13,10 +13,12 @@ namespace VespermoorEngine::Host {
  */
 class RealPaths {
 public:
-    /** @brief Where a read or a write of @p path ends, with all links followed. */
+    /** @brief Real path of the file at @p path, with all links followed. */
     std::string file(const std::string& path);
 
-    /** @brief Where the entry @p path itself is: only the links in its directory are followed. */
+    /**
+     * @brief Real path of the entry @p path itself: only the links in its directory are followed.
+     */
     std::string entry(const std::string& path);
 
 private:

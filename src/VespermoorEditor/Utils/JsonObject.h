@@ -171,8 +171,8 @@ public:
     /**
      * @name Replacing with a single value
      *
-     * Overwrites @ref mutableValue(), whatever its kind, without reading @ref value(). Here and in
-     * every other write, memory comes from @ref allocator(); that of the old value stays in the
+     * Overwrites @ref mutableValue(), of any kind, without reading @ref value(). Here and in every
+     * other write, memory comes from @ref allocator(); that of the old value stays in the
      * document's pool until the document is destroyed.
      *
      * @{
@@ -194,10 +194,10 @@ public:
     /**
      * @name Replacing with an array
      *
-     * Overwrites @ref mutableValue(), whatever it held, with an array whose memory is allocated
-     * once, at exactly the size of the input. An empty input gives an empty array, not null. If the
-     * old value is a string, the new strings must not be views of it, since it is overwritten
-     * first. Views of an old array's elements may be stored.
+     * Overwrites @ref mutableValue() with an array whose memory is allocated once, at exactly the
+     * size of the input. An empty input gives an empty array, not null. If the old value is a
+     * string, the new strings must not be views of it, since it is overwritten first. Views of an
+     * old array's elements may be stored.
      *
      * @{
      */

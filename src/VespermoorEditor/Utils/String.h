@@ -78,11 +78,11 @@ struct CaseInsensitiveStringEqual {
 constexpr std::uint64_t noMatch = ~std::uint64_t{0};
 
 /**
- * @brief Offset in bytes of the first match of @p substring in @p text, whatever the case.
+ * @brief Offset in bytes of the first match of @p substring in @p text, without regard to case.
  *
  * Bytes match by @ref CaseInsensitiveStringEqual with @p locale. An empty @p substring matches at
- * offset 0 of any text, and one with null data is empty, whatever its size. Returns @ref noMatch
- * if nothing matches.
+ * offset 0 of any text, and one with null data counts as empty. Returns @ref noMatch if nothing
+ * matches.
  *
  * A `std::ctype<char>` that the caller derived is called for one byte at a time, and only for bytes
  * that `std::search()` would ask about. Its exceptions reach the caller.

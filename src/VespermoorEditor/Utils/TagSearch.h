@@ -10,7 +10,7 @@ namespace Containers = Corrade::Containers;
 
 namespace Utils {
 
-/** @brief A tag to look for, and where to store its first occurrence. */
+/** @brief A tag to find, and the destination for its first occurrence. */
 struct SoughtTag {
     Containers::StringView bytes;
     Containers::StringView* found;

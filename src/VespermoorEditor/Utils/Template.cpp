@@ -51,7 +51,7 @@ const char* findPair(const char* begin, const char* const end, const char byte) 
     return nullptr;
 }
 
-/* Where the delimiters of a directive begin; `close` is null if it is unterminated. */
+/* The delimiters of a directive; `close` is null if it is unterminated. */
 struct Delimiters {
     const char* open;
     const char* close;

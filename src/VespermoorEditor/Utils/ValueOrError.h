@@ -13,7 +13,8 @@ namespace VespermoorEngine {
 /**
  * @brief Result that is either a @p T or an error message.
  *
- * Owns what it holds. A moved-from result keeps its state and holds a moved-from value or message.
+ * Owns the value or message. A moved-from result keeps its state, with a moved-from value or
+ * message.
  */
 template <class T>
 class ValueOrError {
