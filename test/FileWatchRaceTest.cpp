@@ -14,8 +14,8 @@
 namespace VespermoorEngine::Test {
 namespace {
 
-/* Random changes from a seed below the directory `w` of a root, and to and from `o` beside it.
-   Changes that the system refuses, such as a move into itself, are left undone. */
+/* Random changes from a seed below the directory `w` of a root, and to and from its sibling `o`.
+   Changes that the system refuses, such as a move into itself, are skipped. */
 class Changer {
 public:
     Changer(const std::string& root, const unsigned seed)
@@ -26,7 +26,7 @@ public:
     /* Number of links to directories below the watched one that may still be made. */
     std::size_t links = 0;
 
-    /* Every other time the change is about `near`, if given, or a directory above it. */
+    /* Every other change is about `near`, if given, or a directory above it. */
     void step(const fs::path& near = {}) {
         const bool close = !near.empty() && near != watched && pick(2);
         fs::path entry = close ? near : any(entriesBelow(watched));
@@ -98,7 +98,7 @@ Paths filesBelow(const std::string& root) {
     return files;
 }
 
-/* Notes every path that is reported, and checks what has to hold when the tree is quiet again. */
+/* Notes every reported path, and checks the invariants when the tree is quiet again. */
 struct FileWatchRaceTest : testing::Test {
     ~FileWatchRaceTest() override { SystemCalls::aroundKernelWatch = nullptr; }
 
@@ -120,7 +120,7 @@ struct FileWatchRaceTest : testing::Test {
         thread.join();
     }
 
-    /* Every file that is there, but was not before, has been reported. */
+    /* Every new file has been reported. */
     void expectFilesHeard(const std::string& path, const Paths& before) {
         while (watch.update()) {
         }
@@ -163,7 +163,7 @@ struct RandomChanges {
     std::size_t links;
     /* Changes right before and after each kernel watch is placed. */
     bool inWindows;
-    /* Changes by a thread of its own. */
+    /* Changes by another thread. */
     bool concurrent;
 };
 
@@ -267,7 +267,7 @@ const char* const scripts[]{
 
 struct Races : FileWatchRaceTest, testing::WithParamInterface<const char*> {};
 
-/* The scripts run in the watched tree at full speed, beside a tree of 1,111 directories. */
+/* The scripts run in the watched tree at full speed, next to a tree of 1,111 directories. */
 TEST_P(Races, LoseNothing) {
     for (int i = 0; i != 1000; ++i) {
         const std::string digits = std::to_string(1000 + i);

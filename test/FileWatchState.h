@@ -11,7 +11,7 @@
 
 namespace VespermoorEngine {
 
-/** @brief The private members of a @ref FileWatch that tests look at. */
+/** @brief The private members of a @ref FileWatch that tests check. */
 struct FileWatchTestAccess {
     static auto& watches(FileWatch& watch) { return watch.watches; }
     static auto& watchIndices(FileWatch& watch) { return watch.watchIndices; }
@@ -25,7 +25,7 @@ namespace Test {
 using State = FileWatchTestAccess;
 using Paths = std::set<std::string>;
 
-/** @brief Descriptors of the kernel watches that @p watch holds, as the kernel tells them. */
+/** @brief Descriptors of the kernel watches that @p watch holds, according to the kernel. */
 inline std::set<int> kernelWatches(FileWatch& watch) {
     std::set<int> descriptors;
     std::ifstream info{"/proc/self/fdinfo/" + std::to_string(State::inotifyFd(watch))};
@@ -66,7 +66,8 @@ inline Paths directoriesBelow(const std::string& root) {
 /**
  * @brief Expects that exactly the directories at and below @p root are listed and watched.
  *
- * Placing a kernel watch again gives the descriptor of the present one, or one that was not there.
+ * Placing a kernel watch again returns the descriptor of the existing one, or a new one if there
+ * was none.
  */
 inline void expectWatchesExactly(FileWatch& watch, const std::string& root) {
     const Paths paths = directoriesBelow(root);

@@ -18,8 +18,7 @@ using ListFlag = Utility::Path::ListFlag;
 
 class DirectoryWalk {
 public:
-    /* Without `changes` no file is reported, and everything that the walk finds is to be watched.
-     */
+    /* Without `changes`, reports no file and watches every directory that the walk finds. */
     DirectoryWalk(const int inotifyFd, DirectoryData& record, const char* const refusal,
                   Containers::Array<FileWatch::Change>* const changes)
         : inotifyFd{inotifyFd},
@@ -44,8 +43,8 @@ private:
     Containers::Array<FileWatch::Change>* changes;
     /* Entries that were listed before the walk. */
     std::size_t knownCount;
-    /* For each path that was entered and not left yet: its watch descriptor, the negative error of
-       one that was refused, or `isFile`. */
+    /* For each path that was entered and not left yet: its watch descriptor, the negative error if
+       it was refused, or `isFile`. */
     Containers::Array<int> entered;
 };
 
@@ -84,7 +83,7 @@ void DirectoryWalk::leave(const Containers::StringView path) {
     }
 }
 
-/* A directory that left and came back before its records were read is still listed. */
+/* A directory that was moved away and back before its records were read is still listed. */
 bool DirectoryWalk::isKnown(const std::int32_t descriptor,
                             const Containers::StringView path) const {
     const auto known = record.subWatchDescriptors.prefix(knownCount);

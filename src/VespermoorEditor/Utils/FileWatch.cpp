@@ -7,9 +7,9 @@
    the record of its tree by position, and records are only appended. WatchedDirectories.h describes
    what a record lists, DirectoryWalk.h how trees get their kernel watches.
 
-   Pump. One update() reads everything that the kernel holds into a batch of changed paths, in the
-   kernel's order. It watches directories that arrive and notes those that go on the way, then
-   queues a delivery for each watch that a change concerns, and at last calls the callbacks.
+   Pump. One update() reads all queued records into a batch of changed paths, in the kernel's order.
+   On the way it watches arriving directories and notes those that go. Then it queues a delivery for
+   each watch that a change concerns, and finally calls the callbacks.
 
    Cost. A quiet tick is one read(). A record costs a scan for its descriptor, unless the record
    before it had the same, one allocation for the path, and a scan of `watches`. */
@@ -75,7 +75,7 @@ Containers::Optional<FileWatch::Event> eventOf(const std::uint32_t mask) {
     return {};
 }
 
-/* What `Utility::Path::join()` gives, with one allocation. */
+/* As `Utility::Path::join()`, with one allocation. */
 Containers::String entryPath(Containers::StringView directory, const Containers::StringView name) {
     if (directory.hasSuffix('/')) {
         directory = directory.exceptSuffix(1);
@@ -114,7 +114,7 @@ struct FileWatch::Drain {
     WatchedDirectories directories;
     Containers::Array<Change> batch;
     GoneDirectories gone;
-    /* The descriptor that was looked up last, 0 for none, and the first entry that has it. The path
+    /* Cached lookup: the last descriptor, 0 for none, and the first entry that has it. The path
        aliases that entry, until the lists change. */
     std::int32_t descriptor = 0;
     bool hasSeveralNames = false;
@@ -172,7 +172,7 @@ void FileWatch::remove(const int id) {
         return;
     }
     const auto slot = static_cast<std::int32_t>(watchIndices[id]);
-    /* The entry of a call to watch() that failed is 0 as well, hence the look at the id. */
+    /* A failed call to watch() also has an index of 0, so the id is compared too. */
     if (slot < 0 || std::size_t(slot) >= watches.size() || watches[slot].id != id) {
         return;
     }
@@ -258,8 +258,8 @@ bool FileWatch::update() {
     return true;
 }
 
-/* Calls the callback at the delivery's slot, unless an earlier callback put a watch there that the
-   delivery is not meant for. */
+/* Calls the callback at the delivery's slot, unless an earlier callback changed the watch there to
+   one that the delivery does not concern. */
 void FileWatch::deliver(const CallbackInfo& delivery, const std::int32_t firstNewId) {
     if (delivery.watchIndex >= watches.size()) {
         Utility::Warning{} << "FileWatch::update(): Callback index" << delivery.watchIndex
@@ -273,7 +273,7 @@ void FileWatch::deliver(const CallbackInfo& delivery, const std::int32_t firstNe
     try {
         watch.callback(delivery.path, delivery.event);
     } catch (const std::exception&) {
-        /* The failure of one listener does not concern the others. */
+        /* An exception of one listener must not affect the others. */
     }
 }
 
@@ -294,7 +294,7 @@ void FileWatch::updateLinux() {
     Drain drain{directories, inotifyFd};
     do {
         readRecords(drain);
-        /* Kernel watches that end leave a record each, and must not fill the queue. */
+        /* Each kernel watch that ends leaves a record, which must not fill the queue. */
     } while (takeOutGone(drain) || drain.gone.takeOutKept(drain.directories));
     if (!drain.batch.isEmpty()) {
         onChangeCallback(drain.batch);
@@ -318,7 +318,7 @@ void FileWatch::takeRecord(const inotify_event& record, Drain& drain) {
     if (!event || !find(record.wd, drain)) {
         return;
     }
-    /* Without a length there is no name, not even an empty one. */
+    /* If the length is 0, there is no name, not even an empty one. */
     const Containers::StringView name = record.len ? record.name : nullptr;
     Containers::String path = entryPath(drain.path, name);
     if (record.mask & IN_ISDIR) {
@@ -332,14 +332,14 @@ void FileWatch::takeRecord(const inotify_event& record, Drain& drain) {
 }
 
 /* Finds the first record and path that have `descriptor`. Neighbouring records mostly have the same
-   one, so the answer stays valid until a list changes. */
+   one, so the result is cached until a list changes. */
 bool FileWatch::find(const std::int32_t descriptor, Drain& drain) {
     if (descriptor == drain.descriptor) {
         return true;
     }
     lookUp(descriptor, drain);
     if (drain.hasSeveralNames) {
-        /* Some of them are links, which may be gone. */
+        /* Some of the names are links, which may have been removed. */
         for (Place& place : drain.directories.placesOf(descriptor)) {
             if (drain.directories.presentDescriptor(place.path) != descriptor) {
                 drain.gone.add(place.record, std::move(place.path));
@@ -368,7 +368,7 @@ void FileWatch::lookUp(const std::int32_t descriptor, Drain& drain) const {
         });
 }
 
-/* Notes that the directory `name` left the one that was looked up, under each of its names. */
+/* Notes that the directory `name` is gone from the one looked up, under each of its names. */
 void FileWatch::noteGone(const Containers::StringView name, Drain& drain) {
     if (!drain.hasSeveralNames) {
         drain.gone.add(drain.record, entryPath(drain.path, name));
@@ -379,8 +379,8 @@ void FileWatch::noteGone(const Containers::StringView name, Drain& drain) {
     }
 }
 
-/* Watches the directory `name` that came into the one that was looked up, under each of its names,
-   and reports what it holds under the first. */
+/* Watches the directory `name` that arrived in the one looked up, under each of its names, and
+   reports its content under the first. */
 void FileWatch::track(const Containers::StringView name, Drain& drain) {
     const std::int32_t descriptor = drain.descriptor;
     takeOutGone(drain);
@@ -394,7 +394,7 @@ void FileWatch::track(const Containers::StringView name, Drain& drain) {
     drain.descriptor = 0;
 }
 
-/* Returns whether there was anything to take out. */
+/* Returns whether any directory was taken out. */
 bool FileWatch::takeOutGone(Drain& drain) const {
     if (drain.gone.isEmpty()) {
         return false;

@@ -23,30 +23,29 @@ namespace Utility = Corrade::Utility;
 /**
  * @brief Tells callbacks which files change in directory trees, on the caller's own thread.
  *
- * @ref watch() registers an interest in a directory with all below it, or in a single file;
- * @ref update(), called from the host's tick, asks the kernel what changed and calls the callbacks.
- * Between two ticks the kernel keeps the changes, up to `fs.inotify.max_queued_events`; any more
- * are lost.
+ * @ref watch() registers a directory tree or a single file; @ref update(), called from the host's
+ * tick, reads the changes from the kernel and calls the callbacks. Between two ticks the kernel
+ * queues the changes, up to `fs.inotify.max_queued_events`; any more are lost.
  *
- * Directories that appear in a watched tree are watched with all they hold, even while other
- * processes fill, move, swap and delete them. An entry can be reported more than once on the way.
+ * Directories that appear in a watched tree are watched with their content, even while other
+ * processes fill, move, swap and delete them. An entry can be reported more than once.
  *
  * An object belongs to one thread at a time. It takes one inotify instance, and one kernel watch
- * for every directory.
+ * per directory.
  */
 class FileWatch {
 public:
     /** @brief What happened to an entry. */
     enum class Event : std::uint8_t {
-        /** An entry appeared. Not told apart from @ref Event::Modify on Linux. */
+        /** An entry appeared. On Linux this is reported as @ref Event::Modify. */
         Add = 0,
         /** An entry was deleted or moved away. */
         Remove = 1,
-        /** An entry was written to, made or moved here. */
+        /** An entry was written to, created or moved here. */
         Modify = 2,
-        /** An entry lost its name to a rename. A @ref Event::Remove on Linux. */
+        /** The old name of a renamed entry. On Linux this is reported as @ref Event::Remove. */
         RenameOld = 3,
-        /** An entry got its name from a rename. A @ref Event::Modify on Linux. */
+        /** The new name of a renamed entry. On Linux this is reported as @ref Event::Modify. */
         RenameNew = 4
     };
 
@@ -92,21 +91,21 @@ public:
         std::int32_t refCount;
     };
 
-    /** @brief One delivery on its way to a callback. */
+    /** @brief One queued call of a callback. */
     struct CallbackInfo {
         /** @brief Position of the watch when the delivery was queued. */
         std::uint64_t watchIndex;
         /** @brief Absolute path of the changed entry. */
         Containers::String path;
-        /** @brief What happened to it. */
+        /** @brief The kind of change. */
         Event event;
     };
 
-    /** @brief Absolute path of a changed entry, and what happened to it. */
+    /** @brief Absolute path of a changed entry, and the kind of change. */
     using Change = Containers::Pair<Containers::String, Event>;
 
     /**
-     * @brief Opens an inotify instance, which programs started from here inherit.
+     * @brief Opens an inotify instance, which child processes inherit.
      *
      * If the system refuses one, prints `FileWatch::FileWatch(): Failed to initialize inotify` on
      * `Error` and aborts.
@@ -122,30 +121,32 @@ public:
     /**
      * @brief Registers @p callback for the directory tree or the single file at @p path.
      *
-     * A file has to exist now, and may go and come back later. Its watch also hears files of the
-     * same name anywhere below the file's directory, and puts kernel watches on that whole tree.
+     * A file must exist now; later it may be deleted and come back. Its watch also reports files of
+     * the same name anywhere below the file's directory, and puts kernel watches on that whole
+     * tree.
      *
-     * If @p path or an entry below it is a link to a directory, the entries of that directory are
-     * heard, and nothing deeper. If the directory is in a watched tree under its real name as well,
-     * its changes are reported once, under the name that was found first. That can be the link's:
-     * listeners of the real name then miss them until the link is gone. See @ref links.
+     * If @p path or an entry below it is a link to a directory, changes of the entries of that
+     * directory are reported, but nothing deeper. If the directory is also in a watched tree under
+     * its real name, its changes are reported once, under the name that was found first. That can
+     * be the link's: listeners of the real name then miss them until the link is removed. See @ref
+     * links.
      *
      * Nested trees share their kernel watches. If @p path is above a tree that is already watched,
      * that tree is registered again as part of it: changes there since the last @ref update() are
-     * not heard, and if the kernel refuses @p path, its watches hear nothing from then on. See
-     * @ref nested for several such trees.
+     * lost, and if the kernel refuses @p path, the watches of that tree report nothing from then
+     * on. See @ref nested for several such trees.
      *
      * A callback that calls this or @ref remove() must not touch its captures afterwards, since
-     * callbacks move and end with the list of watches.
+     * that can move or destroy it.
      *
-     * Returns an id above 0 that was never used before. Returns 0 if nothing exists at @p path, and
-     * if the kernel refuses the directory: the reason and `Directory doesn't exist` are then
-     * printed on `Warning`. Refused directories below are left out, with a line each.
+     * Returns an id above 0 that was never used before. Returns 0 if nothing exists at @p path, or
+     * if the kernel refuses the directory: then prints the reason and `Directory doesn't exist` on
+     * `Warning`. Skips refused directories below it, with a line for each.
      */
     VESPERMOOR_EDITOR_UTILS_EXPORT int watch(Containers::StringView path, Callback callback);
 
     /**
-     * @brief Ends the watch with that id, and the kernel watches of a tree with its last watch.
+     * @brief Ends the watch with that id, and with the last watch of a tree its kernel watches.
      *
      * Does nothing if there is no such watch. A callback can remove any watch, its own included,
      * and must not touch its captures afterwards.
@@ -155,26 +156,26 @@ public:
     /**
      * @brief Ends all kernel watches and drops the kernel's unread records.
      *
-     * The registered watches stay, and hear changes again after a @ref watch() on their tree.
+     * The registered watches stay, and report changes again after a @ref watch() on their tree.
      */
     VESPERMOOR_EDITOR_UTILS_EXPORT void clear();
 
     /**
      * @brief Calls the callbacks for everything that changed since the last time.
      *
-     * Changes come in the kernel's order; for each of them the callbacks in the order of their
-     * watches' slots. Callbacks may call everything here. An exception of a callback is dropped if
-     * it derives from `std::exception`; any other goes to the caller, and the remaining deliveries
-     * are lost.
+     * Changes are delivered in the kernel's order, each one to the callbacks in the order of their
+     * watches' slots. Callbacks may call every function of this class. Drops an exception of a
+     * callback if it derives from `std::exception`; any other reaches the caller, and the remaining
+     * deliveries are lost.
      *
      * Returns whether there was anything to deliver, even if no callback was left to take it.
      */
     VESPERMOOR_EDITOR_UTILS_EXPORT bool update();
 
-    /* The documentation for hosts ends here: steps that update() takes follow. */
+    /* End of the documentation for hosts: the steps of update() follow. */
     /** @cond STEPS */
 
-    /** @brief Number of directories in the open trees; one that is in two of them counts twice. */
+    /** @brief Number of directories in the open trees; one that is in two trees counts twice. */
     std::size_t directoryCount() const {
         std::size_t count = 0;
         for (const DirectoryData& directory : directories) {
@@ -191,7 +192,7 @@ public:
      */
     VESPERMOOR_EDITOR_UTILS_EXPORT int getDirectory(Containers::StringView path);
 
-    /** @brief Removes the watch at @p slot, which has to be one; the last watch takes its place. */
+    /** @brief Removes the watch at @p slot, which must exist; the last watch takes its place. */
     VESPERMOOR_EDITOR_UTILS_EXPORT void removeInternal(std::uint64_t slot);
 
     /** @brief Ends the record's kernel watches and closes it for good; its references stay. */

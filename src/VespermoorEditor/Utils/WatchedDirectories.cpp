@@ -23,17 +23,17 @@ namespace {
 constexpr std::uint32_t watchMask = IN_MODIFY | IN_MOVED_FROM | IN_MOVED_TO | IN_CREATE | IN_DELETE;
 static_assert(watchMask == 0x3C2);
 
-/* Less than this many are compared one by one: hashing costs more, since it has to be done for
-   every path of the record. */
+/* Below this number they are compared one by one: hashing costs more, since it hashes every path of
+   the record. */
 constexpr std::size_t manyFrom = 10;
 
 std::size_t hash(const Containers::StringView path) {
     return std::hash<std::string_view>{}({path.data(), path.size()});
 }
 
-/* Whether `path` is `root`, which has no trailing slash, or lies below it. Paths of one tree begin
-   alike and each is in memory of its own, so length and the last bytes of the root are compared
-   first: they tell most paths apart by one cache line. */
+/* Whether `path` is `root`, which has no trailing slash, or below it. Paths of one tree begin alike
+   and each is in memory of its own, so length and the last bytes of the root are compared first:
+   they tell most paths apart by one cache line. */
 bool isInTree(const Containers::StringView path, const Containers::StringView root) {
     const std::size_t size = root.size();
     if (path.size() < size || (path.size() != size && path[size] != '/')) {
@@ -47,7 +47,7 @@ bool isInTree(const Containers::StringView path, const Containers::StringView ro
     return path.hasPrefix(root);
 }
 
-/* Positions of the entries of a record that have to go, in ascending order. */
+/* Positions of the entries of a record to take out, in ascending order. */
 Containers::Array<std::size_t> goneEntries(const DirectoryData& record, PathTrees& trees,
                                            const WatchedDirectories& directories) {
     Containers::Array<std::size_t> gone;
@@ -88,8 +88,8 @@ void removeEntries(DirectoryData& record, const Containers::ArrayView<const std:
     arrayRemoveSuffix(record.subWatchDescriptors, positions.size());
 }
 
-/* Whether a directory is listed that the kernel watch still serves: one that moved within the
-   watched trees and was found in its new place before its removal from the old one was read. */
+/* Whether the kernel watch still serves a listed directory: one that moved within the watched trees
+   and was found in its new place before its removal from the old one was read. */
 bool isServing(const WatchedDirectories& directories, const std::int32_t descriptor) {
     for (const Place& place : directories.placesOf(descriptor)) {
         if (directories.presentDescriptor(place.path) == descriptor) {
@@ -99,12 +99,12 @@ bool isServing(const WatchedDirectories& directories, const std::int32_t descrip
     return false;
 }
 
-/* Of many descriptors, those that an entry still has, found in one pass. */
+/* The descriptors, out of many, that an entry still has; found in one pass. */
 std::unordered_set<std::int32_t>
 stillListed(const WatchedDirectories& directories,
             const Containers::ArrayView<const std::int32_t> dropped) {
     const std::unordered_set<std::int32_t> wanted{dropped.begin(), dropped.end()};
-    /* Most entries are told apart by the low bits of their descriptor. */
+    /* The low bits of the descriptor distinguish most entries. */
     std::bitset<1 << 16> lowBits;
     for (const std::int32_t descriptor : dropped) {
         lowBits.set(std::uint32_t(descriptor) % lowBits.size());
@@ -124,7 +124,7 @@ stillListed(const WatchedDirectories& directories,
     return listed;
 }
 
-/* Ends the kernel watches that served entries which were taken out, unless they serve others. */
+/* Ends the kernel watches of removed entries, unless they serve others. */
 void endKernelWatches(const WatchedDirectories& directories,
                       const Containers::ArrayView<const std::int32_t> dropped) {
     const bool many = dropped.size() >= manyFrom;

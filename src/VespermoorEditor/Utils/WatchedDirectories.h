@@ -1,13 +1,13 @@
 #ifndef VespermoorEditor_Utils_WatchedDirectories_h
 #define VespermoorEditor_Utils_WatchedDirectories_h
 
-/* The directories that a FileWatch has kernel watches on: find, append, take out.
+/* The directories on which a FileWatch has kernel watches: find, append, take out.
 
    Data layout. Each watched tree has a record, FileWatch::DirectoryData. It holds the watch
    descriptor and the path of the root, and for the directories below it two parallel arrays:
-   descriptors of four bytes and paths, in the order in which walks appended them. The kernel knows
-   a directory by its descriptor only. A directory that links give several names is listed once
-   under each name, with one descriptor; so is one that several records hold.
+   descriptors of four bytes and paths, in the order in which walks appended them. The kernel
+   identifies a directory by its descriptor only. A directory that has several names through links
+   is listed once under each name, with one descriptor; so is one that is in several records.
 
    Find. Lookup by descriptor is a linear scan over all records. The descriptors of a tree are
    contiguous and compared 16 at a time, so that 100,000 directories take a few microseconds.
@@ -15,9 +15,9 @@
    Take out. A directory that goes takes everything below it along, so each removal is a pass over
    all paths of its record. The kernel reports a deleted tree directory by directory, and a pass for
    each of them would make deletion quadratic. Therefore removals are collected in GoneDirectories
-   and taken out together: one pass per drain of the kernel's queue, unless a record makes an
-   earlier one necessary. The pass compares few removals one by one, lengths before bytes, and looks
-   many up by their hash. */
+   and taken out together: one pass per drain of the kernel's queue, unless a record requires an
+   earlier one. The pass compares few removals one by one, lengths before bytes, and looks up many
+   by hash. */
 
 #include <bitset>
 #include <cstddef>
@@ -66,8 +66,8 @@ public:
     /* The names of a directory, each once, the first one first. */
     Containers::Array<Place> placesOf(std::int32_t descriptor) const;
 
-    /* Descriptor of the directory that is at `path` now, -1 if none can be watched. Places a kernel
-       watch to learn it, and ends that watch if no entry has the descriptor. */
+    /* Descriptor of the directory now at `path`, -1 if none can be watched. Places a kernel watch
+       to learn it, and ends that watch if no entry has the descriptor. */
     std::int32_t presentDescriptor(Containers::StringView path) const;
 
     Containers::Array<DirectoryData>& records;
@@ -81,7 +81,7 @@ private:
    descriptor, or -1 with `errno` set. */
 int addKernelWatch(int inotifyFd, Containers::StringView path);
 
-/* Paths, of which each stands for the tree at and below it. */
+/* Set of trees, each given by the path of its root. */
 class PathTrees {
 public:
     struct Tree {
@@ -94,7 +94,7 @@ public:
 
     void add(Containers::String&& root);
 
-    /* A tree that `path` is in, null if there is none. Lives until the next tree is added. */
+    /* A tree that contains `path`, or null. Lives until the next tree is added. */
     Tree* find(Containers::StringView path);
 
     /* Advances `at` to the first of `paths` from there on that is in a tree, and returns the tree.
@@ -110,32 +110,33 @@ private:
 
     Containers::Array<Tree> trees;
     std::size_t shortest = ~std::size_t{};
-    /* The rest is empty while there are few. Positions in `trees`, by the hash of the root. */
+    /* Positions in `trees`, by the hash of the root. This and the rest are empty while there are
+       few. */
     std::unordered_multimap<std::size_t, std::size_t> positions;
-    /* Sizes of the roots, modulo the set's own, so that few prefixes of a path need to be hashed.
-     */
+    /* Sizes of the roots, modulo the size of the set, so that few prefixes of a path need
+       hashing. */
     std::bitset<1024> sizes;
 };
 
-/* Directories that went away, or may have, and are still listed with all that is below them. */
+/* Directories that went away, or may have, and are still listed with everything below them. */
 class GoneDirectories {
 public:
     bool isEmpty() const { return trees.isEmpty(); }
 
-    /* Notes that the directory at `path` has to be taken out of the record. */
+    /* Notes that the directory at `path` is to be taken out of the record. */
     void add(std::size_t record, Containers::String&& path);
 
     /* Whether the entry of that record is at or below a noted directory. */
     bool contain(std::size_t record, Containers::StringView path);
 
-    /* Takes the noted directories out of their records, and forgets them. An entry whose directory
-       is at its path after all, because it came back or arrived before the removal was read, stays.
-       Kernel watches that no entry needs any more end. */
+    /* Takes the noted directories out of their records, and clears the notes. An entry stays if its
+       directory is at its path after all, because it came back or arrived before the removal was
+       read. Ends kernel watches that no entry needs any more. */
     void takeOut(const WatchedDirectories& directories);
 
-    /* Looks once more at the directories where takeOut() left entries, and returns whether there
-       were any. Has to follow when the kernel's queue is empty: an entry that stayed can go without
-       a record while the directory above it is not watched again. */
+    /* Rechecks the directories where takeOut() left entries, and returns whether there were any.
+       Must be called once the kernel's queue is empty: an entry that stayed can vanish without a
+       record while its parent directory is not watched again. */
     bool takeOutKept(const WatchedDirectories& directories);
 
 private:
