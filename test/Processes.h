@@ -40,7 +40,7 @@ private:
  */
 class Stubs {
 public:
-    /** @brief Each of the programs at @p paths records its run and does what @p commands say. */
+    /** @brief Each of the programs at @p paths records its run and then runs @p commands. */
     explicit Stubs(const std::vector<std::string>& paths, const std::string& commands = {});
 
     /**
