@@ -112,9 +112,8 @@ void addGenerateCommand(CLI::App& program) {
         "generate", "Make the files of a manifest from JSON data and templates");
     const auto options = std::make_shared<Options>();
     command->add_option("MANIFEST", options->manifest, "The manifest")->required();
-    CLI::Option* const watchFlag =
-        command->add_flag("--watch", options->watch,
-                          "Keep running, and regenerate what depends on a file that changes");
+    CLI::Option* const watchFlag = command->add_flag(
+        "--watch", options->watch, "Keep running, and regenerate the outputs of changed files");
     command
         ->add_flag("--poll", options->poll,
                    "With --watch: compare the files once a second, without kernel watches")
@@ -122,9 +121,9 @@ void addGenerateCommand(CLI::App& program) {
     CLI::Option* const checkFlag =
         command
             ->add_flag("--check", options->check,
-                       "Write nothing; print what is out of date and end with 1 if anything is")
+                       "Write nothing; print outdated outputs and end with 1 if there are any")
             ->excludes(watchFlag);
-    command->add_flag("--diff", options->diff, "With --check: print what would change")
+    command->add_flag("--diff", options->diff, "With --check: print the changes as a diff")
         ->needs(checkFlag);
     CLI::Option* const listFlag =
         command
@@ -132,7 +131,7 @@ void addGenerateCommand(CLI::App& program) {
                        "Make nothing; print the paths of inputs, outputs, and files with regions")
             ->excludes(watchFlag)
             ->excludes(checkFlag);
-    command->add_flag("--quiet", options->quiet, "Print only failures");
+    command->add_flag("--quiet", options->quiet, "Print only failures and diffs");
     command
         ->add_option("--depfile", options->dependencyFile,
                      "Write the dependencies of the outputs to this file, for make and ninja")

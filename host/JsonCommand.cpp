@@ -222,20 +222,20 @@ void addJsonCommand(CLI::App& program) {
     const auto options = std::make_shared<Options>();
     command->add_option("FILE", options->path, "The document; - for standard input")->required();
     addEdit(*command, options, "--set", "POINTER=JSON", set,
-            "Write JSON to the place that a JSON Pointer leads to; missing members are made")
+            "Write a JSON value at a JSON Pointer, and create missing members")
         ->check(checkAssignment);
     addEdit(*command, options, "--set-string", "POINTER=TEXT", setString,
-            "Write a string, which is given without quotes")
+            "Write a string, given without quotes")
         ->check(checkAssignment);
     addEdit(*command, options, "--delete", "POINTER", erase,
-            "Remove the member or element that a JSON Pointer leads to")
+            "Remove the member or element at a JSON Pointer")
         ->check(checkMember);
     command
         ->add_option("--pointer", options->pointer, "JSON Pointer (RFC 6901) to the value to print")
         ->check(checkPointer);
     command
         ->add_option("--decimals", options->format.decimals,
-                     "Cut numbers off after so many fractional digits")
+                     "Cut off fractional digits after this many")
         ->check(CLI::Range(1, RapidJsonUtils::defaultMaxDecimalPlaces));
     CLI::Option* const indent =
         command->add_option("--indent", options->format.indent, "Blanks to a level")

@@ -45,11 +45,10 @@ void addRootCommand(CLI::App& program) {
     const auto options = std::make_shared<Options>();
     command->add_option_function<std::string>(
         "DIR", [options](const std::string& directory) { options->directory = directory; },
-        "Where the search for the data root starts; if not given, in the directory of the "
-        "executables");
+        "Start of the search for the data root; default: the directory of the executables");
     command->footer("The data root is the directory of the editor's shaders and other data: the "
                     "nearest one\nfrom the executables upwards that has an entry shaders, or "
-                    "../share/vespermoorengine, which\nan installed editor brings.\n\n"
+                    "../share/vespermoorengine of an\ninstalled editor.\n\n"
                     "Example, in the root of the sources:\n"
                     "  vespermoor-utils root examples/installation/bin");
     command->callback([options] { run(*options); });

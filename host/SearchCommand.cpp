@@ -201,13 +201,13 @@ void addSearchCommand(CLI::App& program) {
         });
     command
         ->add_option("PATH", options->paths,
-                     "Files, - for standard input, and directories with all below them, in which "
-                     "links are not followed")
+                     "Files, - for standard input, and directories, searched recursively without "
+                     "following links")
         ->required();
     command->footer(
         "Only ASCII letters match without regard to case.\n"
         "Prints file, line, column in bytes and the line's text, cut to 200 bytes around the "
-        "match. Files with a NUL in their first 8 KiB are passed over.\n"
+        "match. Files with a NUL in their first 8 KiB are skipped.\n"
         "Ends with 0 if anything is found, 1 if nothing is, 2 if something cannot be read.\n"
         "Example, in the root of the sources:\n"
         "  vespermoor-utils search HELLO examples/greeting/greeting.tmpl");

@@ -119,29 +119,29 @@ void Watcher::run() {
 
 void addWatchCommand(CLI::App& program) {
     CLI::App* const command = program.add_subcommand(
-        "watch", "Print changes below directories and of files, or run a program on them");
+        "watch", "Print changes of files and directory trees, or run a program on them");
     const auto options = std::make_shared<Options>();
-    command->add_option("PATH", options->paths, "Directories, with all below them, and files")
+    command->add_option("PATH", options->paths, "Directories, watched recursively, and files")
         ->required();
     command
         ->add_option("--exclude", options->exclusions,
-                     "Leave out entries whose path below PATH matches, or a name in it; repeatable")
+                     "Exclude entries whose path below PATH, or a name in it, matches; repeatable")
         ->type_name("GLOB")
         ->allow_extra_args(false);
     CLI::Option* const format =
-        command->add_option("--format", options->format, "text, or json for one object a line")
+        command->add_option("--format", options->format, "text, or json for one object per line")
             ->type_name("FORMAT")
             ->check(CLI::IsMember{{"text", "json"}});
     CLI::Option* const null =
         command
             ->add_flag("--null", options->null,
-                       "Print paths unescaped, and a NUL after each change in place of a line end")
+                       "Print paths unescaped, and a NUL instead of a newline after each change")
             ->excludes(format);
     CLI::Option* const exec =
         command
             ->add_option("--exec", options->exec,
-                         "Run this after changes in place of printing them, once per moment; {} is "
-                         "replaced by the changed paths, each an argument of its own")
+                         "Run this after changes instead of printing them; {} is replaced by the "
+                         "changed paths, each as a separate argument")
             ->type_name("PROGRAM ARGUMENT... ';'")
             ->excludes(format)
             ->excludes(null);
@@ -150,10 +150,10 @@ void addWatchCommand(CLI::App& program) {
                    "Run it once more after changes during the run; for programs that change "
                    "nothing that is watched")
         ->needs(exec);
-    command->add_option("--tick", options->tick, "Milliseconds between two looks for changes")
+    command->add_option("--tick", options->tick, "Milliseconds between two checks for changes")
         ->check(CLI::Range(1, 60'000))
         ->capture_default_str();
-    command->add_option("--for", options->seconds, "Seconds to watch, in place of until Ctrl-C")
+    command->add_option("--for", options->seconds, "Seconds to watch, instead of until Ctrl-C")
         ->type_name("SECONDS")
         ->check([](const std::string& text) {
             double seconds = 0.0;
