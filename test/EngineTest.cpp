@@ -100,7 +100,7 @@ TEST(PathTest, UpwardsSearchFindsTheNearestDirectory) {
     const ScopedCurrentDirectory current{directory.path()};
     makeTree(directory.path(), {"marker", "a/b/marker", "a/b/file", "a/b/c/d/marker2"});
     const std::tuple<const char*, const char*, const char*> rows[]{{"@/a/b/c/d", "marker", "@/a/b"},
-                                                                   {"@/a//", "marker", "@"},
+                                                                   {"@/a/b//", "marker", "@/a/b"},
                                                                    {"@/not/there", "marker", "@"},
                                                                    {"@/a", "proc", "/"},
                                                                    {"@/a", "nowhere", ""},

@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <regex>
 #include <stdexcept>
@@ -18,14 +17,6 @@
 namespace VespermoorEngine::Test {
 
 namespace {
-
-void setVariable(const std::string& name, const std::optional<std::string>& value) {
-    if (value) {
-        setenv(name.data(), value->data(), 1);
-    } else {
-        unsetenv(name.data());
-    }
-}
 
 /* For a process of one thread. */
 bool mountPrivately(const std::string& path) {
@@ -45,28 +36,6 @@ bool mountPrivately(const std::string& path) {
 }
 
 } // namespace
-
-ScopedVariable::ScopedVariable(const char* const name, const std::optional<std::string>& value)
-    : _name{name} {
-    if (const char* const before = std::getenv(name)) {
-        _before = before;
-    }
-    setVariable(_name, value);
-}
-
-ScopedVariable::~ScopedVariable() {
-    setVariable(_name, _before);
-}
-
-ScopedCurrentDirectory::ScopedCurrentDirectory(const std::string& path)
-    : _before{fs::current_path()} {
-    fs::current_path(path);
-}
-
-ScopedCurrentDirectory::~ScopedCurrentDirectory() {
-    std::error_code ignored;
-    fs::current_path(_before, ignored);
-}
 
 /* The links are the programs that a header runs to find or replace a helper. */
 Stubs::Stubs(const std::vector<std::string>& paths, const std::string& commands) {

@@ -1,6 +1,7 @@
 #ifndef Vespermoor_Test_Processes_h
 #define Vespermoor_Test_Processes_h
 
+#include <cstdlib>
 #include <functional>
 #include <optional>
 
@@ -9,28 +10,33 @@
 namespace VespermoorEngine::Test {
 
 /** @brief Sets or unsets an environment variable during its lifetime. */
-class ScopedVariable {
+class ScopedVariable : NotCopied {
 public:
-    explicit ScopedVariable(const char* name, const std::optional<std::string>& value);
-    ~ScopedVariable();
-    ScopedVariable(const ScopedVariable&) = delete;
-    ScopedVariable& operator=(const ScopedVariable&) = delete;
+    ScopedVariable(const char* name, const std::optional<std::string>& value)
+        : _name{name},
+          _before{std::getenv(name) ? std::optional{std::getenv(name)} : std::nullopt} {
+        set(value);
+    }
+    ~ScopedVariable() { set(_before); }
 
 private:
-    std::string _name;
-    std::optional<std::string> _before;
+    void set(const std::optional<std::string>& value) const {
+        value ? setenv(_name.data(), value->data(), 1) : unsetenv(_name.data());
+    }
+
+    const std::string _name;
+    const std::optional<std::string> _before;
 };
 
 /** @brief Changes the current directory during its lifetime. */
-class ScopedCurrentDirectory {
+class ScopedCurrentDirectory : NotCopied {
 public:
-    explicit ScopedCurrentDirectory(const std::string& path);
-    ~ScopedCurrentDirectory();
-    ScopedCurrentDirectory(const ScopedCurrentDirectory&) = delete;
-    ScopedCurrentDirectory& operator=(const ScopedCurrentDirectory&) = delete;
+    explicit ScopedCurrentDirectory(const std::string& path) { fs::current_path(path); }
+    ~ScopedCurrentDirectory() { fs::current_path(_before, _ignored); }
 
 private:
-    std::string _before;
+    const fs::path _before = fs::current_path();
+    std::error_code _ignored;
 };
 
 /**
@@ -80,7 +86,7 @@ private:
  *
  * So no process that it started survives, however the test ends.
  */
-class ChildProcess {
+class ChildProcess : NotCopied {
 public:
     /** @brief Runs @p command by `/bin/sh`; it should begin with `exec`. */
     explicit ChildProcess(const std::string& command);
@@ -94,8 +100,6 @@ public:
     explicit ChildProcess(const std::function<std::string()>& operation);
 
     ~ChildProcess();
-    ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
 
     /** @brief Result of the operation, or nothing if it has not ended after @p patience. */
     std::optional<std::string> result(std::chrono::milliseconds patience = std::chrono::minutes{1});

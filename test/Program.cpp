@@ -29,12 +29,4 @@ BackgroundProgram::BackgroundProgram(const std::string& directory,
                                      const std::vector<std::string>& arguments)
     : ChildProcess{commandOf(directory, arguments)}, directory{directory} {}
 
-std::string BackgroundProgram::output() const {
-    return readFile(directory + "/program.output");
-}
-
-std::string BackgroundProgram::error() const {
-    return readFile(directory + "/program.error");
-}
-
 } // namespace VespermoorEngine::Test

@@ -22,9 +22,9 @@ public:
     BackgroundProgram(const std::string& directory, const std::vector<std::string>& arguments);
 
     /** @brief Its output so far. */
-    std::string output() const;
+    std::string output() const { return readFile(directory + "/program.output"); }
     /** @brief Its output to standard error so far. */
-    std::string error() const;
+    std::string error() const { return readFile(directory + "/program.error"); }
 
 private:
     std::string directory;

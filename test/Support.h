@@ -17,13 +17,18 @@ namespace VespermoorEngine::Test {
 
 namespace fs = std::filesystem;
 
+/** @brief Base of classes that restore or remove something at their end. */
+struct NotCopied {
+    NotCopied() = default;
+    NotCopied(const NotCopied&) = delete;
+    NotCopied& operator=(const NotCopied&) = delete;
+};
+
 /** @brief Empty directory for one test, removed with its content at the end. */
-class TemporaryDirectory {
+class TemporaryDirectory : NotCopied {
 public:
     TemporaryDirectory();
     ~TemporaryDirectory();
-    TemporaryDirectory(const TemporaryDirectory&) = delete;
-    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
     /** @brief Absolute path without links and without a trailing slash. */
     const std::string& path() const { return directory; }

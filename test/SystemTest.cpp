@@ -12,6 +12,7 @@
 #include "Processes.h"
 #include "Support.h"
 #include "Tree.h"
+#include "VespermoorEditor/Utils/EditorUtils.h"
 
 namespace VespermoorEngine::Test {
 namespace {
@@ -278,12 +279,13 @@ protected:
 };
 
 TEST_F(MoveToTrash, AppendsAUuidToATakenNameAndReplacesADanglingLink) {
-    makeTree(directory.path(), {"dir/link -> ../a", "x", "data/Trash/files/x -> nowhere"});
-    EXPECT_EQ(moveAll({"a/one", "b/one", "dir/", "x"}), "moved");
+    makeTree(directory.path(), {"c/one", "dir/link -> ../a", "x", "data/Trash/files/x -> nowhere"});
+    EXPECT_EQ(moveAll({"a/one", "b/one", "c/one", "dir/", "x"}), "moved");
     EXPECT_EQ(readFile(directory / "data/Trash/files/one"), "a/one");
-    EXPECT_EQ(entries(), "a/, b/, data/, data/Trash/, data/Trash/files/, data/Trash/files/UUID/, "
-                         "data/Trash/files/UUID/link -> ../a, data/Trash/files/one, "
-                         "data/Trash/files/oneUUID, data/Trash/files/x");
+    EXPECT_EQ(entries(),
+              "a/, b/, c/, data/, data/Trash/, data/Trash/files/, data/Trash/files/UUID/, "
+              "data/Trash/files/UUID/link -> ../a, data/Trash/files/one, "
+              "data/Trash/files/oneUUID, data/Trash/files/oneUUID, data/Trash/files/x");
 }
 
 TEST_F(MoveToTrash, FindsTheTrashOnceAndStopsAtAFailure) {
@@ -418,11 +420,42 @@ TEST(Launch, PassesArgumentsToTheDesktop) {
     EXPECT_THAT(launched([] { openWithSystemDefault("a", "missing"); }), ElementsAre());
 }
 
-TEST(GenerateUUID, IsRandomAndOfVersion4) {
-    const std::string first = text(generateUUID());
-    const std::string form = "[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}";
-    EXPECT_THAT(first, testing::MatchesRegex(form));
-    EXPECT_NE(first, text(generateUUID()));
+/* An empty start would find both decoys near the current directory. */
+TEST(ExecutablesPath, IsEmptyAndNoRootIsSearchedIfTheSystemCannotTell) {
+    EXPECT_EQ(text(Utils::executablesPath()), fs::read_symlink("/proc/self/exe").parent_path());
+    const TemporaryDirectory directory;
+    makeTree(directory.path(), {"a/shaders/phong", "share/vespermoorengine/x"});
+    const ScopedCurrentDirectory current{directory / "a"};
+    const std::optional<std::string> result = resultWithMount("/proc", [] {
+        const Messages messages;
+        const std::string path = text(Utils::executablesPath());
+        const char* const root = Utils::findEditorRoot() ? "found " : "none ";
+        return path + root + messages.text();
+    });
+    if (!result) {
+        GTEST_SKIP() << "mounts are not allowed here, so /proc cannot be hidden";
+    }
+    const std::string message =
+        "Utility::Path::executableLocation(): can't read /proc/self/exe: error 2 "
+        "(No such file or directory)\n";
+    EXPECT_EQ(*result, "none " + message + message);
+}
+
+/* @ is the directory of the test, which is the current one. */
+TEST(FindEditorRoot, SearchesUpwardsAndThenTheInstallation) {
+    const std::tuple<std::vector<std::string>, std::string, std::string> rows[]{
+        {{"a/shaders/x", "a/share/vespermoorengine/x"}, "@/a/bin", "@/a"},
+        {{"a/shaders/x"}, "a/bin", "a"},
+        {{"a/share/vespermoorengine/x"}, "a/bin", "@/a/share/vespermoorengine"},
+        {{"a/share/vespermoorengine"}, "@/a/bin", "@/a/share/vespermoorengine"},
+        {{"a/share/vespermoorengine/x"}, "@/a/bin/b", "none"}};
+    for (const auto& [entries, start, expected] : rows) {
+        const TemporaryDirectory directory;
+        makeTree(directory.path(), entries);
+        const ScopedCurrentDirectory current{directory.path()};
+        const auto root = Utils::findEditorRoot(view(directory.expanded(start)));
+        EXPECT_EQ(root ? directory.shortened(text(*root)) : "none", expected) << start;
+    }
 }
 
 } // namespace
