@@ -15,7 +15,6 @@ namespace VespermoorEngine {
 struct FileWatchTestAccess {
     static auto& watches(FileWatch& watch) { return watch.watches; }
     static auto& watchIndices(FileWatch& watch) { return watch.watchIndices; }
-    static auto& pendingCallbacks(FileWatch& watch) { return watch.pendingCallbacks; }
     static auto& directories(FileWatch& watch) { return watch.directories; }
     static int inotifyFd(FileWatch& watch) { return watch.inotifyFd; }
 };
