@@ -95,8 +95,9 @@ private:
 class Replacement {
 public:
     /* `replaced` is the file that exists there, if any. */
-    Replacement(const std::string& path, const struct stat* const replaced)
-        : path{path}, directory{parentOf(path)}, replaced{replaced} {}
+    Replacement(const std::string& path, const struct stat* const replaced,
+                const MissingDirectories missing)
+        : path{path}, directory{parentOf(path)}, replaced{replaced}, missing{missing} {}
 
     ~Replacement() {
         if (!temporary.empty()) {
@@ -111,6 +112,7 @@ public:
     int write(Containers::StringView content);
 
 private:
+    int openUnnamed() const;
     int writeNamed(Containers::StringView content);
     int fill(int file, Containers::StringView content) const;
     int link(int file);
@@ -120,6 +122,7 @@ private:
     std::string path;
     std::string directory;
     const struct stat* replaced;
+    MissingDirectories missing;
     std::string temporary;
 };
 
@@ -127,7 +130,16 @@ int Replacement::write(const Containers::StringView content) {
     if (replaced && faccessat(AT_FDCWD, path.data(), W_OK, AT_EACCESS) != 0) {
         return errno;
     }
-    const Descriptor file{open(directory.data(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600)};
+    int number = openUnnamed();
+    if (number < 0 && errno == ENOENT && missing == MissingDirectories::Make) {
+        std::error_code error;
+        fs::create_directories(directory, error);
+        if (error) {
+            return error.value();
+        }
+        number = openUnnamed();
+    }
+    const Descriptor file{number};
     if (file < 0) {
         return writeNamed(content);
     }
@@ -138,6 +150,11 @@ int Replacement::write(const Containers::StringView content) {
     return link(file) == 0 ? 0 : writeNamed(content);
 }
 
+/* A new file gets its mode here, an old one's content stays secret until fill() sets the mode. */
+int Replacement::openUnnamed() const {
+    return open(directory.data(), O_TMPFILE | O_WRONLY | O_CLOEXEC, replaced ? 0600 : 0666);
+}
+
 int Replacement::writeNamed(const Containers::StringView content) {
     std::string name = directory + "/.vespermoor-XXXXXX";
     const Descriptor file{mkostemp(name.data(), O_CLOEXEC)};
@@ -145,6 +162,9 @@ int Replacement::writeNamed(const Containers::StringView content) {
         return errno;
     }
     temporary = name;
+    if (!replaced && fchmod(file, defaultMode()) != 0) {
+        return errno;
+    }
     const int error = fill(file, content);
     return error ? error : rename();
 }
@@ -153,11 +173,12 @@ int Replacement::fill(const int file, const Containers::StringView content) cons
     if (const int error = writeAll(file, content)) {
         return error;
     }
-    /* Only root may give files away, and others lose nothing that they could keep. */
-    [[maybe_unused]] const int refused =
-        replaced ? fchown(file, replaced->st_uid, replaced->st_gid) : 0;
-    if (fchmod(file, replaced ? replaced->st_mode & 07777 : defaultMode()) != 0) {
-        return errno;
+    if (replaced) {
+        /* Only root may give files away, and others lose nothing that they could keep. */
+        [[maybe_unused]] const int refused = fchown(file, replaced->st_uid, replaced->st_gid);
+        if (fchmod(file, replaced->st_mode & 07777) != 0) {
+            return errno;
+        }
     }
     /* Some file systems tell only when a descriptor is closed that they had no room. This one is
        needed open, so a copy is closed. */
@@ -168,8 +189,11 @@ int Replacement::fill(const int file, const Containers::StringView content) cons
 int Replacement::link(const int file) {
     const std::string own = "/proc/self/fd/" + std::to_string(file);
     const auto linkTo = [&](const std::string& name) {
-        return linkat(AT_FDCWD, own.data(), AT_FDCWD, name.data(), AT_SYMLINK_FOLLOW) == 0 ? 0
-                                                                                           : errno;
+        /* The short way. Kernels before 6.10 have it only for root, and say ENOENT to others. */
+        const bool isLinked = linkat(file, "", AT_FDCWD, name.data(), AT_EMPTY_PATH) == 0 ||
+                              (errno == ENOENT && linkat(AT_FDCWD, own.data(), AT_FDCWD,
+                                                         name.data(), AT_SYMLINK_FOLLOW) == 0);
+        return isLinked ? 0 : errno;
     };
     if (!replaced) {
         const int error = linkTo(path);
@@ -209,13 +233,11 @@ int writeInto(const std::string& path, const Containers::StringView content) {
     return writeError ? writeError : closeError;
 }
 
-/* The descriptor of this process that `path` leads to, as /dev/stdout does. What opens its link in
-   /proc gets another place in the file, and what replaces the target of the link loses the file. */
+/* The descriptor of this process that the link `path` leads to, as /dev/stdout does. What opens its
+   link in /proc gets another place in the file, and what replaces the target of the link loses the
+   file. */
 std::optional<int> descriptorAt(const std::string& path) {
     std::error_code error;
-    if (!fs::is_symlink(path, error)) {
-        return {};
-    }
     const std::string own = "/proc/" + std::to_string(getpid()) + "/";
     for (const fs::path& step : linkChain(path)) {
         const fs::path directory = fs::canonical(parentOf(step), error);
@@ -228,6 +250,33 @@ std::optional<int> descriptorAt(const std::string& path) {
     }
     return {};
 }
+
+/* What a path leads to. If it is not a link, one system call tells. */
+class Target {
+public:
+    explicit Target(std::string from) : path{std::move(from)} {
+        error = lstat(path.data(), &status) == 0 ? 0 : errno;
+        isLink = exists() && S_ISLNK(status.st_mode);
+        if (isLink) {
+            error = stat(path.data(), &status) == 0 ? 0 : errno;
+            descriptor = descriptorAt(path);
+        }
+    }
+
+    bool exists() const { return error == 0; }
+    bool isRegular() const { return exists() && S_ISREG(status.st_mode); }
+    bool isDirectory() const { return exists() && S_ISDIR(status.st_mode); }
+    bool isStream() const { return descriptor || (exists() && !isRegular() && !isDirectory()); }
+    /* The path without links. */
+    std::string end() const { return isLink ? linkChain(path).back().string() : path; }
+
+    std::string path;
+    struct stat status {};
+    /* The system's error, or 0 if the target exists. */
+    int error = 0;
+    bool isLink = false;
+    std::optional<int> descriptor;
+};
 
 /* What is read in memory that grows by doubling and can be refused. */
 class GrowingText {
@@ -328,48 +377,47 @@ Input readInput(const Containers::StringView path) {
     return {"standard input", readAll("standard input", STDIN_FILENO)};
 }
 
-void replaceFile(const Containers::StringView path, const Containers::StringView content) {
-    const std::string name{path};
-    struct stat status {};
-    const bool exists = stat(name.data(), &status) == 0;
-    if (!exists && errno != ENOENT) {
-        fail(path, errno);
+void replaceFile(const Containers::StringView path, const Containers::StringView content,
+                 const MissingDirectories missing) {
+    const Target target{path};
+    if (!target.exists() && target.error != ENOENT) {
+        fail(path, target.error);
     }
-    if (exists && S_ISDIR(status.st_mode)) {
+    if (target.isDirectory()) {
         fail(path, EISDIR);
     }
     int error = 0;
-    if (const std::optional<int> descriptor = descriptorAt(name)) {
-        error = writeAll(*descriptor, content);
-    } else if (exists && !S_ISREG(status.st_mode)) {
-        error = writeInto(name, content);
+    if (target.descriptor) {
+        error = writeAll(*target.descriptor, content);
+    } else if (target.isStream()) {
+        error = writeInto(target.path, content);
     } else {
-        error = Replacement{linkChain(name).back(), exists ? &status : nullptr}.write(content);
+        error =
+            Replacement{target.end(), target.exists() ? &target.status : nullptr, missing}.write(
+                content);
     }
     if (error) {
         fail(path, error);
     }
 }
 
-bool holds(const Containers::StringView path, const Containers::StringView content) {
-    struct stat status {};
-    const std::string name{path};
-    if (stat(name.data(), &status) != 0 || !S_ISREG(status.st_mode) ||
-        std::size_t(status.st_size) != content.size() || descriptorAt(name)) {
-        return false;
+Held compareFile(const Containers::StringView path, const Containers::StringView content) {
+    const Target target{path};
+    if (target.isStream()) {
+        return Held::Stream;
+    }
+    if (!target.isRegular() || std::size_t(target.status.st_size) != content.size()) {
+        return Held::Other;
     }
     try {
-        return readFile(path) == content;
+        return readFile(path) == content ? Held::Same : Held::Other;
     } catch (const Failure&) {
-        return false;
+        return Held::Other;
     }
 }
 
 bool isStream(const Containers::StringView path) {
-    struct stat status {};
-    const std::string name{path};
-    const bool exists = stat(name.data(), &status) == 0;
-    return (exists && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) || descriptorAt(name);
+    return Target{path}.isStream();
 }
 
 void print(const Containers::StringView content) {

@@ -42,6 +42,9 @@ struct Input {
 /** @brief @ref readFile() if @p path is the name of a file, standard input if it is `-`. */
 Input readInput(Containers::StringView path);
 
+/** @brief What to do if the directory of a new file does not exist. */
+enum class MissingDirectories { Fail, Make };
+
 /**
  * @brief Makes @p path hold exactly @p content, as a whole or not at all.
  *
@@ -52,14 +55,20 @@ Input readInput(Containers::StringView path);
  * this process (`/dev/stdout`, `/dev/fd/3`) is written to as it is, never opened again. Throws
  * @ref Failure with the system's reason and leaves the old file.
  */
-void replaceFile(Containers::StringView path, Containers::StringView content);
+void replaceFile(Containers::StringView path, Containers::StringView content,
+                 MissingDirectories missing = MissingDirectories::Fail);
 
-/**
- * @brief Whether @p path is a regular file that can be read and holds exactly @p content.
- *
- * False for a descriptor of this process: the content of its file says nothing of what was written.
- */
-bool holds(Containers::StringView path, Containers::StringView content);
+/** @brief What a path holds, in comparison with a text. */
+enum class Held {
+    /** @brief It is a regular file that can be read and holds exactly the text. */
+    Same,
+    Other,
+    /** @brief It is a stream, see @ref isStream(). */
+    Stream
+};
+
+/** @brief Compares the file @p path, which need not exist, with @p content. */
+Held compareFile(Containers::StringView path, Containers::StringView content);
 
 /**
  * @brief Whether @p path is a device, a pipe or a descriptor of this process, so that nothing that

@@ -20,7 +20,7 @@ constexpr std::chrono::milliseconds firstCountAfter{300};
 constexpr std::chrono::milliseconds countEvery{100};
 
 std::string colouredDiff(const std::string& diff) {
-    if (!printsColours()) {
+    if (diff.empty() || !printsColours()) {
         return diff;
     }
     std::istringstream lines{diff};

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <system_error>
 #include <utility>
 
 #include <Corrade/Containers/GrowableArray.h>
@@ -50,15 +49,6 @@ std::string diffWith(const std::string& path, const std::string& content) {
     const Containers::String before = exists ? readFile(path) : Containers::String{};
     return "--- " + (exists ? escaped(path) : "/dev/null") + "\n+++ " + escaped(path) + "\n" +
            unifiedDiff({before.data(), before.size()}, content);
-}
-
-void makeDirectoryOf(const std::string& path) {
-    const std::string directory = parentOf(linkChain(path).back());
-    std::error_code error;
-    fs::create_directories(directory, error);
-    if (error) {
-        throw Failure{path, error.message()};
-    }
 }
 
 } // namespace
@@ -149,18 +139,15 @@ void Generator::updateFile(const OutputFile& file, const Mode mode, std::vector<
     const auto isOutOfDate = [&](const std::string& path) { return outOfDate.count(path) != 0; };
     const bool hasOldData = std::any_of(file.data.begin(), file.data.end(), isOutOfDate);
     const std::string content = hasOldData ? "" : render(file);
-    if (isStream(file.path)) {
-        if (mode == Mode::Write) {
-            replaceFile(file.path, content);
-        }
-        return;
-    }
-    if (!hasOldData && holds(file.path, content)) {
+    const Held held = compareFile(file.path, content);
+    if (held == Held::Same && !hasOldData) {
         return;
     }
     if (mode == Mode::Write) {
-        makeDirectoryOf(file.path);
-        replaceFile(file.path, content);
+        replaceFile(file.path, content, MissingDirectories::Make);
+    }
+    if (held == Held::Stream) {
+        return;
     }
     const bool isCompared = mode == Mode::Compare && !hasOldData;
     changes.push_back({file.path, isCompared ? diffWith(file.path, content) : ""});
@@ -186,6 +173,7 @@ std::string Generator::render(const OutputFile& file) {
 
 std::string Generator::render(const Rendering& rendering, const OutputFile& file) {
     std::string element;
+    PrintedErrors errors;
     try {
         /* First, so that a template that is wrong shows whatever the data is. */
         NamedTemplate& source = compiled(rendering.templatePath);
@@ -193,8 +181,8 @@ std::string Generator::render(const Rendering& rendering, const OutputFile& file
         for (const std::string& path : file.data) {
             scopes.add(document(path));
         }
-        return rendering.each ? renderEach(rendering, file, scopes, element)
-                              : text(Host::render(source, scopes.all()));
+        return rendering.each ? renderEach(rendering, file, scopes, errors, element)
+                              : text(Host::render(source, scopes.all(), errors));
     } catch (const Failure& failure) {
         throw Failure{failure.what() + (", for " + file.path) + element};
     }
@@ -219,7 +207,7 @@ Generator::ElementList Generator::findElements(const Rendering& rendering, const
 }
 
 std::string Generator::renderEach(const Rendering& rendering, const OutputFile& file,
-                                  const Scopes& scopes, std::string& element) {
+                                  Scopes& scopes, PrintedErrors& errors, std::string& element) {
     NamedTemplate& source = compiled(rendering.templatePath);
     const ElementList list = findElements(rendering, file);
     std::string joined;
@@ -229,7 +217,9 @@ std::string Generator::renderEach(const Rendering& rendering, const OutputFile& 
         ElementScope scope{list.owner, *child.second(), child.first()};
         joined += i == 0 ? "" : rendering.separator;
         try {
-            joined += text(Host::render(source, scopes.withElement(scope)));
+            const Containers::String rendered =
+                Host::render(source, scopes.withElement(scope), errors);
+            joined.append(rendered.data(), rendered.size());
         } catch (const Failure&) {
             const std::string step =
                 child.first().data() ? pointerStep(child.first()) : std::to_string(i);

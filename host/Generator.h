@@ -131,8 +131,8 @@ private:
     /* Names the output, and the element, in what it throws. */
     std::string render(const Rendering& rendering, const OutputFile& file);
     /* Leaves the element that failed in `element`, as the end of a message. */
-    std::string renderEach(const Rendering& rendering, const OutputFile& file, const Scopes& scopes,
-                           std::string& element);
+    std::string renderEach(const Rendering& rendering, const OutputFile& file, Scopes& scopes,
+                           PrintedErrors& errors, std::string& element);
     std::string fillRegions(const OutputFile& file);
 
     std::vector<OutputFile> files;

@@ -20,8 +20,12 @@ std::string resolveDirectory(const std::string& directory) {
 
 } // namespace
 
-std::string RealPaths::file(const std::string& path) {
-    return entry(linkChain(path).back());
+const std::string& RealPaths::file(const std::string& path) {
+    const auto [file, isNew] = files.try_emplace(path);
+    if (isNew) {
+        file->second = entry(linkChain(path).back());
+    }
+    return file->second;
 }
 
 std::string RealPaths::entry(const std::string& path) {

@@ -9,12 +9,13 @@ namespace VespermoorEngine::Host {
 /**
  * @brief Absolute paths without links, for files that may not exist yet.
  *
- * Every directory is resolved once and cached, so use an object for one pass over many files only.
+ * Every path and directory is resolved once and cached, so use an object for one pass over many
+ * files only.
  */
 class RealPaths {
 public:
     /** @brief Real path of the file at @p path, with all links followed. */
-    std::string file(const std::string& path);
+    const std::string& file(const std::string& path);
 
     /**
      * @brief Real path of the entry @p path itself: only the links in its directory are followed.
@@ -22,6 +23,7 @@ public:
     std::string entry(const std::string& path);
 
 private:
+    std::map<std::string, std::string> files;
     std::map<std::string, std::string> directories;
 };
 

@@ -39,7 +39,8 @@ void run(const Options& options) {
         documents.push_back(parseDocument(text.name, text.content));
         scopes.add(documents.back());
     }
-    output(options.output, render(source, scopes.all()));
+    PrintedErrors errors;
+    output(options.output, render(source, scopes.all(), errors));
 }
 
 } // namespace

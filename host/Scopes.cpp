@@ -7,17 +7,21 @@ namespace VespermoorEngine::Host {
 void Scopes::add(rapidjson::Document& document) {
     roots.emplace_back(document);
     arrayAppend(references, Containers::Reference<JsonObject>{roots.back()});
+    elementFirst = {};
 }
 
-Containers::Array<Containers::Reference<JsonObject>>
-Scopes::withElement(JsonObject& element) const {
-    Containers::Array<Containers::Reference<JsonObject>> result;
-    arrayReserve(result, references.size() + 1);
-    arrayAppend(result, Containers::Reference<JsonObject>{element});
-    for (const Containers::Reference<JsonObject>& reference : references) {
-        arrayAppend(result, reference);
+Containers::ArrayView<const Containers::Reference<JsonObject>>
+Scopes::withElement(JsonObject& element) {
+    if (!elementFirst.isEmpty()) {
+        elementFirst[0] = element;
+        return elementFirst;
     }
-    return result;
+    arrayReserve(elementFirst, references.size() + 1);
+    arrayAppend(elementFirst, Containers::Reference<JsonObject>{element});
+    for (const Containers::Reference<JsonObject>& reference : references) {
+        arrayAppend(elementFirst, reference);
+    }
+    return elementFirst;
 }
 
 } // namespace VespermoorEngine::Host

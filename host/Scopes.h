@@ -21,13 +21,15 @@ public:
         return references;
     }
 
-    /** @brief @p element followed by all roots. */
-    Containers::Array<Containers::Reference<JsonObject>> withElement(JsonObject& element) const;
+    /** @brief @p element followed by all roots. The list is reused by the next call. */
+    Containers::ArrayView<const Containers::Reference<JsonObject>> withElement(JsonObject& element);
 
 private:
     /* A deque, since the references point into it. */
     std::deque<DocumentScope> roots;
     Containers::Array<Containers::Reference<JsonObject>> references;
+    /* The references after one to an element, or nothing. */
+    Containers::Array<Containers::Reference<JsonObject>> elementFirst;
 };
 
 } // namespace VespermoorEngine::Host

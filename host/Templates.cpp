@@ -13,13 +13,10 @@
 #include "Templates.h"
 
 #include <algorithm>
-#include <sstream>
-#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include <Corrade/Utility/Debug.h>
 #include <VespermoorEditor/Utils/JsonObject.h>
 
 #include "Failure.h"
@@ -29,8 +26,6 @@
 namespace VespermoorEngine::Host {
 
 namespace {
-
-namespace Utility = Corrade::Utility;
 
 using ScopeList = Containers::ArrayView<const Containers::Reference<JsonObject>>;
 
@@ -91,12 +86,9 @@ std::string reasonFrom(const std::string& printed) {
    success. */
 template <class Action>
 std::string failureOf(const Action& action) {
-    std::ostringstream printed;
-    {
-        const Utility::Error redirected{&printed};
-        action();
-    }
-    return reasonFrom(printed.str());
+    PrintedErrors errors;
+    action();
+    return errors.takeReason();
 }
 
 std::string failureOfPrefix(const NamedTemplate& source, const std::size_t size,
@@ -145,9 +137,18 @@ NamedTemplate compileTemplate(const Containers::StringView path, Containers::Str
     return {path, std::move(source), std::move(compiled)};
 }
 
-Containers::String render(NamedTemplate& source, const ScopeList scopes) {
-    Containers::String result;
-    const std::string reason = failureOf([&] { result = source.compiled->render(scopes); });
+std::string PrintedErrors::takeReason() {
+    if (printed.tellp() == 0) {
+        return {};
+    }
+    const std::string lines = printed.str();
+    printed.str({});
+    return reasonFrom(lines);
+}
+
+Containers::String render(NamedTemplate& source, const ScopeList scopes, PrintedErrors& errors) {
+    Containers::String result = source.compiled->render(scopes);
+    const std::string reason = errors.takeReason();
     if (!reason.empty()) {
         const std::size_t offset = findFailure(source, scopes, reason);
         throw Failure{textPlace(source.path, source.source, offset), reason};
