@@ -1,11 +1,17 @@
-/* Making ten thousand files from one manifest, compared with reading the same inputs and writing
-   the same files by temporary file and rename. */
+/* Making ten thousand files from one manifest, compared with the least that a plain tool does for
+   it: it reads every input once, and writes every file by temporary file and rename, in directories
+   that exist. It neither parses nor renders, and does not look for links and old files. */
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
 #include <string>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <Corrade/Containers/StringStl.h>
 #include <benchmark/benchmark.h>
@@ -105,6 +111,14 @@ void generateNothing(benchmark::State& state) {
 }
 BENCHMARK(generateNothing)->Unit(benchmark::kMillisecond);
 
+bool writeAndRename(const std::string& path, const std::string& content) {
+    std::string temporary = path + "-XXXXXX";
+    const int file = mkostemp(temporary.data(), O_CLOEXEC);
+    return file != -1 && write(file, content.data(), content.size()) == ssize_t(content.size()) &&
+           fchmod(file, 0644) == 0 && close(file) == 0 &&
+           std::rename(temporary.data(), path.data()) == 0;
+}
+
 void readAndWrite(benchmark::State& state) {
     Generator{project().path("manifest.json")}.update(Generator::Mode::Write);
     std::map<std::string, std::string> outputs;
@@ -126,7 +140,9 @@ void readAndWrite(benchmark::State& state) {
                 VespermoorEngine::Host::readFile(project().path("template" + std::to_string(i))));
         }
         for (const auto& [path, content] : outputs) {
-            VespermoorEngine::Host::replaceFile(path, content);
+            if (!writeAndRename(path, content)) {
+                state.SkipWithError("a file was not written");
+            }
         }
     }
 }
