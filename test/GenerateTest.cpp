@@ -392,12 +392,12 @@ TEST(Generate, DiffShowsChanges) {
     EXPECT_THAT(onTerminal("NO_COLOR=1 " + check), HasSubstr("\r\n-old\r\n+12\r\n"));
 }
 
-/* The data of the second output appears after half a second. */
+/* The data of the second output comes half a second after the program opens it. */
 TEST(Generate, CountsOutputsOnATerminal) {
     const Project project;
     fs::rename("in/second.json", "in/data");
     ASSERT_EQ(mkfifo("in/second.json", 0600), 0);
-    const ChildProcess writer{"sleep 0.5; exec cat in/data > in/second.json"};
+    const ChildProcess writer{"exec > in/second.json; sleep 0.5; exec cat in/data"};
     EXPECT_THAT(onTerminal(program + "in/manifest.json"),
                 HasSubstr("\r1 of 4 outputs\x1b[K\r\x1b[Kwrote in/whole.txt"));
 }
