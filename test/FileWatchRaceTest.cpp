@@ -242,6 +242,21 @@ TEST_F(FileWatchRaceTest, LinkThatLeadsElsewhereWhenItIsWatched) {
                                                root / "w/n/l/t", root / "w/n/l/t/u"}));
 }
 
+TEST_F(FileWatchRaceTest, DirectoryThatStayedAndGoesWhenTheQueueIsEmpty) {
+    makeTree(root.path(), {"w/e/"});
+    start(root / "w");
+    fs::rename(root / "w/e", root / "w/x");
+    fs::rename(root / "w/x", root / "w/e");
+    writeFile(root / "w/e/1", "");
+    SystemCalls::onEmptyRead = [&] {
+        writeFile(root / "w/e/2", "");
+        fs::remove_all(root / "w/e");
+    };
+    watch.update();
+    EXPECT_EQ(heard.count(root / "w/e/1"), 2u);
+    EXPECT_EQ(listedDirectories(watch), Paths{root / "w"});
+}
+
 TEST_F(FileWatchRaceTest, HearsAgainAfterTheQueueOverflowed) {
     makeTree(root.path(), {"w/a/"});
     start(root / "w");

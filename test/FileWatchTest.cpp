@@ -128,6 +128,8 @@ const Change changes[]{
     {"directory of two names", "mkdir -p w/a/s n; touch n/f; ln -s a w/l", "w",
      "mv w/a/s .; mv n w/a; touch s/f", "w Remove w/l/s\nw Modify w/l/n/f\nw Modify w/l/n\n",
      "w w/a w/a/n w/l w/l/n"},
+    {"directory of two names whose root is away", "mkdir -p w/d; ln -s d w/l", "w",
+     "mv w v; touch v/d/f", "w Modify w/l/f\n", "w w/d w/l"},
     {"moved away by way of a new directory", "mkdir -p w/q/s; touch w/q/s/f", "w",
      "mkdir w/p; mv w/q w/p; touch w/p/q/g",
      /* The walk over p finds q in its place before the record of its leaving is read. */

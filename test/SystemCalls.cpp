@@ -17,6 +17,7 @@
 namespace VespermoorEngine::Test::SystemCalls {
 
 std::function<void(const std::string&)> aroundKernelWatch;
+std::function<void()> onEmptyRead;
 
 namespace {
 
@@ -54,7 +55,13 @@ extern "C" {
 
 ssize_t read(const int fd, void* const buffer, const std::size_t size) {
     record("read ", std::to_string(size));
-    return syscall(SYS_read, fd, buffer, size);
+    const ssize_t count = syscall(SYS_read, fd, buffer, size);
+    if (count <= 0 && onEmptyRead) {
+        const int error = errno;
+        std::exchange(onEmptyRead, nullptr)();
+        errno = error;
+    }
+    return count;
 }
 
 int access(const char* const path, const int mode) noexcept {

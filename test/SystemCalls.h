@@ -21,6 +21,9 @@ int allocationsOf(const std::function<void()>& body);
 /** @brief Called with the path right before and after each kernel watch is placed. */
 extern std::function<void(const std::string& path)> aroundKernelWatch;
 
+/** @brief Called once, when a read first finds nothing. */
+extern std::function<void()> onEmptyRead;
+
 } // namespace VespermoorEngine::Test::SystemCalls
 
 #endif

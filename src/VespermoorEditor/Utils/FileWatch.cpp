@@ -295,7 +295,7 @@ void FileWatch::updateLinux() {
     do {
         readRecords(drain);
         /* Each kernel watch that ends leaves a record, which must not fill the queue. */
-    } while (takeOutGone(drain) || drain.gone.takeOutKept(drain.directories));
+    } while (takeOutGone(drain) || takeOutKept(drain));
     if (!drain.batch.isEmpty()) {
         onChangeCallback(drain.batch);
     }
@@ -339,18 +339,33 @@ bool FileWatch::find(const std::int32_t descriptor, Drain& drain) {
     }
     lookUp(descriptor, drain);
     if (drain.hasSeveralNames) {
-        /* Some of the names are links, which may have been removed. */
-        for (Place& place : drain.directories.placesOf(descriptor)) {
-            if (drain.directories.presentDescriptor(place.path) != descriptor) {
-                drain.gone.add(place.record, std::move(place.path));
-            }
-        }
+        noteAbsentNames(descriptor, drain);
     }
     if (drain.descriptor == descriptor && drain.gone.contain(drain.record, drain.path)) {
         takeOutGone(drain);
         lookUp(descriptor, drain);
     }
     return drain.descriptor == descriptor;
+}
+
+/* Some of several names are links, which may have been removed. If no name leads to the directory,
+   one above it has moved and may come back without a record, so all names stay. */
+void FileWatch::noteAbsentNames(const std::int32_t descriptor, Drain& drain) const {
+    Containers::Array<Place> absent;
+    bool isPresent = false;
+    for (Place& place : drain.directories.placesOf(descriptor)) {
+        if (drain.directories.presentDescriptor(place.path) == descriptor) {
+            isPresent = true;
+        } else if (place.path != directories[place.record].path) {
+            arrayAppend(absent, std::move(place));
+        }
+    }
+    if (!isPresent) {
+        return;
+    }
+    for (Place& place : absent) {
+        drain.gone.add(place.record, std::move(place.path));
+    }
 }
 
 void FileWatch::lookUp(const std::int32_t descriptor, Drain& drain) const {
@@ -402,6 +417,12 @@ bool FileWatch::takeOutGone(Drain& drain) const {
     drain.gone.takeOut(drain.directories);
     drain.descriptor = 0;
     return true;
+}
+
+/* Returns whether there were any to look at again. */
+bool FileWatch::takeOutKept(Drain& drain) const {
+    drain.descriptor = 0;
+    return drain.gone.takeOutKept(drain.directories);
 }
 
 Utility::Debug& operator<<(Utility::Debug& debug, const FileWatch::Event event) {

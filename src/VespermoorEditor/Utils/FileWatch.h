@@ -217,7 +217,9 @@ private:
     void lookUp(std::int32_t descriptor, Drain& drain) const;
     void noteGone(Containers::StringView name, Drain& drain);
     void track(Containers::StringView name, Drain& drain);
+    void noteAbsentNames(std::int32_t descriptor, Drain& drain) const;
     bool takeOutGone(Drain& drain) const;
+    bool takeOutKept(Drain& drain) const;
     void deliver(const CallbackInfo& delivery, std::int32_t firstNewId);
 
     Containers::Array<WatchData> watches;
