@@ -180,8 +180,8 @@ int Replacement::fill(const int file, const Containers::StringView content) cons
             return errno;
         }
     }
-    /* Some file systems tell only when a descriptor is closed that they had no room. This one is
-       needed open, so a copy is closed. */
+    /* Some file systems report a full disk only when a descriptor is closed. This one stays open,
+       so a copy is closed. */
     return Descriptor{dup(file)}.close();
 }
 
@@ -278,7 +278,7 @@ public:
     std::optional<int> descriptor;
 };
 
-/* What is read in memory that grows by doubling and can be refused. */
+/* The text that was read, in memory that doubles when it is full and can be refused. */
 class GrowingText {
 public:
     GrowingText() = default;

@@ -29,7 +29,7 @@ std::string parentOf(const std::filesystem::path& path);
 /**
  * @brief Content of the file @p path; throws @ref Failure with the system's reason.
  *
- * What is not a regular file may never end, so it is an error if it goes on after 2 GiB.
+ * A device or a pipe may never end, so it is an error if it goes on after 2 GiB.
  */
 Containers::String readFile(Containers::StringView path);
 
@@ -51,8 +51,9 @@ enum class MissingDirectories { Fail, Make };
  * The content is written to a new file, which then takes the place of the old one with its
  * permissions and, for root, its owner. So a reader sees the old file or the new one, even if the
  * process is killed in between. Links are followed first. A file that the user may not write is
- * refused. A device or a pipe has nothing to lose and is written to directly, and a descriptor of
- * this process (`/dev/stdout`, `/dev/fd/3`) is written to as it is, never opened again. Throws
+ * refused. A device or a pipe is written to directly, since it holds no old content, and a
+ * descriptor of this process (`/dev/stdout`, `/dev/fd/3`) is written to without opening it again.
+ * Throws
  * @ref Failure with the system's reason and leaves the old file.
  */
 void replaceFile(Containers::StringView path, Containers::StringView content,

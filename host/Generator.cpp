@@ -175,7 +175,7 @@ std::string Generator::render(const Rendering& rendering, const OutputFile& file
     std::string element;
     PrintedErrors errors;
     try {
-        /* First, so that a template that is wrong shows whatever the data is. */
+        /* First, so that a wrong template is reported even if the data is wrong too. */
         NamedTemplate& source = compiled(rendering.templatePath);
         Scopes scopes;
         for (const std::string& path : file.data) {

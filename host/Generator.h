@@ -63,7 +63,7 @@ public:
         Write,
         /** @brief Only report it. */
         Check,
-        /** @brief Report it with what would change. */
+        /** @brief Report it with the lines that would change. */
         Compare
     };
 
@@ -128,7 +128,7 @@ private:
     ElementList findElements(const Rendering& rendering, const OutputFile& file);
 
     std::string render(const OutputFile& file);
-    /* Names the output, and the element, in what it throws. */
+    /* Failures name the output and the element. */
     std::string render(const Rendering& rendering, const OutputFile& file);
     /* Leaves the element that failed in `element`, as the end of a message. */
     std::string renderEach(const Rendering& rendering, const OutputFile& file, Scopes& scopes,
