@@ -223,13 +223,23 @@ bool isBlocked(const fs::path& place) {
 
 using Outputs = std::map<fs::path, Host::OutputFile>;
 
+/* Whether `path` is a directory above one of the outputs that were made. */
+bool isAboveOutput(const fs::path& path, const std::map<fs::path, std::string>& entries,
+                   const Outputs& outputs) {
+    return std::any_of(outputs.begin(), outputs.end(), [&](const auto& output) {
+        return entries.count(output.first) != 0 &&
+               output.first.native().rfind(path.native() + '/', 0) == 0;
+    });
+}
+
 void expectOnlyOutputsChanged(const std::map<fs::path, std::string>& before,
                               const std::map<fs::path, std::string>& after,
                               const Outputs& outputs) {
     for (const auto& [path, state] : after) {
         const auto was = before.find(path);
         const bool changed = was == before.end() || was->second != state;
-        expect("change of " + path.string(), !changed || outputs.count(path) != 0);
+        expect("change of " + path.string(),
+               !changed || outputs.count(path) != 0 || isAboveOutput(path, after, outputs));
     }
     for (const auto& [path, state] : before) {
         expect("loss of " + path.string(), after.count(path) != 0);
