@@ -85,7 +85,7 @@ void check(const Options& options) {
 std::string linesOf(const std::string& kind, const std::set<std::string>& paths) {
     std::string lines;
     for (const std::string& path : paths) {
-        lines += kind + " " + path + "\n";
+        lines.append(kind).append(" ").append(path).append("\n");
     }
     return lines;
 }

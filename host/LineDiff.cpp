@@ -57,8 +57,8 @@ private:
     struct Frontier {
         explicit Frontier(const int edits) : edits{edits}, furthest(2 * std::size_t(edits) + 1) {}
 
-        int& at(const int diagonal) { return furthest[std::size_t(diagonal + edits)]; }
-        int at(const int diagonal) const { return furthest[std::size_t(diagonal + edits)]; }
+        int& at(const int diagonal) { return furthest[diagonal + edits]; }
+        int at(const int diagonal) const { return furthest[diagonal + edits]; }
         /* Whether the next edit that reaches `diagonal` adds a line instead of removing one. */
         bool goesOnByAdding(const int diagonal) const {
             return diagonal == -edits - 1 ||

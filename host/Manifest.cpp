@@ -107,7 +107,7 @@ std::string Entry::path() const {
 
 /* Excludes the form that begins with #, which is for URIs. */
 std::string readPointer(const Entry& entry) {
-    const std::string pointer = entry.string();
+    std::string pointer = entry.string();
     if ((!pointer.empty() && pointer.front() != '/') ||
         !rapidjson::Pointer{pointer.data(), pointer.size()}.IsValid()) {
         entry.fail("No JSON Pointer");
