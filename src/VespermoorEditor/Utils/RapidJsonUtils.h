@@ -47,8 +47,10 @@ jsonToString(const rapidjson::Value& value, int maxDecimalPlaces = defaultMaxDec
  * order mark before it is dropped. If the file cannot be read, for any reason, the message is `File
  * does not exist: {}` with the file name as passed, and `Corrade::Utility::Path::readString()`
  * prints its own line. If the text is not JSON, is nested deeper than @ref maxNesting levels or
- * holds a number too large for a double, the message is `Invalid JSON in file: {}`. @p type is the
- * document's kind before the parse and does not restrict the root of the file.
+ * holds a number too large for a double, the message is `Invalid JSON in file: {}`. Numbers are
+ * read without full precision: the last digit can be rounded wrongly, and numbers such as `0e400`,
+ * with an exponent past that of a double, are refused too. @p type is the document's kind before
+ * the parse and does not restrict the root of the file.
  */
 VESPERMOOR_EDITOR_UTILS_EXPORT ValueOrError<rapidjson::Document>
 parseJsonFile(Containers::StringView filename, rapidjson::Type type = rapidjson::kObjectType);
