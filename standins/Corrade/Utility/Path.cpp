@@ -9,6 +9,7 @@
 #include <string_view>
 #include <system_error>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -52,24 +53,39 @@ bool fail(const char* message, const Args&... args) {
     return fail(std::error_code{errno, std::generic_category()}, message, args...);
 }
 
-/* A link counts as its target. A dangling link is never skipped. */
-bool isSkipped(const fs::directory_entry& entry, ListFlags flags) {
-    std::error_code ignored;
-    if (!(flags & (ListFlag::SkipFiles | ListFlag::SkipSpecial)) || entry.is_directory(ignored))
+/* An entry of a directory that is being read, as a file type of `st_mode`. A link counts as its
+   target; a dangling one has the type 0. */
+mode_t typeOf(DIR* directory, const dirent& entry) {
+    if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN)
+        return DTTOIF(entry.d_type);
+    struct stat status;
+    return fstatat(dirfd(directory), entry.d_name, &status, 0) == 0 ? status.st_mode & S_IFMT : 0;
+}
+
+/* A dangling link is never skipped. */
+bool isSkipped(DIR* directory, const dirent& entry, ListFlags flags) {
+    const StringView name = entry.d_name;
+    if (name == "."_s || name == ".."_s)
+        return true;
+    if (!(flags & (ListFlag::SkipFiles | ListFlag::SkipSpecial)))
         return false;
-    return flags >=
-               (entry.is_regular_file(ignored) ? ListFlag::SkipFiles : ListFlag::SkipSpecial) &&
-           entry.exists(ignored);
+    const mode_t type = typeOf(directory, entry);
+    return (S_ISREG(type) && flags >= ListFlag::SkipFiles) ||
+           (!S_ISREG(type) && !S_ISDIR(type) && type && flags >= ListFlag::SkipSpecial);
 }
 
 class File {
 public:
-    File(StringView filename, int flags)
-        : _descriptor{::open(Containers::String::nullTerminatedView(filename).data(),
-                             flags | O_CLOEXEC, 0666)} {}
+    File(StringView filename, int flags) { open(filename, flags); }
     File(const File&) = delete;
     File& operator=(const File&) = delete;
     ~File() { close(); }
+
+    /* Must not be open. */
+    void open(StringView filename, int flags) {
+        _descriptor = ::open(Containers::String::nullTerminatedView(filename).data(),
+                             flags | O_CLOEXEC, 0666);
+    }
 
     int descriptor() const { return _descriptor; }
     bool isOpen() const { return _descriptor != -1; }
@@ -82,7 +98,7 @@ public:
     }
 
 private:
-    int _descriptor;
+    int _descriptor = -1;
 };
 
 /* The status of an open file; on failure that of an empty special file. */
@@ -197,12 +213,20 @@ Optional<Containers::Array<Containers::String>> list(StringView path, ListFlags 
     VESPERMOOR_STANDINS_DEBUG_ASSERT(
         flags >= ListFlag::SkipDotAndDotDot,
         "Utility::Path::list(): the stand-in always skips . and .., ask for that");
+    DIR* const directory = opendir(Containers::String::nullTerminatedView(path).data());
+    if (!directory) {
+        fail("Utility::Path::list(): can't list {}", path);
+        return {};
+    }
     Containers::Array<Containers::String> names;
-    std::error_code error;
-    fs::directory_iterator entry{std::string_view{path.data(), path.size()}, error};
-    for (; !error && entry != fs::directory_iterator{}; entry.increment(error))
-        if (!isSkipped(*entry, flags))
-            arrayAppend(names, InPlaceInit, entry->path().filename().c_str());
+    errno = 0;
+    while (const dirent* const entry = readdir(directory)) {
+        if (!isSkipped(directory, *entry, flags))
+            arrayAppend(names, InPlaceInit, entry->d_name);
+        errno = 0;
+    }
+    const std::error_code error{errno, std::generic_category()};
+    closedir(directory);
     if (error) {
         fail(error, "Utility::Path::list(): can't list {}", path);
         return {};
@@ -297,11 +321,14 @@ bool copy(StringView from, StringView to) {
     if (count == -1)
         return fail("Utility::Path::copy(): can't read from {}", from);
 
-    if (isFileAt(in, to)) {
+    File out{to, O_WRONLY | O_CREAT | O_EXCL};
+    /* Only a file that existed before can be the source itself. */
+    if (!out.isOpen() && isFileAt(in, to)) {
         Error{} << "Utility::Path::copy(): can't copy" << from << "to itself";
         return false;
     }
-    File out{to, O_WRONLY | O_CREAT | O_TRUNC};
+    if (!out.isOpen())
+        out.open(to, O_WRONLY | O_CREAT | O_TRUNC);
     if (!out.isOpen())
         return fail("Utility::Path::copy(): can't open {} for writing", to);
     bool kernelMayCopy = std::size_t(count) == sizeof(block);
