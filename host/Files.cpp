@@ -339,7 +339,7 @@ Containers::String readAll(const Containers::StringView name, const int descript
     text.reserve(expected + 1);
     const int error = text.read(descriptor, std::max(expected, limit));
     if (error == EFBIG) {
-        throw Failure{name, "goes on after 2 GiB"};
+        throw Failure{name, "is longer than 2 GiB"};
     }
     if (error) {
         fail(name, error);

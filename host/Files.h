@@ -29,7 +29,7 @@ std::string parentOf(const std::filesystem::path& path);
 /**
  * @brief Content of the file @p path; throws @ref Failure with the system's reason.
  *
- * A device or a pipe may never end, so it is an error if it goes on after 2 GiB.
+ * A device or a pipe may never end, so more than 2 GiB are an error.
  */
 Containers::String readFile(Containers::StringView path);
 

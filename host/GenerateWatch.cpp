@@ -80,7 +80,7 @@ void GenerateWatch::watchDirectories() {
     for (const std::string& directory : places.directories()) {
         watchIds.push_back(watch.watch(
             directory, FileWatch::Callback{Corrade::DefaultInit, [this](const auto path, auto) {
-                                               heard.merge(places.inputsAt(path));
+                                               reported.merge(places.inputsAt(path));
                                            }}));
     }
 }
@@ -89,12 +89,12 @@ bool GenerateWatch::takeChanges() {
     const WatchSilence silence;
     watch.update();
     /* Even if the kernel reported changes, or the next scan would find them again. */
-    if (!heard.empty() || ++ticksSinceLook == ticksPerLook) {
-        heard.merge(places.takeChanged());
+    if (!reported.empty() || ++ticksSinceLook == ticksPerLook) {
+        reported.merge(places.takeChanged());
         ticksSinceLook = 0;
     }
-    const bool more = !heard.empty();
-    changed.merge(std::exchange(heard, {}));
+    const bool more = !reported.empty();
+    changed.merge(std::exchange(reported, {}));
     return more;
 }
 

@@ -60,7 +60,7 @@ private:
     /* One for each directory of an input. */
     std::vector<int> watchIds;
     /* Inputs that the kernel reported in this tick. */
-    std::set<std::string> heard;
+    std::set<std::string> reported;
     std::set<std::string> changed;
     int ticksSinceLook = 0;
 };

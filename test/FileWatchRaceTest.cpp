@@ -112,24 +112,25 @@ struct FileWatchRaceTest : testing::Test {
     ~FileWatchRaceTest() override { SystemCalls::aroundKernelWatch = nullptr; }
 
     int start(const std::string& path) {
-        return watch.watch(path.data(),
-                           {Corrade::DefaultInit, [this](const Containers::StringView changed,
-                                                         auto) { heard.insert(text(changed)); }});
+        return watch.watch(
+            path.data(), {Corrade::DefaultInit, [this](const Containers::StringView changed, auto) {
+                              reported.insert(text(changed));
+                          }});
     }
 
     /* Every new file has been reported. */
-    void expectFilesHeard(const std::string& path, const Paths& before) {
+    void expectFilesReported(const std::string& path, const Paths& before) {
         while (watch.update()) {
         }
         for (const std::string& file : filesBelow(path)) {
-            EXPECT_TRUE(before.count(file) || heard.count(file)) << file;
+            EXPECT_TRUE(before.count(file) || reported.count(file)) << file;
         }
     }
 
     /* A change in each directory is reported, under one of its names. */
-    void expectChangesHeard(const std::string& path) {
+    void expectChangesReported(const std::string& path) {
         watch.update();
-        heard.clear();
+        reported.clear();
         Paths probes;
         for (const std::string& directory : directoriesBelow(path)) {
             probes.insert(directory + "/probe");
@@ -137,7 +138,7 @@ struct FileWatchRaceTest : testing::Test {
         }
         watch.update();
         Paths resolved;
-        for (const std::string& changed : heard) {
+        for (const std::string& changed : reported) {
             resolved.insert(fs::weakly_canonical(changed));
         }
         EXPECT_TRUE(std::includes(resolved.begin(), resolved.end(), probes.begin(), probes.end()));
@@ -146,7 +147,7 @@ struct FileWatchRaceTest : testing::Test {
 
     TemporaryDirectory root;
     FileWatch watch;
-    std::multiset<std::string> heard;
+    std::multiset<std::string> reported;
     Messages messages;
 };
 
@@ -205,10 +206,10 @@ struct Random : FileWatchRaceTest, testing::WithParamInterface<RandomChanges> {
         }
         SystemCalls::aroundKernelWatch = nullptr;
         if (row.links == 0) {
-            expectFilesHeard(changer.watched, before);
+            expectFilesReported(changer.watched, before);
             expectWatchesExactly(watch, changer.watched);
         }
-        expectChangesHeard(changer.watched);
+        expectChangesReported(changer.watched);
         watch.remove(id);
     }
 };
@@ -237,7 +238,7 @@ TEST_F(FileWatchRaceTest, LinkThatLeadsElsewhereWhenItIsWatched) {
         }
     };
     watch.update();
-    EXPECT_TRUE(heard.count(root / "w/n/l/g"));
+    EXPECT_TRUE(reported.count(root / "w/n/l/g"));
     EXPECT_EQ(listedDirectories(watch), (Paths{root / "w", root / "w/n", root / "w/n/l",
                                                root / "w/n/l/t", root / "w/n/l/t/u"}));
 }
@@ -253,11 +254,11 @@ TEST_F(FileWatchRaceTest, DirectoryThatStayedAndGoesWhenTheQueueIsEmpty) {
         fs::remove_all(root / "w/e");
     };
     watch.update();
-    EXPECT_EQ(heard.count(root / "w/e/1"), 2u);
+    EXPECT_EQ(reported.count(root / "w/e/1"), 2u);
     EXPECT_EQ(listedDirectories(watch), Paths{root / "w"});
 }
 
-TEST_F(FileWatchRaceTest, HearsAgainAfterTheQueueOverflowed) {
+TEST_F(FileWatchRaceTest, ReportsAgainAfterTheQueueOverflowed) {
     makeTree(root.path(), {"w/a/"});
     start(root / "w");
     const std::size_t limit = std::stoul(readFile("/proc/sys/fs/inotify/max_queued_events"));
@@ -266,8 +267,8 @@ TEST_F(FileWatchRaceTest, HearsAgainAfterTheQueueOverflowed) {
         unlink((root / "w/a/f").data());
     }
     EXPECT_TRUE(watch.update());
-    EXPECT_EQ(heard.size(), limit);
-    expectChangesHeard(root / "w");
+    EXPECT_EQ(reported.size(), limit);
+    expectChangesReported(root / "w");
 }
 
 } // namespace

@@ -45,13 +45,13 @@ struct FileWatchTest : testing::Test {
     void note(const char* const label, const Containers::StringView path, const Event event) {
         std::ostringstream line;
         Corrade::Utility::Debug{&line} << label << event << path;
-        heard += shortened(line.str());
+        reported += shortened(line.str());
     }
 
-    /* Returns what was heard, as lines of `<label> Modify <path below the root>`. */
+    /* Returns the new reports, as lines of `<label> Modify <path below the root>`. */
     std::string updated() {
         watch.update();
-        return std::exchange(heard, {});
+        return std::exchange(reported, {});
     }
 
     std::string shortened(const std::string& text) {
@@ -81,7 +81,7 @@ struct FileWatchTest : testing::Test {
 
     TemporaryDirectory root;
     FileWatch watch;
-    std::string heard;
+    std::string reported;
     Messages messages;
 };
 
@@ -91,7 +91,7 @@ struct Change {
     /* Paths with blanks in between. */
     const char* watched;
     const char* change;
-    const char* heard;
+    const char* reported;
     const char* listed;
 };
 
@@ -101,9 +101,6 @@ const Change changes[]{
     {"watched file replaced by a rename, and its name at any depth", "mkdir -p w/a; touch w/f w/g",
      "w/f", "mv w/g w/f; : > w/f; touch w/a/f w/a/ff",
      "w/f Modify w/f\nw/f Modify w/f\nw/f Modify w/a/f\n", "w w/a"},
-    {"directory arrives with content", "mkdir -p w n/s; touch n/a.txt n/b.txt n/s/c.txt", "w",
-     "mv n w", "w Modify w/n/s/c.txt\nw Modify w/n/b.txt\nw Modify w/n/a.txt\nw Modify w/n\n",
-     "w w/n w/n/s"},
     {"directory renamed", "mkdir -p w/n/s w/nn/s; touch w/n/a.txt w/n/s/c.txt", "w", "mv w/n w/m",
      "w Remove w/n\nw Modify w/m/s/c.txt\nw Modify w/m/a.txt\nw Modify w/m\n",
      "w w/m w/m/s w/nn w/nn/s"},
@@ -111,8 +108,6 @@ const Change changes[]{
      "w Remove w/n\nw Modify w/m\nw Remove w/m\nw Modify w/n/f\nw Modify w/n\n", "w w/n"},
     {"record of a directory that left", "mkdir -p w/d/e; touch w/d/e/f", "w",
      "mv w/d .; : > d/e/f; touch w/g", "w Remove w/d\nw Modify w/g\n", "w"},
-    {"directory deleted", "mkdir -p w/a/b w/d", "w w/a", "rm -r w/a",
-     "w Remove w/a/b\nw/a Remove w/a/b\nw Remove w/a\n", "w w/d"},
     {"more directories deleted than are compared one by one",
      "mkdir -p w/a w/l w/keep/10 w/1/2/3/4/5/6 w/7/8/9/10/11; touch w/a/f w/10-file", "w",
      "rm -r w/1 w/7 > /dev/null; mv w/a .; touch w/keep/10/f",
@@ -123,7 +118,7 @@ const Change changes[]{
     {"directory with links arrives",
      "mkdir w o n; touch o/x; ln -s . n/a; ln -s ../../o n/l; ln -s gone n/none", "w", "mv n w",
      "w Modify w/n/l/x\nw Modify w/n/none\nw Modify w/n\n", "w w/n w/n/a w/n/l"},
-    {"links are heard one level deep", "mkdir -p o/s w; ln -s ../o w/l", "w",
+    {"links are watched one level deep", "mkdir -p o/s w; ln -s ../o w/l", "w",
      "ln -s ../o w/m; touch o/g o/s/h", "w Modify w/m\nw Modify w/l/g\n", "w w/l"},
     {"directory of two names", "mkdir -p w/a/s n; touch n/f; ln -s a w/l", "w",
      "mv w/a/s .; mv n w/a; touch s/f", "w Remove w/l/s\nw Modify w/l/n/f\nw Modify w/l/n\n",
@@ -143,7 +138,7 @@ const Change changes[]{
 
 struct Changes : FileWatchTest, testing::WithParamInterface<Change> {};
 
-TEST_P(Changes, AreHeard) {
+TEST_P(Changes, AreReported) {
     const Change& row = GetParam();
     shell(row.before);
     const std::vector<std::string> watched = words(row.watched);
@@ -152,7 +147,7 @@ TEST_P(Changes, AreHeard) {
     }
     EXPECT_FALSE(watch.update());
     shell(row.change);
-    EXPECT_EQ(updated(), row.heard);
+    EXPECT_EQ(updated(), row.reported);
     EXPECT_EQ(listed(), row.listed);
     EXPECT_EQ(messages.text(), "");
 }
@@ -223,12 +218,12 @@ TEST_F(FileWatchTest, ExceptionsOfCallbacks) {
     EXPECT_EQ(messages.text(), "");
 }
 
-/* Watches a, b and c on one directory, d on another, and two changes in the first. When a hears of
-   the first one, it takes the steps: it removes an id, or does what a word says. */
+/* Watches a, b and c on one directory, d on another, and two changes in the first. When a
+   gets the first one, it takes the steps: it removes an id, or does what a word says. */
 struct Delivery {
     const char* name;
     const char* steps;
-    const char* heard;
+    const char* reported;
     const char* messages;
 };
 
@@ -280,7 +275,7 @@ TEST_P(DeliveryTest, GoesOnWhileACallbackChangesTheWatches) {
     add("w", "c");
     add("o", "d");
     shell("touch w/1 w/2");
-    EXPECT_EQ(updated(), GetParam().heard);
+    EXPECT_EQ(updated(), GetParam().reported);
     EXPECT_EQ(std::regex_replace(messages.text(), std::regex{"FileWatch::update\\(\\): "}, ""),
               GetParam().messages);
 }

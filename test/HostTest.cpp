@@ -185,7 +185,7 @@ TEST_F(HostCommandTest, ReportsFailuresInOneLine) {
         "export ASAN_OPTIONS=max_allocation_size_mb=100:allocator_may_return_null=1; ";
 #else
     /* Skipped with the sanitizer, where growing the memory takes half a minute. */
-    EXPECT_EQ(run("json /dev/zero"), "vespermoor-utils: /dev/zero: goes on after 2 GiB\nexit 1\n");
+    EXPECT_EQ(run("json /dev/zero"), "vespermoor-utils: /dev/zero: is longer than 2 GiB\nexit 1\n");
     const std::string limit = "ulimit -v 200000; ";
 #endif
     EXPECT_THAT(run("json /dev/zero", limit),
