@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "Program.h"
+#include "Processes.h"
 #include "Support.h"
 
 namespace VespermoorEngine::Test {
@@ -53,14 +53,16 @@ std::string manifestOf(const std::string& members, const std::string& file = "wh
 }
 
 const std::string program = VESPERMOOR_PROGRAM " generate ";
-const std::vector<std::string> watching{"generate", "--watch", "in/manifest.json"};
+const std::string watching =
+    "echo $$ > id; exec " + program + "--watch in/manifest.json > output 2> error";
 
 /* The output of a run, standard error first, and its exit code. */
 std::string generate(const std::string& options = "") {
     return outputOf(program + options + " in/manifest.json 2>&1; echo \"exit $?\"");
 }
 
-/* A directory with a manifest of four outputs, one of which has regions. */
+/* A directory with a manifest of four outputs, one of which has regions. `output` and `error` are
+   for a program that runs in the background. */
 struct Project {
     Project() {
         save("manifest.json", manifest);
@@ -72,6 +74,8 @@ struct Project {
         save("value.tmpl", "({{ @value }})");
         save("region.txt", "1[a]old[/a]2[b]old[/b]3");
         fs::create_symlink("in", "link");
+        writeFile("output", "");
+        writeFile("error", "");
     }
 
     const TemporaryDirectory directory;
@@ -106,18 +110,21 @@ TEST(Generate, MakesAndChecksOutdatedOutputs) {
     EXPECT_EQ(fs::last_write_time("in/list.txt"), saved);
 }
 
+/* A shell command that saves the text, which has no single quote. */
+std::string saving(const std::string& file, const std::string& text) {
+    return "mkdir -p $(dirname " + file + ") && printf %s '" + text + "' > " + file;
+}
+
 /* Makes an output from another one, which is listed later and named through a link. */
-void saveChain() {
-    save("json.tmpl", R"({"name": "{{ name }}"})");
-    save("each.tmpl", "{{ @key }}={{ @value }};");
-    save("manifest.json", R"({"outputs": [
+const std::string savingChain = saving("in/json.tmpl", R"({"name": "{{ name }}"})") + " && " +
+                                saving("in/each.tmpl", "{{ @key }}={{ @value }};") + " && " +
+                                saving("in/manifest.json", R"({"outputs": [
         {"file": "last.txt", "data": ["../link/./made.json"], "template": "each.tmpl", "each": ""},
         {"file": "made.json", "data": ["first.json"], "template": "json.tmpl"}]})");
-}
 
 TEST(Generate, OrdersOutputsByDependency) {
     const Project project;
-    saveChain();
+    outputOf(savingChain);
     for (const std::string name : {"first", "second"}) {
         save("first.json", first(name));
         EXPECT_EQ(generate("--check"),
@@ -134,7 +141,7 @@ TEST(Generate, ReadsAFileOnce) {
         fs::rename(name, name + "~");
         ASSERT_EQ(mkfifo(name.data(), 0600), 0);
     }
-    const BackgroundProgram run{project.directory.path(), {"generate", "in/manifest.json"}};
+    const ChildProcess run{"exec " + program + "in/manifest.json > output"};
     const ChildProcess writer{"cat in/first.json~ > in/first.json & "
                               "cat in/whole.tmpl~ > in/whole.tmpl"};
     waitUntil([] { return content("region.txt") == regionMade; });
@@ -325,9 +332,10 @@ TEST(Generate, RefusesRegions) {
         save("manifest.json", regionBetween(row.start, row.end));
         const std::string error = "vespermoor-utils: in/region.txt: "s + row.reason + '\n';
         EXPECT_EQ(generate(), error + "exit 1\n");
-        const ProgramRun tags = runProgram({"tags", "in/region.txt", "--output", "in/region.txt",
-                                            "--region", row.start, row.end, "in/content"});
-        EXPECT_EQ(tags.error, error);
+        EXPECT_EQ(outputOf(VESPERMOOR_PROGRAM
+                           " tags in/region.txt --output in/region.txt --region '"s +
+                           row.start + "' '" + row.end + "' in/content 2>&1"),
+                  error);
         EXPECT_EQ(content("region.txt"), row.text);
     }
 }
@@ -449,11 +457,6 @@ struct Step {
     std::string command, file, content;
 };
 
-/* A shell command that saves the text, which has no single quote. */
-std::string saving(const std::string& file, const std::string& text) {
-    return "mkdir -p $(dirname " + file + ") && printf %s '" + text + "' > " + file;
-}
-
 struct WatchRow {
     const char* name;
     std::string prepare;
@@ -468,18 +471,20 @@ const std::string noSecond = "vespermoor-utils: in/second.json: No such file or 
 const std::string lostSecond = "watching 1 directories\n" + noSecond + "whole.txt\n" + noSecond +
                                "list.txt\n" + noSecond + "keys.txt\n";
 
+const std::string chain = "wrote in/made.json\nwrote in/last.txt\n";
+
 const WatchRow watchRows[]{
     {"saves",
      "",
      "watching 1 directories\n",
      {{saving("in/t", "[{{ name }}]") + " && mv in/t in/item.tmpl", "in/list.txt", "[i][second]"},
-      {"rm in/second.json", "program.error", lostSecond},
-      {"echo { > in/m && mv in/m in/manifest.json", "program.error",
+      {"rm in/second.json", "error", lostSecond},
+      {"echo { > in/m && mv in/m in/manifest.json", "error",
        lostSecond + "vespermoor-utils: in/manifest.json:2:1: Missing a name for object member\n"},
       {saving("in/second.json", second("back")), "in/list.txt", "[back][second]"},
       {saving("in/first.json", R"({"words": [], "name": "first", "only": "here"})"),
        "in/region.txt", "1[a][/a]2[b]first here\n[/b]3"},
-      {"", "program.output",
+      {"", "output",
        allButRegion + "wrote in/region.txt\nwrote in/list.txt\nwrote in/list.txt\n"
                       "wrote in/region.txt\n"}}},
     {"save by another name, of the same size and time",
@@ -494,20 +499,20 @@ const WatchRow watchRows[]{
      {{saving("in/region.txt", "[a][/a][b][/b]"), "in/region.txt",
        "[a](x)(y)[/a][b]first here\n[/b]"},
       {saving("in/value.tmpl", "{{ @value }}"), "in/region.txt", "[a]xy[/a][b]first here\n[/b]"},
-      {"", "program.output", allButRegion + "wrote in/region.txt\nwrote in/region.txt\n"}}},
+      {"", "output", allButRegion + "wrote in/region.txt\nwrote in/region.txt\n"}}},
     {"outputs that are edited, and deleted with their directory",
      saving("in/manifest.json", manifestOf(R"("template": "item.tmpl")", "a/b/c")),
      "watching 1 directories\n",
      {{"echo edited > in/a/b/c", "in/a/b/c", "<first>"},
       {"rm -r in/a", "in/a/b/c", "<first>"},
-      {"", "program.output", "wrote in/a/b/c\nwrote in/a/b/c\nwrote in/a/b/c\n"}}},
+      {"", "output", "wrote in/a/b/c\nwrote in/a/b/c\nwrote in/a/b/c\n"}}},
     {"file and directory that may not be read",
      saving("closed/t", "1") + " && chmod 0 closed/t && chmod 0300 closed && " +
          saving("in/manifest.json", manifestOf(R"("template": "../closed/t")")),
      "watching 1 directories\n",
      {{"chmod 0600 closed/t", "in/whole.txt", "1"},
       {"printf 22 > closed/t", "in/whole.txt", "22"},
-      {"chmod 0700 closed", "program.error",
+      {"chmod 0700 closed", "error",
        "vespermoor-utils: in/../closed/t: Permission denied, for in/whole.txt\n"
        "watching 1 directories\n"}}},
     {"directory that does not exist, and is not looked for in all directories above it",
@@ -531,15 +536,14 @@ const WatchRow watchRows[]{
       {saving("x/json", first("5")) + " && ln -sf ../x/json in/first.json", "in/whole.txt", "y5"},
       {saving("x/json", first("6")), "in/whole.txt", "y6"},
       {saving("z/m", manifestOf(R"("template": "a/t")", "new.txt")), "in/new.txt", "y6"}}},
+    {"generated data",
+     savingChain,
+     "watching 1 directories\n",
+     {{saving("in/first.json", first("second")), "in/last.txt", "name=second;"},
+      {saving("in/each.tmpl", "{{ @value }}"), "in/last.txt", "second"},
+      {"", "output", chain + chain + "wrote in/last.txt\n"},
+      {"", "error", "watching 1 directories\n"}}},
 };
-
-void expectSteps(const BackgroundProgram& running, const WatchRow& row) {
-    waitUntil([&] { return running.error().find(row.ready) != std::string::npos; });
-    for (const Step& step : row.steps) {
-        outputOf(step.command);
-        waitUntil([&] { return fs::exists(step.file) && readFile(step.file) == step.content; });
-    }
-}
 
 TEST(Generate, WatchRegeneratesDependentOutputs) {
     dropPrivileges();
@@ -547,35 +551,20 @@ TEST(Generate, WatchRegeneratesDependentOutputs) {
         SCOPED_TRACE(row.name);
         const Project project;
         outputOf(row.prepare);
-        BackgroundProgram running{project.directory.path(), watching};
-        expectSteps(running, row);
+        ChildProcess running{watching};
+        waitUntil([&] { return readFile("error").find(row.ready) != std::string::npos; });
+        for (const Step& step : row.steps) {
+            outputOf(step.command);
+            waitUntil([&] { return fs::exists(step.file) && readFile(step.file) == step.content; });
+        }
         EXPECT_EQ(running.stop({SIGTERM}), 0);
     }
 }
 
-TEST(Generate, WatchFollowsGeneratedData) {
-    const Project project;
-    saveChain();
-    BackgroundProgram running{project.directory.path(), watching};
-    const std::string chain = "wrote in/made.json\nwrote in/last.txt\n";
-    expectSteps(running,
-                {"",
-                 "",
-                 "watching 1 directories\n",
-                 {{saving("in/first.json", first("second")), "in/last.txt", "name=second;"},
-                  {saving("in/each.tmpl", "{{ @value }}"), "in/last.txt", "second"},
-                  {"", "program.output", chain + chain + "wrote in/last.txt\n"},
-                  {"", "program.error", "watching 1 directories\n"}}});
-}
-
 TEST(Generate, PollTakesNoKernelWatches) {
     const Project project;
-    const ChildProcess running{"echo $$ > id; exec " + program +
-                               "--watch --poll in/manifest.json > program.output 2> program.error"};
-    waitUntil([] {
-        return fs::exists("program.error") &&
-               readFile("program.error") == "comparing the files once a second\n";
-    });
+    const ChildProcess running{watching + " --poll"};
+    waitUntil([] { return readFile("error") == "comparing the files once a second\n"; });
     EXPECT_EQ(outputOf("cat /proc/$(cat id)/fdinfo/* | grep -c 'inotify wd'"), "0\n");
     save("item.tmpl", "[{{ name }}]");
     waitUntil([] { return content("list.txt") == "[i][second]"; });
@@ -584,11 +573,11 @@ TEST(Generate, PollTakesNoKernelWatches) {
 /* The template is replaced without a pause as long as a tick. */
 TEST(Generate, WatchUpdatesDuringEndlessSaves) {
     const Project project;
-    const BackgroundProgram running{project.directory.path(), watching};
-    waitUntil([&] { return !running.error().empty(); });
+    const ChildProcess running{watching};
+    waitUntil([&] { return !readFile("error").empty(); });
     const ChildProcess writer{
         "while :; do i=$((i + 1)); echo $i > in/t; mv in/t in/item.tmpl; done"};
-    waitUntil([&] { return running.output().rfind("wrote in/list.txt") > allButRegion.size(); });
+    waitUntil([&] { return readFile("output").rfind("wrote in/list.txt") > allButRegion.size(); });
 }
 
 /* A pipe delays reading the manifest until another one is saved. */
@@ -596,7 +585,7 @@ TEST(Generate, WatchRereadsAManifestSavedDuringARead) {
     const Project project;
     fs::remove("in/manifest.json");
     ASSERT_EQ(mkfifo("in/manifest.json", 0600), 0);
-    BackgroundProgram running{project.directory.path(), watching};
+    ChildProcess running{watching};
     for (const std::string file : {"at the start", "later"}) {
         int pipe = -1;
         waitUntil([&] { return (pipe = open("in/manifest.json", O_WRONLY | O_NONBLOCK)) != -1; });
@@ -612,18 +601,19 @@ TEST(Generate, WatchRereadsAManifestSavedDuringARead) {
 /* Retries if it is delayed for longer than a tick, which splits the burst. */
 TEST(Generate, ABurstOfSavesIsOneUpdate) {
     const Project project;
-    runProgram({"generate", "in/manifest.json"});
+    generate();
     int saves = 0;
     waitUntil([&] {
-        BackgroundProgram running{project.directory.path(), watching};
-        waitUntil([&] { return !running.error().empty(); });
+        writeFile("error", "");
+        ChildProcess running{watching};
+        waitUntil([&] { return !readFile("error").empty(); });
         const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds{200};
         for (int i = 0; i < 50 || std::chrono::steady_clock::now() < end; ++i) {
             replace("item.tmpl", std::to_string(++saves) + ';');
         }
         const std::string last = std::to_string(saves) + ';';
         waitUntil([&] { return content("list.txt") == last + last; });
-        return running.stop({SIGTERM}) == 0 && running.output() == "wrote in/list.txt\n";
+        return running.stop({SIGTERM}) == 0 && readFile("output") == "wrote in/list.txt\n";
     });
 }
 
@@ -638,7 +628,7 @@ TEST(Generate, OutputsAreReplacedAtomically) {
     save("first.json", first("-1", only));
     fs::rename("in", "z");
     fs::create_symlink("z", "in");
-    BackgroundProgram running{project.directory.path(), watching};
+    ChildProcess running{watching};
     for (int burst = 0; burst != 1000 && !HasFatalFailure(); burst += 100) {
         std::ifstream opened{"in/whole.txt"};
         ChildProcess writer{[&] {

@@ -1,7 +1,5 @@
-#include <cmath>
 #include <csignal>
 #include <cstdarg>
-#include <random>
 
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -9,9 +7,10 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include "Documents.h"
+#include "DocumentScope.h"
 #include "Files.h"
-#include "Program.h"
+#include "Json.h"
+#include "Processes.h"
 #include "Support.h"
 #include "Tree.h"
 
@@ -59,7 +58,8 @@ constexpr std::pair<const char*, const char*> files[]{
      "{\"name\": \"Attic\", \"open\": true, \"scale\": 1.2399,\n \"parts\": [{\"id\": 7}]}\n"},
     {"more.json", "{\"name\": \"Cellar\", \"depth\": 2.5}"},
     {"numbers.json", "[0.30000000000000004, 1e23, -0, -0.0, 1e-400, 1.0, 5e-324, 1e21, 1e22, "
-                     "18446744073709551615, -9223372036854775808, 0.000001]"},
+                     "18446744073709551615, -9223372036854775808, 0.000001, "
+                     "2.2250738585072011e-308, 1.7976931348623157e308, -123456789012345.67]"},
     {"good.tmpl", "{{ name }}: {{ depth }}{{ if open }} (open){{ end }}\n"},
     {"undefined.tmpl", "text {{ no.such.name }}\n"},
     {"syntax.tmpl", "text {{ name\n"},
@@ -108,7 +108,8 @@ TEST_F(HostCommandTest, Prints) {
         {"json scene.json --pointer /parts --raw --compact", "[{\"id\":7}]\n"},
         {"json numbers.json --compact",
          "[0.30000000000000004,1e23,-0,-0.0,0.0,1.0,5e-324,1e21,1e22,"
-         "18446744073709551615,-9223372036854775808,0.000001]\n"},
+         "18446744073709551615,-9223372036854775808,0.000001,"
+         "2.225073858507201e-308,1.7976931348623157e308,-123456789012345.67]\n"},
         {"json --set /a/b~1c=null more.json --pointer /a", "{\n    \"b/c\": null\n}\n"},
         {"json more.json --set /x=null --set /x/y/z=0.1 --pointer /x/y/z", "0.1\n"},
         {"json more.json --set '#/name%00x=1' --pointer /name", "\"Cellar\"\n"},
@@ -222,6 +223,50 @@ TEST_F(HostCommandTest, ReportsErrorsInADocument) {
     EXPECT_EQ(run("render line --data -", "printf 18446744073709551616 | "), "Twoexit 0\n");
 }
 
+/* Characters of two bytes. */
+std::string letters(const int count) {
+    std::string text;
+    for (int i = 0; i != count; ++i) {
+        text += "é";
+    }
+    return text;
+}
+
+TEST_F(HostCommandTest, Searches) {
+    makeTree(directory.path(), {"d/.h/Two", "d/link -> ../lines", "d/up -> ..", "link -> d"});
+    outputOf("mkfifo d/fifo");
+    writeFile("./aaa", "aaa\r\n");
+    writeFile("d/a\nb", "\x1b[1m\ttwo");
+    writeFile("d/binary", "two" + std::string(8188, 'x') + '\0');
+    writeFile("d/text", std::string(8192, '\n') + "two\0"s);
+    writeFile("./long", letters(500) + "<two>_" + letters(500) + "end\n" + std::string(300, '+'));
+    const std::pair<const char*, std::string> rows[]{
+        {"two lines aaa d/.h/Two", "lines:2:1: Two two\nd/.h/Two:1:6: d/.h/Two\nexit 0\n"},
+        {"--all two lines",
+         "lines:2:1: Two two\nlines:2:5: Two two\nlines:4:12: no newline tWO\nexit 0\n"},
+        {"--all aa aaa", "aaa:1:1: aaa\nexit 0\n"},
+        {"'TWO\n\nN' lines", "lines:2:5: Two two\nexit 0\n"},
+        {"two d", "d/.h/Two:1:6: d/.h/Two\nd/a\\x0ab:1:6: \x1b[1m\ttwo\nd/text:8193:1: two" +
+                      "\0\nexit 0\n"s},
+        {"h/t link", "link/.h/Two:1:4: d/.h/Two\nexit 0\n"},
+        {"'<TWO>_' long", "long:1:1001: " + letters(48) + "<two>_" + letters(48) + "\nexit 0\n"},
+        {"END long", "long:1:2007: " + letters(98) + "end\nexit 0\n"},
+        {"$(printf %0201d | tr 0 +) long", "long:2:1: " + std::string(200, '+') + "\nexit 0\n"},
+        {"two - < lines", "standard input:2:1: Two two\nexit 0\n"},
+        {"three d lines", "exit 1\n"},
+        {"two none lines",
+         "vespermoor-utils: none: No such file or directory\nlines:2:1: Two two\nexit 2\n"},
+    };
+    for (const auto& [arguments, printed] : rows) {
+        EXPECT_EQ(run("search "s + arguments), printed);
+    }
+    /* On a terminal there are colours, and no other codes. */
+    writeFile("./f", "\x1b[1m\tTwo\r\n");
+    EXPECT_EQ(
+        outputOf("TERM=xterm script -qec \"'" VESPERMOOR_PROGRAM "' search two f\" /dev/null"),
+        "\x1b[35mf\x1b[m:\x1b[32m1\x1b[m:6: \\x1b[1m\t\x1b[31mTwo\x1b[m\r\n");
+}
+
 TEST_F(HostCommandTest, WrongUsage) {
     const Row rows[]{
         {"jsno more.json", "Unknown command jsno; did you mean json?"},
@@ -234,6 +279,7 @@ TEST_F(HostCommandTest, WrongUsage) {
         {"json more.json --set name=1", "--set: name is no JSON Pointer"},
         {"json more.json --delete ''", "--delete: the root cannot be deleted"},
         {"render - --data -", "-: standard input can be read only once"},
+        {"search '' lines", "TEXT: the text is empty"},
     };
     for (const Row& row : rows) {
         EXPECT_EQ(run(row.arguments), "vespermoor-utils: "s + row.printed +
@@ -241,27 +287,23 @@ TEST_F(HostCommandTest, WrongUsage) {
     }
 }
 
-TEST(HostDocumentsTest, KeepsNumbersExactly) {
-    std::mt19937_64 random{1};
-    std::string json = "[0";
-    for (int i = 0; i != 20000; ++i) {
-        const std::uint64_t bits = random();
-        double number = 0.0;
-        std::memcpy(&number, &bits, sizeof(number));
-        char text[32];
-        std::snprintf(text, sizeof(text), ",%.*g", 15 + i % 3, number);
-        json += std::abs(number) < 1e308 ? text : "";
+TEST(DocumentScopeTest, FollowsPaths) {
+    rapidjson::Document document = parse(R"({"": {"x": "below"}, "a/b": "slash",
+        "list": ["first", {"item1": "a", "item2": "b", "atem2": "c"}]})");
+    const std::pair<const char*, const char*> rows[]{
+        {"/x", "below"},     {"list/0", "first"},   {"list/1/item2", "b"},    {"list/2", nullptr},
+        {"list/-", nullptr}, {"list/+0", nullptr},  {"list/00", nullptr},     {"list/0x", nullptr},
+        {"list/", nullptr},  {"list/0/x", nullptr}, {"list/1/item", nullptr}, {"a/b", nullptr},
+        {"x/y", nullptr},
+    };
+    for (const auto& [path, expected] : rows) {
+        auto place = Host::DocumentScope{document}.member(path);
+        EXPECT_EQ(place->exists(), expected != nullptr) << path;
+        EXPECT_EQ(text(place->asString()), expected ? expected : "") << path;
     }
-    const rapidjson::Document document =
-        Host::parseDocument("", view(json + "]"), Host::Numbers::Exact);
-    const rapidjson::StringBuffer printed = Host::printExactly(document, {});
-    const char *before = json.data() + 1, *after = printed.GetString() + 1;
-    for (rapidjson::SizeType i = 0; i != document.Size(); ++i, ++before, ++after) {
-        char *endBefore, *endAfter;
-        EXPECT_EQ(std::strtod(before, &endBefore), std::strtod(after, &endAfter));
-        before = endBefore;
-        after = endAfter;
-    }
+    /* Missing steps are created one after the other. */
+    Host::DocumentScope{document}.member("new")->member("n1/n2")->mutableValue().SetInt(7);
+    EXPECT_EQ(compact(document["new"]), R"({"n1":{"n2":7}})");
 }
 
 /* The real program, copied into a tree like that of an installation, which is @. */

@@ -5,7 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "Program.h"
+#include "Processes.h"
 #include "Support.h"
 #include "Tree.h"
 
