@@ -8,12 +8,6 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define __SANITIZE_ADDRESS__ 1
-#endif
-#endif
-
 namespace VespermoorEngine::Test::SystemCalls {
 
 std::function<void(const std::string&)> aroundKernelWatch;
@@ -94,11 +88,12 @@ int inotify_add_watch(const int fd, const char* const path, const std::uint32_t 
     return descriptor;
 }
 
-#ifdef __SANITIZE_ADDRESS__
-/* Declared here, since g++ lacks the header of its sanitizer. */
-int __sanitizer_install_malloc_and_free_hooks(void (*)(const volatile void*, std::size_t),
-                                              void (*)(const volatile void*));
-#else
+/* The address sanitizer calls this, instead of the function below. */
+void __sanitizer_malloc_hook(const volatile void*, std::size_t) { // NOLINT
+    ++allocations;
+}
+
+#ifndef __SANITIZE_ADDRESS__
 void* __libc_malloc(std::size_t size);
 
 void* malloc(const std::size_t size) {
@@ -108,8 +103,3 @@ void* malloc(const std::size_t size) {
 #endif
 }
 #pragma GCC visibility pop
-
-#ifdef __SANITIZE_ADDRESS__
-[[maybe_unused]] static const int hooks = __sanitizer_install_malloc_and_free_hooks(
-    [](const volatile void*, std::size_t) { ++allocations; }, [](const volatile void*) {});
-#endif

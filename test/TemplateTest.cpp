@@ -1,7 +1,5 @@
 #include "VespermoorEditor/Utils/Template.h"
 
-#include <deque>
-
 #include "Json.h"
 #include "Support.h"
 #include "VespermoorEditor/Utils/JsonObject.h"
@@ -13,22 +11,34 @@ using namespace Corrade::Containers::Literals;
 using Containers::StringView;
 using testing::ElementsAre;
 
-/* A value that is only read, or none. */
+/* The lookups so far: the letter of the scope and the path. */
+std::vector<std::string> asked;
+
+/* A value that is only read, or none. All accessors share the value that they return. */
 class Place : public JsonObject {
 public:
-    explicit Place(const rapidjson::Value* const found) : found{found} {}
+    explicit Place(const rapidjson::Value* const found, std::string letter = "")
+        : found{found}, letter{std::move(letter)} {}
 
     bool exists() override { return found; }
     Containers::Pointer<JsonObject> member(const StringView path) override {
+        EXPECT_EQ(path.flags(), Containers::StringViewFlag::NullTerminated);
+        EXPECT_EQ(path.data()[path.size()], '\0');
+        asked.push_back(letter + text(path));
         const rapidjson::Pointer pointer{('/' + text(path)).data()};
-        return Containers::Pointer<Place>{Corrade::InPlaceInit, pointer.Get(*found)};
+        return Containers::Pointer<Place>{Corrade::InPlaceInit, pointer.Get(*found), letter};
     }
     rapidjson::MemoryPoolAllocator<rapidjson::CrtAllocator>& allocator() override { std::abort(); }
-    const rapidjson::Value& value() const override { return *found; }
+    const rapidjson::Value& value() const override {
+        static rapidjson::Document shared;
+        shared.CopyFrom(*found, shared.GetAllocator());
+        return shared;
+    }
     rapidjson::Value& mutableValue() override { std::abort(); }
 
 private:
     const rapidjson::Value* found;
+    std::string letter;
 };
 
 /* The names that the tables use. */
@@ -169,53 +179,22 @@ TEST(TemplateTest, HasEvalComparesTheFirstTokenAsWritten) {
     }
 }
 
-/* The lookups in scopes, and the latest text of the one value that all accessors share. */
-struct Record {
-    std::deque<std::string> asked;
-    rapidjson::Value latest;
-};
-
-/* A scope with one name. */
-class RecordingScope : public JsonObject {
-public:
-    RecordingScope(Record& record, std::string letter, std::string name, const bool found = true)
-        : record{record}, letter{std::move(letter)}, name{std::move(name)}, found{found} {}
-
-    bool exists() override { return found; }
-    Containers::Pointer<JsonObject> member(const StringView path) override {
-        EXPECT_EQ(path.flags(), Containers::StringViewFlag::NullTerminated);
-        EXPECT_EQ(path.data()[path.size()], '\0');
-        const std::string& entry = record.asked.emplace_back(letter + text(path));
-        record.latest.SetString(entry.data(), rapidjson::SizeType(entry.size()));
-        return Containers::Pointer<RecordingScope>{Corrade::InPlaceInit, record, letter, name,
-                                                   text(path) == name};
-    }
-    rapidjson::MemoryPoolAllocator<rapidjson::CrtAllocator>& allocator() override { std::abort(); }
-    const rapidjson::Value& value() const override { return record.latest; }
-    rapidjson::Value& mutableValue() override { std::abort(); }
-
-private:
-    Record& record;
-    std::string letter, name;
-    bool found;
-};
-
 TEST(TemplateTest, FirstScopeWithTheNameGivesTheValue) {
-    Record record;
-    RecordingScope a{record, "A:", "x/y"};
-    RecordingScope b{record, "B:", "z"};
-    RecordingScope c{record, "C:", "z"};
-    EXPECT_EQ(text(Template{"{{ x.y }} {{ z }}"}.render({a, b, c})), "A:x/y B:z");
-    EXPECT_THAT(record.asked, ElementsAre("A:x/y", "A:z", "B:z"));
+    const rapidjson::Document first = parse(R"({"x": {"y": "1"}})");
+    const rapidjson::Document second = parse(R"({"z": "2"})"), third = parse(R"({"z": "3"})");
+    Place a{&first, "A:"}, b{&second, "B:"}, c{&third, "C:"};
+    asked.clear();
+    EXPECT_EQ(text(Template{"{{ x.y }} {{ z }}"}.render({a, b, c})), "1 2");
+    EXPECT_THAT(asked, ElementsAre("A:x/y", "A:z", "B:z"));
 
     /* The text of the left operand outlives the lookup of the right one. */
     EXPECT_EQ(text(Template{"{{ z == x.y }} {{ z == z }}"}.render({a, b})), "false true");
 
-    record.asked.clear();
+    asked.clear();
     const Messages messages;
     EXPECT_EQ(text(Template{"a{{ .n. }}"}.render({a, b})), "");
     EXPECT_EQ(text(Template{"a{{ n }}"}.render({})), "");
-    EXPECT_THAT(record.asked, ElementsAre("A:/n/", "B:/n/"));
+    EXPECT_THAT(asked, ElementsAre("A:/n/", "B:/n/"));
     EXPECT_EQ(messages.text(), "Template::render(): Undefined name .n.\n"
                                "Template::render(): Undefined name n\n");
 }
