@@ -1,9 +1,10 @@
 /* Making ten thousand files from one manifest, compared with the least that a plain tool does for
    it: it reads every input once, and writes every file by temporary file and rename, in directories
-   that exist. It neither parses nor renders, and does not look for links and old files. */
+   that exist. It neither parses nor renders, and does not look for links and old files. The files
+   are in memory, where 500,000 renderings and the manifest are most of the work; a disk would
+   decide both times. */
 
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -19,6 +20,7 @@
 #include "Files.h"
 #include "Generator.h"
 #include "Ratios.h"
+#include "Tree.h"
 
 namespace {
 
@@ -31,9 +33,7 @@ constexpr int templateCount = 20;
 
 /* A manifest with its data and templates, in a directory that is removed when the program ends. */
 struct Project {
-    Project() : directory{fs::temp_directory_path() / "vespermoor-bench-XXXXXX"} {
-        std::string pattern = directory;
-        directory = mkdtemp(pattern.data());
+    Project() {
         std::string manifest = "{\"outputs\": [";
         for (int i = 0; i != outputCount; ++i) {
             manifest += std::string{i == 0 ? "" : ","} + "{\"file\": \"" + outputName(i) +
@@ -51,7 +51,6 @@ struct Project {
                       ": {{ name }}{{ if visible }}, visible{{ end }}\n");
         }
     }
-    ~Project() { fs::remove_all(directory); }
 
     static std::string outputName(const int i) { return "output" + std::to_string(i) + ".txt"; }
 
@@ -66,10 +65,10 @@ struct Project {
     }
 
     void write(const std::string& name, const std::string& content) const {
-        std::ofstream{directory / name} << content;
+        std::ofstream{path(name)} << content;
     }
 
-    std::string path(const std::string& name) const { return directory / name; }
+    std::string path(const std::string& name) const { return directory.path() + "/" + name; }
 
     void removeOutputs() const {
         for (int i = 0; i != outputCount; ++i) {
@@ -77,7 +76,7 @@ struct Project {
         }
     }
 
-    fs::path directory;
+    const VespermoorEngine::Bench::Tree directory{VespermoorEngine::Bench::Place::Memory, 1, 0};
 };
 
 const Project& project() {
@@ -153,7 +152,8 @@ BENCHMARK(readAndWrite)->Unit(benchmark::kMillisecond);
 int main(int argc, char** argv) {
     return VespermoorEngine::Bench::run(
         argc, argv,
-        {{"`generate`, 10,000 files", "reading and writing them", "generateAll", "readAndWrite"},
+        {{"`generate`, 10,000 files", "reading and writing them", "generateAll", "readAndWrite",
+          1.5},
          {"`generate`, 10,000 current files", "reading and writing them", "generateNothing",
           "readAndWrite"}});
 }
