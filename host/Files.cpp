@@ -30,6 +30,12 @@ constexpr int maxLinks = 40;
     throw Failure{path, std::strerror(error)};
 }
 
+/* Unlike that of the standard library, does not split the path. */
+bool isLink(const std::string& path) {
+    struct stat status {};
+    return lstat(path.data(), &status) == 0 && S_ISLNK(status.st_mode);
+}
+
 /* Holds signals back that end the process, so that it does not leave its temporary file. */
 class SignalsHeld {
 public:
@@ -90,43 +96,62 @@ private:
     int number;
 };
 
+/* The name of a temporary file, which is deleted unless it was renamed. */
+class TemporaryName {
+public:
+    TemporaryName() = default;
+    ~TemporaryName() {
+        if (!name.empty()) {
+            unlink(name.data());
+        }
+    }
+    TemporaryName(const TemporaryName&) = delete;
+    TemporaryName& operator=(const TemporaryName&) = delete;
+
+    /* Returns 0 or the system's error. */
+    int rename(const std::string& path) {
+        if (::rename(name.data(), path.data()) != 0) {
+            return errno;
+        }
+        name.clear();
+        return 0;
+    }
+
+    /* Empty while there is no file. */
+    std::string name;
+
+private:
+    SignalsHeld held;
+};
+
 /* Replaces the file `path` in two steps: the content goes to a file without a name, or with a
    temporary one if the file system has no other, and that then becomes `path`. */
 class Replacement {
 public:
     /* `replaced` is the file that exists there, if any. */
-    Replacement(const std::string& path, const struct stat* const replaced,
+    Replacement(std::string path, const struct stat* const replaced,
                 const MissingDirectories missing)
-        : path{path}, directory{parentOf(path)}, replaced{replaced}, missing{missing} {}
-
-    ~Replacement() {
-        if (!temporary.empty()) {
-            unlink(temporary.data());
-        }
-    }
-
-    Replacement(const Replacement&) = delete;
-    Replacement& operator=(const Replacement&) = delete;
+        : path{std::move(path)},
+          directory{parentOf(this->path)},
+          replaced{replaced},
+          missing{missing} {}
 
     /* Returns 0 or the system's error. */
-    int write(Containers::StringView content);
+    int write(Containers::StringView content) const;
 
 private:
     int openUnnamed() const;
-    int writeNamed(Containers::StringView content);
+    int writeNamed(Containers::StringView content) const;
     int fill(int file, Containers::StringView content) const;
-    int link(int file);
-    int rename();
+    int link(int file) const;
 
-    SignalsHeld held;
     std::string path;
     std::string directory;
     const struct stat* replaced;
     MissingDirectories missing;
-    std::string temporary;
 };
 
-int Replacement::write(const Containers::StringView content) {
+int Replacement::write(const Containers::StringView content) const {
     if (replaced && faccessat(AT_FDCWD, path.data(), W_OK, AT_EACCESS) != 0) {
         return errno;
     }
@@ -155,18 +180,19 @@ int Replacement::openUnnamed() const {
     return open(directory.data(), O_TMPFILE | O_WRONLY | O_CLOEXEC, replaced ? 0600 : 0666);
 }
 
-int Replacement::writeNamed(const Containers::StringView content) {
+int Replacement::writeNamed(const Containers::StringView content) const {
+    TemporaryName temporary;
     std::string name = directory + "/.vespermoor-XXXXXX";
     const Descriptor file{mkostemp(name.data(), O_CLOEXEC)};
     if (file < 0) {
         return errno;
     }
-    temporary = name;
+    temporary.name = name;
     if (!replaced && fchmod(file, defaultMode()) != 0) {
         return errno;
     }
     const int error = fill(file, content);
-    return error ? error : rename();
+    return error ? error : temporary.rename(path);
 }
 
 int Replacement::fill(const int file, const Containers::StringView content) const {
@@ -186,14 +212,18 @@ int Replacement::fill(const int file, const Containers::StringView content) cons
 }
 
 /* A name that exists cannot be linked to, so an old file is replaced by way of a temporary name. */
-int Replacement::link(const int file) {
-    const std::string own = "/proc/self/fd/" + std::to_string(file);
-    const auto linkTo = [&](const std::string& name) {
+int Replacement::link(const int file) const {
+    const auto linkTo = [file](const std::string& name) {
         /* The short way. Kernels before 6.10 have it only for root, and say ENOENT to others. */
-        const bool isLinked = linkat(file, "", AT_FDCWD, name.data(), AT_EMPTY_PATH) == 0 ||
-                              (errno == ENOENT && linkat(AT_FDCWD, own.data(), AT_FDCWD,
-                                                         name.data(), AT_SYMLINK_FOLLOW) == 0);
-        return isLinked ? 0 : errno;
+        if (linkat(file, "", AT_FDCWD, name.data(), AT_EMPTY_PATH) == 0) {
+            return 0;
+        }
+        if (errno != ENOENT) {
+            return errno;
+        }
+        const std::string own = "/proc/self/fd/" + std::to_string(file);
+        return linkat(AT_FDCWD, own.data(), AT_FDCWD, name.data(), AT_SYMLINK_FOLLOW) == 0 ? 0
+                                                                                           : errno;
     };
     if (!replaced) {
         const int error = linkTo(path);
@@ -201,6 +231,7 @@ int Replacement::link(const int file) {
             return error;
         }
     }
+    TemporaryName temporary;
     std::string name;
     int error = EEXIST;
     while (error == EEXIST) {
@@ -210,16 +241,8 @@ int Replacement::link(const int file) {
     if (error) {
         return error;
     }
-    temporary = name;
-    return rename();
-}
-
-int Replacement::rename() {
-    if (::rename(temporary.data(), path.data()) != 0) {
-        return errno;
-    }
-    temporary.clear();
-    return 0;
+    temporary.name = name;
+    return temporary.rename(path);
 }
 
 /* Returns 0 or the system's error. */
@@ -239,9 +262,9 @@ int writeInto(const std::string& path, const Containers::StringView content) {
 std::optional<int> descriptorAt(const std::string& path) {
     std::error_code error;
     const std::string own = "/proc/" + std::to_string(getpid()) + "/";
-    for (const fs::path& step : linkChain(path)) {
+    for (const std::string& step : linkChain(path)) {
         const fs::path directory = fs::canonical(parentOf(step), error);
-        const std::string name = step.filename();
+        const std::string name = fs::path{step}.filename();
         int number = 0;
         if (directory.filename() == "fd" && directory.string().compare(0, own.size(), own) == 0 &&
             std::from_chars(name.data(), name.data() + name.size(), number).ec == std::errc{}) {
@@ -268,7 +291,7 @@ public:
     bool isDirectory() const { return exists() && S_ISDIR(status.st_mode); }
     bool isStream() const { return descriptor || (exists() && !isRegular() && !isDirectory()); }
     /* The path without links. */
-    std::string end() const { return isLink ? linkChain(path).back().string() : path; }
+    std::string end() const { return isLink ? linkChain(path).back() : path; }
 
     std::string path;
     struct stat status {};
@@ -347,19 +370,60 @@ Containers::String readAll(const Containers::StringView name, const int descript
     return std::move(text).take();
 }
 
+/* Throws Failure. */
+void replace(const Target& target, const Containers::StringView content,
+             const MissingDirectories missing) {
+    int error = 0;
+    if (!target.exists() && target.error != ENOENT) {
+        error = target.error;
+    } else if (target.isDirectory()) {
+        error = EISDIR;
+    } else if (target.descriptor) {
+        error = writeAll(*target.descriptor, content);
+    } else if (target.isStream()) {
+        error = writeInto(target.path, content);
+    } else {
+        const struct stat* const replaced = target.exists() ? &target.status : nullptr;
+        error = Replacement{target.end(), replaced, missing}.write(content);
+    }
+    if (error) {
+        fail(target.path, error);
+    }
+}
+
+Held compare(const Target& target, const Containers::StringView content) {
+    if (target.isStream()) {
+        return Held::Stream;
+    }
+    if (!target.isRegular() || std::size_t(target.status.st_size) != content.size()) {
+        return Held::Other;
+    }
+    try {
+        return readFile(target.path) == content ? Held::Same : Held::Other;
+    } catch (const Failure&) {
+        return Held::Other;
+    }
+}
+
 } // namespace
 
-std::vector<fs::path> linkChain(const fs::path& path) {
-    std::vector<fs::path> chain{path};
+std::vector<std::string> linkChain(const std::string& path) {
+    std::vector<std::string> chain{path};
     std::error_code error;
-    for (int links = 0; links != maxLinks && fs::is_symlink(chain.back(), error); ++links) {
-        chain.push_back(chain.back().parent_path() / fs::read_symlink(chain.back(), error));
+    for (int links = 0; links != maxLinks && isLink(chain.back()); ++links) {
+        const fs::path link = chain.back();
+        chain.push_back(link.parent_path() / fs::read_symlink(link, error));
     }
     return chain;
 }
 
-std::string parentOf(const fs::path& path) {
-    return path.has_parent_path() ? path.parent_path().string() : ".";
+std::string parentOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos) {
+        return ".";
+    }
+    const std::size_t last = path.find_last_not_of('/', slash);
+    return last == std::string::npos ? "/" : path.substr(0, last + 1);
 }
 
 Containers::String readFile(const Containers::StringView path) {
@@ -379,41 +443,21 @@ Input readInput(const Containers::StringView path) {
 
 void replaceFile(const Containers::StringView path, const Containers::StringView content,
                  const MissingDirectories missing) {
-    const Target target{path};
-    if (!target.exists() && target.error != ENOENT) {
-        fail(path, target.error);
-    }
-    if (target.isDirectory()) {
-        fail(path, EISDIR);
-    }
-    int error = 0;
-    if (target.descriptor) {
-        error = writeAll(*target.descriptor, content);
-    } else if (target.isStream()) {
-        error = writeInto(target.path, content);
-    } else {
-        error =
-            Replacement{target.end(), target.exists() ? &target.status : nullptr, missing}.write(
-                content);
-    }
-    if (error) {
-        fail(path, error);
-    }
+    replace(Target{path}, content, missing);
 }
 
 Held compareFile(const Containers::StringView path, const Containers::StringView content) {
+    return compare(Target{path}, content);
+}
+
+Held replaceIfDifferent(const Containers::StringView path, const Containers::StringView content,
+                        const MissingDirectories missing) {
     const Target target{path};
-    if (target.isStream()) {
-        return Held::Stream;
+    const Held before = compare(target, content);
+    if (before != Held::Same) {
+        replace(target, content, missing);
     }
-    if (!target.isRegular() || std::size_t(target.status.st_size) != content.size()) {
-        return Held::Other;
-    }
-    try {
-        return readFile(path) == content ? Held::Same : Held::Other;
-    } catch (const Failure&) {
-        return Held::Other;
-    }
+    return before;
 }
 
 bool isStream(const Containers::StringView path) {

@@ -1,7 +1,6 @@
 #ifndef Vespermoor_Host_Files_h
 #define Vespermoor_Host_Files_h
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -21,10 +20,10 @@ constexpr const char* standardStream = "-";
  *
  * A read or a write of @p path ends at the last one, even if nothing exists there yet.
  */
-std::vector<std::filesystem::path> linkChain(const std::filesystem::path& path);
+std::vector<std::string> linkChain(const std::string& path);
 
 /** @brief The directory that holds the entry @p path. */
-std::string parentOf(const std::filesystem::path& path);
+std::string parentOf(const std::string& path);
 
 /**
  * @brief Content of the file @p path; throws @ref Failure with the system's reason.
@@ -70,6 +69,10 @@ enum class Held {
 
 /** @brief Compares the file @p path, which need not exist, with @p content. */
 Held compareFile(Containers::StringView path, Containers::StringView content);
+
+/** @brief @ref replaceFile() if @p path does not hold @p content; returns what it held before. */
+Held replaceIfDifferent(Containers::StringView path, Containers::StringView content,
+                        MissingDirectories missing);
 
 /**
  * @brief Whether @p path is a device, a pipe or a descriptor of this process, so that nothing that

@@ -63,10 +63,10 @@ struct Generator::ElementList {
 
 Generator::Generator(const std::string& path) : files{inOrder(path, readManifest(path))} {
     for (std::size_t i = 0; i != files.size(); ++i) {
-        stale.insert(i);
+        stale.insert(stale.end(), i);
         outputsByPath.emplace(files[i].path, i);
         for (const std::string& input : files[i].inputs()) {
-            dependents[input].insert(i);
+            dependents[input].push_back(i);
         }
     }
 }
@@ -139,14 +139,10 @@ void Generator::updateFile(const OutputFile& file, const Mode mode, std::vector<
     const auto isOutOfDate = [&](const std::string& path) { return outOfDate.count(path) != 0; };
     const bool hasOldData = std::any_of(file.data.begin(), file.data.end(), isOutOfDate);
     const std::string content = hasOldData ? "" : render(file);
-    const Held held = compareFile(file.path, content);
-    if (held == Held::Same && !hasOldData) {
-        return;
-    }
-    if (mode == Mode::Write) {
-        replaceFile(file.path, content, MissingDirectories::Make);
-    }
-    if (held == Held::Stream) {
+    const Held held = mode == Mode::Write
+                          ? replaceIfDifferent(file.path, content, MissingDirectories::Make)
+                          : compareFile(file.path, content);
+    if (held == Held::Stream || (held == Held::Same && !hasOldData)) {
         return;
     }
     const bool isCompared = mode == Mode::Compare && !hasOldData;
@@ -211,11 +207,15 @@ std::string Generator::renderEach(const Rendering& rendering, const OutputFile& 
     NamedTemplate& source = compiled(rendering.templatePath);
     const ElementList list = findElements(rendering, file);
     std::string joined;
+    /* Enough for most outputs, which would otherwise grow to it in several steps. */
+    joined.reserve(4096);
     for (unsigned int i = 0; i != list.size(); ++i) {
         const Containers::Pair<Containers::StringView, rapidjson::Value*> child =
             RapidJsonUtils::getSubValue(list.value, i);
         ElementScope scope{list.owner, *child.second(), child.first()};
-        joined += i == 0 ? "" : rendering.separator;
+        if (i != 0) {
+            joined += rendering.separator;
+        }
         try {
             const Containers::String rendered =
                 Host::render(source, scopes.withElement(scope), errors);

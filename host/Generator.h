@@ -2,9 +2,9 @@
 #define Vespermoor_Host_Generator_h
 
 #include <functional>
-#include <map>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include <VespermoorEditor/Utils/RapidJson.h>
@@ -45,8 +45,8 @@ public:
     }
 
 private:
-    std::map<std::string, Input> inputs;
-    std::map<std::string, std::string> failures;
+    std::unordered_map<std::string, Input> inputs;
+    std::unordered_map<std::string, std::string> failures;
 };
 
 /**
@@ -140,8 +140,8 @@ private:
     /* Data files that are outputs and that a check found out of date. */
     std::set<std::string> outOfDate;
     /* The outputs that are made from each input, and the output at each path, by index. */
-    std::map<std::string, std::set<std::size_t>> dependents;
-    std::map<std::string, std::size_t> outputsByPath;
+    std::unordered_map<std::string, std::vector<std::size_t>> dependents;
+    std::unordered_map<std::string, std::size_t> outputsByPath;
 
     InputCache<rapidjson::Document> documents;
     InputCache<NamedTemplate> templates;

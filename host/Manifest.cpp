@@ -7,7 +7,6 @@
 
 #include <Corrade/Containers/String.h>
 #include <Corrade/Containers/StringStl.h>
-#include <Corrade/Utility/Path.h>
 #include <VespermoorEditor/Utils/RapidJsonUtils.h>
 
 #include "Documents.h"
@@ -102,7 +101,8 @@ std::string Entry::path() const {
                     [](const unsigned char c) { return std::iscntrl(c); })) {
         fail("Control byte in a path");
     }
-    return Corrade::Utility::Path::join(Corrade::Utility::Path::split(manifest).first(), relative);
+    return relative.front() == '/' ? relative
+                                   : manifest.substr(0, manifest.rfind('/') + 1) + relative;
 }
 
 /* Excludes the form that begins with #, which is for URIs. */

@@ -11,7 +11,7 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <map>
+#include <unordered_map>
 #include <utility>
 
 #include "Failure.h"
@@ -31,11 +31,11 @@ using Relation = std::vector<std::set<std::size_t>>;
 }
 
 /* The index of the output at each real path. */
-std::map<std::string, std::size_t> outputsByPath(const std::string& manifest,
-                                                 const std::vector<OutputFile>& outputs,
-                                                 RealPaths& paths) {
+std::unordered_map<std::string, std::size_t> outputsByPath(const std::string& manifest,
+                                                           const std::vector<OutputFile>& outputs,
+                                                           RealPaths& paths) {
     const std::string own = paths.file(manifest);
-    std::map<std::string, std::size_t> found;
+    std::unordered_map<std::string, std::size_t> found;
     for (std::size_t i = 0; i != outputs.size(); ++i) {
         const std::string path = paths.file(outputs[i].path);
         if (path == own) {
@@ -52,7 +52,8 @@ std::map<std::string, std::size_t> outputsByPath(const std::string& manifest,
 /* The outputs that each output is made from. */
 Relation findSources(const std::string& manifest, std::vector<OutputFile>& outputs) {
     RealPaths paths;
-    const std::map<std::string, std::size_t> made = outputsByPath(manifest, outputs, paths);
+    const std::unordered_map<std::string, std::size_t> made =
+        outputsByPath(manifest, outputs, paths);
     Relation sources(outputs.size());
     for (std::size_t i = 0; i != outputs.size(); ++i) {
         for (const std::string& path : outputs[i].templates()) {

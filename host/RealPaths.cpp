@@ -33,7 +33,8 @@ std::string RealPaths::entry(const std::string& path) {
     if (isNew) {
         directory->second = resolveDirectory(directory->first);
     }
-    return fs::path{directory->second} / fs::path{path}.filename();
+    const std::string& real = directory->second;
+    return real + (real.back() == '/' ? "" : "/") + path.substr(path.rfind('/') + 1);
 }
 
 } // namespace VespermoorEngine::Host

@@ -1,8 +1,8 @@
 #ifndef Vespermoor_Host_RealPaths_h
 #define Vespermoor_Host_RealPaths_h
 
-#include <map>
 #include <string>
+#include <unordered_map>
 
 namespace VespermoorEngine::Host {
 
@@ -23,8 +23,8 @@ public:
     std::string entry(const std::string& path);
 
 private:
-    std::map<std::string, std::string> files;
-    std::map<std::string, std::string> directories;
+    std::unordered_map<std::string, std::string> files;
+    std::unordered_map<std::string, std::string> directories;
 };
 
 } // namespace VespermoorEngine::Host

@@ -148,6 +148,10 @@ std::string PrintedErrors::takeReason() {
 
 Containers::String render(NamedTemplate& source, const ScopeList scopes, PrintedErrors& errors) {
     Containers::String result = source.compiled->render(scopes);
+    /* A failure leaves nothing. This is the quick test. */
+    if (!result.isEmpty()) {
+        return result;
+    }
     const std::string reason = errors.takeReason();
     if (!reason.empty()) {
         const std::size_t offset = findFailure(source, scopes, reason);

@@ -379,8 +379,10 @@ TEST(HostFilesTest, NoSignalLeavesATemporaryFile) {
         int signalAtMode, signalAtRename;
         std::string content;
     } rows[]{
-        {true, SIGKILL, 0, "file"}, {true, SIGTERM, 0, "new"}, {true, 0, SIGTERM, "new"},
-        {false, SIGTERM, 0, "new"}, {false, 0, SIGHUP, "new"},
+        {true, SIGTERM, 0, "file"},
+        {true, 0, SIGTERM, "new"},
+        {false, SIGTERM, 0, "new"},
+        {false, 0, SIGHUP, "new"},
     };
     for (const auto& row : rows) {
         const TemporaryDirectory directory;
