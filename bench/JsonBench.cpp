@@ -1,5 +1,5 @@
 /* Reading and printing a scene document of about 5 MB, compared with RapidJSON used directly and
-   another library. */
+   another library; and the memory of the program for a document of 200 MB, compared with jq. */
 
 #include <cstdio>
 #include <cstdlib>
@@ -17,6 +17,7 @@
 #include <benchmark/benchmark.h>
 
 #include "Ratios.h"
+#include "Tree.h"
 
 #ifdef VESPERMOOR_WITH_NLOHMANN
 #include <nlohmann/json.hpp>
@@ -45,20 +46,27 @@ std::string makeScene() {
     return json + "\n]\n}\n";
 }
 
-/* A file that is removed when the program ends. */
+/* A file with an array of equal scenes, which is removed at the end. */
 struct SceneFile {
-    SceneFile() {
+    explicit SceneFile(const int count) {
         path = "/tmp/vespermoor-bench-XXXXXX";
         close(mkstemp(path.data()));
-        std::ofstream{path} << makeScene();
+        const std::string scene = makeScene();
+        std::ofstream file{path};
+        for (int i = 0; i != count; ++i) {
+            file << (i == 0 ? "[" : ",") << scene;
+        }
+        file << "]";
     }
     ~SceneFile() { std::remove(path.data()); }
+    SceneFile(const SceneFile&) = delete;
+    SceneFile& operator=(const SceneFile&) = delete;
 
     std::string path;
 };
 
 const std::string& scenePath() {
-    static const SceneFile file;
+    static const SceneFile file{1};
     return file.path;
 }
 
@@ -134,6 +142,25 @@ void printNlohmann(benchmark::State& state) {
 BENCHMARK(printNlohmann)->Unit(benchmark::kMillisecond);
 #endif
 
+/* Runs once, since the sizes hardly differ between runs and jq takes ten seconds. */
+void peakMemory(benchmark::State& state) {
+    using VespermoorEngine::Bench::peakMemoryOfProgram;
+    if (!VespermoorEngine::Bench::isInstalled("jq")) {
+        state.SkipWithError("jq is not installed");
+        return;
+    }
+    const SceneFile file{40};
+    for (auto _ : state) {
+        const auto peer = double(peakMemoryOfProgram({"jq", ".", file.path}));
+        state.counters["print"] =
+            double(peakMemoryOfProgram({VESPERMOOR_UTILS, "json", file.path})) / peer;
+        state.counters["set"] = double(peakMemoryOfProgram({VESPERMOOR_UTILS, "json", file.path,
+                                                            "--set", "/0/objects/0/id=1"})) /
+                                peer;
+    }
+}
+BENCHMARK(peakMemory)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(1);
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -143,5 +170,7 @@ int main(int argc, char** argv) {
           "parseRapidJson", 1.05},
          {"`parseJsonFile`", "nlohmann", "parseOurs", "parseNlohmann"},
          {"`jsonToString`", "RapidJSON's `PrettyWriter`", "printOurs", "printRapidJson", 1.1},
-         {"`jsonToString`", "nlohmann", "printOurs", "printNlohmann"}});
+         {"`jsonToString`", "nlohmann", "printOurs", "printNlohmann"},
+         {"peak memory of `json`, 200 MB", "jq", "peakMemory", "", 1.0, "print"},
+         {"of `json --set`", "jq, only printing", "peakMemory", "", 1.0, "set"}});
 }

@@ -8,6 +8,7 @@
 
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -83,12 +84,16 @@ bool isInstalled(const std::string& program) {
 }
 
 double runProgram(const std::vector<std::string>& arguments) {
-    return seconds([&] {
-        int status = 0;
-        if (waitpid(start(arguments), &status, 0) < 0 || status != 0) {
-            throw std::runtime_error{arguments[0] + " failed"};
-        }
-    });
+    return seconds([&] { peakMemoryOfProgram(arguments); });
+}
+
+std::size_t peakMemoryOfProgram(const std::vector<std::string>& arguments) {
+    int status = 0;
+    struct rusage usage {};
+    if (wait4(start(arguments), &status, 0, &usage) < 0 || status != 0) {
+        throw std::runtime_error{arguments[0] + " failed"};
+    }
+    return std::size_t(usage.ru_maxrss);
 }
 
 Program::Program(const std::vector<std::string>& arguments) : process{start(arguments)} {}

@@ -56,6 +56,14 @@ bool isInstalled(const std::string& program);
 /** @brief Runs a program to its end and returns the seconds that it took. */
 double runProgram(const std::vector<std::string>& arguments);
 
+/**
+ * @brief Runs a program to its end and returns its largest resident size in KiB.
+ *
+ * That of this process is the least that the kernel reports, since the program starts in its
+ * memory.
+ */
+std::size_t peakMemoryOfProgram(const std::vector<std::string>& arguments);
+
 /** @brief Program that runs in the background. */
 class Program {
 public:
