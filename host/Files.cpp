@@ -426,6 +426,15 @@ std::string parentOf(const std::string& path) {
     return last == std::string::npos ? "/" : path.substr(0, last + 1);
 }
 
+std::optional<Identity> identityOf(const std::string& directory) {
+    struct statx status {};
+    if (statx(AT_FDCWD, directory.data(), 0, STATX_INO | STATX_BTIME, &status) != 0) {
+        return std::nullopt;
+    }
+    return Identity{status.stx_dev_major, status.stx_dev_minor, status.stx_ino,
+                    std::uint64_t(status.stx_btime.tv_sec), status.stx_btime.tv_nsec};
+}
+
 Containers::String readFile(const Containers::StringView path) {
     const Descriptor file{open(std::string{path}.data(), O_RDONLY | O_CLOEXEC)};
     if (file < 0) {

@@ -1,6 +1,9 @@
 #ifndef Vespermoor_Host_Files_h
 #define Vespermoor_Host_Files_h
 
+#include <array>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,6 +27,16 @@ std::vector<std::string> linkChain(const std::string& path);
 
 /** @brief The directory that holds the entry @p path. */
 std::string parentOf(const std::string& path);
+
+/**
+ * @brief Device, inode and birth time of a directory.
+ *
+ * A new directory often gets the inode of the one deleted last.
+ */
+using Identity = std::array<std::uint64_t, 5>;
+
+/** @brief The identity of @p directory. Empty, with `errno` set, if the system cannot tell. */
+std::optional<Identity> identityOf(const std::string& directory);
 
 /**
  * @brief Content of the file @p path; throws @ref Failure with the system's reason.

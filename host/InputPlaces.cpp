@@ -5,7 +5,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include "Files.h"
 #include "RealPaths.h"
 
 namespace VespermoorEngine::Host {
@@ -48,16 +47,6 @@ InputPlaces::Stamp InputPlaces::stampOf(const std::string& file) {
             status.stx_ctime.tv_nsec};
 }
 
-/* The birth time too, since a new directory often gets the inode of the one deleted last. */
-InputPlaces::Stamp InputPlaces::identityOf(const std::string& directory) {
-    struct statx status {};
-    if (statx(AT_FDCWD, directory.data(), 0, STATX_INO | STATX_BTIME, &status) != 0) {
-        return {};
-    }
-    return {status.stx_dev_major, status.stx_dev_minor, status.stx_ino,
-            std::uint64_t(status.stx_btime.tv_sec), status.stx_btime.tv_nsec};
-}
-
 std::set<std::string> InputPlaces::takeChanged() {
     std::set<std::string> changed;
     for (auto& [file, stamp] : stamps) {
@@ -73,7 +62,7 @@ std::set<std::string> InputPlaces::takeChanged() {
 std::set<std::string> InputPlaces::directories() const {
     std::set<std::string> paths;
     for (const auto& [path, identity] : identities) {
-        if (identity != Stamp{}) {
+        if (identity) {
             paths.insert(path);
         }
     }

@@ -4,8 +4,11 @@
 #include <array>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
+
+#include "Files.h"
 
 namespace VespermoorEngine::Host {
 
@@ -40,15 +43,15 @@ public:
     std::set<std::string> inputsAt(const std::string& path) const;
 
 private:
-    /* Device, inode, and fields that differ when an inode is reused; all 0 if nothing exists. */
+    /* Device, inode, size and change time; all 0 if nothing exists. */
     using Stamp = std::array<std::uint64_t, 6>;
 
     static Stamp stampOf(const std::string& file);
-    static Stamp identityOf(const std::string& directory);
 
     std::map<std::string, Stamp> stamps;
+    /* The directories of the inputs, and which ones exist there. */
+    std::map<std::string, std::optional<Identity>> identities;
     /* The inputs at each absolute path without links. */
-    std::map<std::string, Stamp> identities;
     std::map<std::string, std::set<std::string>> inputsByPath;
 };
 

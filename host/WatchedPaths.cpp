@@ -14,7 +14,6 @@
 #include <Corrade/Containers/StringStl.h>
 #include <VespermoorEngine/Path.h>
 
-#include "Files.h"
 #include "LibraryMessages.h"
 
 namespace VespermoorEngine::Host {
@@ -166,16 +165,6 @@ std::vector<Change> WatchedPaths::takeChanges() {
 
 bool WatchedPaths::anyLeft() const {
     return std::any_of(roots.begin(), roots.end(), [](const Root& root) { return !root.gone; });
-}
-
-/* Empty, with `errno` set, if the system cannot tell. */
-std::optional<WatchedPaths::Identity> WatchedPaths::identityOf(const std::string& directory) {
-    struct statx status {};
-    if (statx(AT_FDCWD, directory.data(), 0, STATX_INO | STATX_BTIME, &status) != 0) {
-        return std::nullopt;
-    }
-    return Identity{status.stx_dev_major, status.stx_dev_minor, status.stx_ino,
-                    status.stx_btime.tv_sec, status.stx_btime.tv_nsec};
 }
 
 /* Empty if the directory is still there, or if the system cannot tell. */

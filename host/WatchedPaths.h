@@ -5,12 +5,12 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include <VespermoorEditor/Utils/FileWatch.h>
 
 #include "ErrorQueue.h"
+#include "Files.h"
 
 namespace VespermoorEngine::Host {
 
@@ -56,10 +56,6 @@ public:
     bool anyLeft() const;
 
 private:
-    /* Device, inode and birth time, since a new directory often gets the inode of the last deleted
-       one. */
-    using Identity =
-        std::tuple<std::uint32_t, std::uint32_t, std::uint64_t, std::int64_t, std::uint32_t>;
     struct Root {
         /* The path as the user gave it. */
         std::string name;
@@ -71,7 +67,6 @@ private:
         bool gone = false;
     };
 
-    static std::optional<Identity> identityOf(const std::string& directory);
     static std::optional<std::string> whyGone(const Root& root);
     void add(const std::string& name, const std::string& path);
     void hear(std::size_t position, Containers::StringView path, FileWatch::Event event);
