@@ -7,6 +7,8 @@ if(NOT VESPERMOOR_DEPENDENCIES MATCHES "^(auto|installed|standins|fetch)$")
         "it takes auto, installed, standins or fetch")
 endif()
 
+include(CheckTypeSize)
+
 # Sets `result` if Corrade and Magnum are installed and new enough. They have to be newer than
 # 2020.06, which has no Utility/Path.h; their version numbers do not tell the two apart.
 function(vespermoor_find_installed result)
@@ -79,6 +81,12 @@ endif()
 
 find_path(RAPIDJSON_INCLUDE_DIR rapidjson/document.h REQUIRED)
 message(STATUS "RapidJSON: ${RAPIDJSON_INCLUDE_DIR}")
+# All versions since 2016 call themselves 1.1.0, so the size of a class tells which one a host has.
+set(CMAKE_REQUIRED_INCLUDES ${RAPIDJSON_INCLUDE_DIR})
+set(CMAKE_EXTRA_INCLUDE_FILES rapidjson/allocators.h)
+check_type_size("rapidjson::MemoryPoolAllocator<>" VESPERMOOR_RAPIDJSON_ALLOCATOR_SIZE LANGUAGE CXX)
+unset(CMAKE_REQUIRED_INCLUDES)
+unset(CMAKE_EXTRA_INCLUDE_FILES)
 
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(UUID REQUIRED IMPORTED_TARGET uuid)

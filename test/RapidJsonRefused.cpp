@@ -10,6 +10,10 @@
 #define RAPIDJSON_ASSERT(x)
 #define RAPIDJSON_USE_MEMBERSMAP 1
 #include <rapidjson/document.h>
+#elif defined(REFUSED_VERSION)
+#include <VespermoorEngine/Dependencies.h>
+#undef VESPERMOOR_RAPIDJSON_ALLOCATOR_SIZE
+#define VESPERMOOR_RAPIDJSON_ALLOCATOR_SIZE 8
 #endif
 
 #include "VespermoorEditor/Utils/RapidJson.h"

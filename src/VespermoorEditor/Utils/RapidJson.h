@@ -7,9 +7,9 @@
  * the typed reads trust their callers about the kind of a value. Everything that uses RapidJSON
  * together with this library includes it through here.
  *
- * Mixing inline functions of RapidJSON with different settings in one process violates the
- * one-definition rule, so a source that included RapidJSON with other settings before does not
- * compile.
+ * Mixing inline functions of RapidJSON with different settings or versions in one process violates
+ * the one-definition rule, so a source that included RapidJSON with other settings before, or that
+ * finds another version than the library's, does not compile.
  */
 
 #ifndef RAPIDJSON_ASSERT
@@ -25,6 +25,8 @@
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/reader.h>
 #include <rapidjson/stringbuffer.h>
+
+#include "VespermoorEngine/Dependencies.h"
 
 /** @cond */
 #define VESPERMOOR_TEXT_OF(...) #__VA_ARGS__
@@ -47,5 +49,9 @@ static_assert(RAPIDJSON_48BITPOINTER_OPTIMIZATION == 1,
 static_assert(sizeof(rapidjson::SizeType) == 4,
               "RapidJSON was included with another SizeType before a header of "
               "VespermoorEditorUtils, which lays values out with 32-bit sizes");
+static_assert(
+    sizeof(rapidjson::MemoryPoolAllocator<>) == VESPERMOOR_RAPIDJSON_ALLOCATOR_SIZE,
+    "the compiler finds another version of RapidJSON than VespermoorEditorUtils was built "
+    "with: put that one first on the include path");
 
 #endif
