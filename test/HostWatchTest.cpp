@@ -97,10 +97,6 @@ const Row rows[]{
      "w w/g w/a o",
      {{"mv w/g w/a/g; mv w/a/g o/g",
        "Remove @/w/g\nModify @/w/a/g\nRemove @/w/a/g\nModify @/o/g\n"}}},
-    {"DirectoriesThatArrive",
-     "w",
-     {{"mv w/f w/g; mv n w/a/n",
-       "Remove @/w/f\nModify @/w/g\nModify @/w/a/n/x\nModify @/w/a/n\n"}}},
     {"OnlyTheFile",
      "w/f",
      {{"touch w/a/f w/x; rm w/f w/a/f; touch w/f", "Remove @/w/f\nModify @/w/f\n"}}},
@@ -251,16 +247,15 @@ TEST_F(HostWatchUnread, ErrorsDoNotStopIt) {
                               "since nobody read standard error\n$"));
 }
 
-TEST_F(HostWatch, EndsByItselfBeforeATickIsOver) {
-    run("o --for=0.01 --tick=60000");
-    EXPECT_EQ(program->stop({}), 0);
-    EXPECT_EQ(contentOf("error"), "watching 1 directories\n");
-}
-
-TEST_F(HostWatch, RefusesAPathThatDoesNotExist) {
-    run("w none");
-    EXPECT_EQ(program->stop({}), 1);
-    EXPECT_EQ(contentOf("error"), "vespermoor-utils: none: No such file or directory\n");
+TEST_F(HostWatch, EndsByItself) {
+    const std::tuple<const char*, int, const char*> rows[]{
+        {"o --for=0.01 --tick=60000", 0, "watching 1 directories\n"},
+        {"w none", 1, "vespermoor-utils: none: No such file or directory\n"}};
+    for (const auto& [arguments, exitCode, error] : rows) {
+        run(arguments);
+        EXPECT_EQ(program->stop({}), exitCode);
+        EXPECT_EQ(contentOf("error"), error);
+    }
 }
 
 } // namespace
