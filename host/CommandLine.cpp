@@ -12,7 +12,7 @@ void addOutputOption(CLI::App& command, std::string& path) {
     command
         .add_option(
             "--output", path,
-            "File to replace with the result, instead of printing it; - for standard output")
+            "Replace this file with the result, instead of printing it; - for standard output")
         ->type_name("FILE")
         ->check([](const std::string& name) {
             return name.empty() ? std::string{"the name is empty"} : std::string{};

@@ -128,7 +128,7 @@ void addGenerateCommand(CLI::App& program) {
     CLI::Option* const listFlag =
         command
             ->add_flag("--list", options->list,
-                       "Make nothing; print the paths of inputs, outputs, and files with regions")
+                       "Write nothing; print the paths of inputs, outputs and files with regions")
             ->excludes(watchFlag)
             ->excludes(checkFlag);
     command->add_flag("--quiet", options->quiet, "Print only failures and diffs");

@@ -231,16 +231,21 @@ void addJsonCommand(CLI::App& program) {
             "Remove the member or element at a JSON Pointer")
         ->check(checkMember);
     command
-        ->add_option("--pointer", options->pointer, "JSON Pointer (RFC 6901) to the value to print")
+        ->add_option("--pointer", options->pointer,
+                     "Print only the value at a JSON Pointer (RFC 6901)")
+        ->type_name("POINTER")
         ->check(checkPointer);
     command
         ->add_option("--decimals", options->format.decimals,
-                     "Cut off fractional digits after this many")
+                     "Cut off fractional digits after N of them, 1 to 324")
+        ->type_name("N")
         ->check(CLI::Range(1, RapidJsonUtils::defaultMaxDecimalPlaces));
     CLI::Option* const indent =
-        command->add_option("--indent", options->format.indent, "Blanks to a level")
-            ->check(CLI::Range(0, 32))
-            ->capture_default_str();
+        command
+            ->add_option("--indent", options->format.indent,
+                         "Indent by N blanks per level, 0 to 32; default: 4")
+            ->type_name("N")
+            ->check(CLI::Range(0, 32));
     command->add_flag("--compact", options->format.compact, "Print everything on one line")
         ->excludes(indent);
     command->add_flag("--raw", options->raw, "Print a string without quotes and escapes");

@@ -53,8 +53,9 @@ void addRenderCommand(CLI::App& program) {
         ->required();
     command
         ->add_option("--data", options->data,
-                     "JSON documents; the first one that has a name decides its value; - for "
-                     "standard input")
+                     "JSON documents, - for standard input; the first one that has "
+                     "a name gives its value")
+        ->type_name("FILE...")
         /* Otherwise CLI11 takes a path in brackets for a list. */
         ->expected(1, 1 << 20)
         ->allow_extra_args(false)

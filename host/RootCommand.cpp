@@ -40,12 +40,12 @@ void run(const Options& options) {
 } // namespace
 
 void addRootCommand(CLI::App& program) {
-    CLI::App* const command = program.add_subcommand(
-        "root", "Print the directory of the executables and the data root of the editor");
+    CLI::App* const command =
+        program.add_subcommand("root", "Print the editor's executable and data directories");
     const auto options = std::make_shared<Options>();
     command->add_option_function<std::string>(
         "DIR", [options](const std::string& directory) { options->directory = directory; },
-        "Start of the search for the data root; default: the directory of the executables");
+        "Directory to search from; default: the directory of the executables");
     command->footer("The data root is the directory of the editor's shaders and other data: the "
                     "nearest one\nfrom the executables upwards that has an entry shaders, or "
                     "../share/vespermoorengine of an\ninstalled editor.\n\n"

@@ -201,14 +201,15 @@ void addSearchCommand(CLI::App& program) {
         });
     command
         ->add_option("PATH", options->paths,
-                     "Files, - for standard input, and directories, searched recursively without "
-                     "following links")
+                     "Files, directories (with all files below them), or - for standard input")
         ->required();
     command->footer(
-        "Only ASCII letters match without regard to case.\n"
-        "Prints file, line, column in bytes and the line's text, cut to 200 bytes around the "
-        "match. Files with a NUL in their first 8 KiB are skipped.\n"
-        "Ends with 0 if anything is found, 1 if nothing is, 2 if something cannot be read.\n"
+        "Only ASCII letters match without regard to case. Links in directories are not followed,\n"
+        "and files with a NUL in their first 8 KiB are skipped. Prints file, line, column in "
+        "bytes\n"
+        "and the line's text, cut to 200 bytes around the match. Ends with 0 if anything is "
+        "found,\n"
+        "1 if nothing is, 2 if something cannot be read.\n\n"
         "Example, in the root of the sources:\n"
         "  vespermoor-utils search HELLO examples/greeting/greeting.tmpl");
     command->callback([options] { Search{*options}.run(); });

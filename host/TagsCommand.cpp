@@ -50,7 +50,7 @@ void addTagsCommand(CLI::App& program) {
     command->add_option("FILE", options->path, "The file; - for standard input")->required();
     command
         ->add_option("--region", options->regions,
-                     "Start tag, end tag, and a file with the new text between them")
+                     "Start tag, end tag, and a file with the new text between them; repeatable")
         ->type_name("START END CONTENT_FILE")
         ->type_size(3)
         /* Otherwise CLI11 takes a tag in brackets for a list. */

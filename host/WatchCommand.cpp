@@ -118,8 +118,8 @@ void Watcher::run() {
 } // namespace
 
 void addWatchCommand(CLI::App& program) {
-    CLI::App* const command = program.add_subcommand(
-        "watch", "Print changes of files and directory trees, or run a program on them");
+    CLI::App* const command =
+        program.add_subcommand("watch", "Print changes of files, or run a program on them");
     const auto options = std::make_shared<Options>();
     command->add_option("PATH", options->paths, "Directories, watched recursively, and files")
         ->required();
@@ -129,19 +129,21 @@ void addWatchCommand(CLI::App& program) {
         ->type_name("GLOB")
         ->allow_extra_args(false);
     CLI::Option* const format =
-        command->add_option("--format", options->format, "text, or json for one object per line")
+        command
+            ->add_option("--format", options->format,
+                         "text, or json for one object per line; default: text")
             ->type_name("FORMAT")
             ->check(CLI::IsMember{{"text", "json"}});
     CLI::Option* const null =
         command
             ->add_flag("--null", options->null,
-                       "Print paths unescaped, and a NUL instead of a newline after each change")
+                       "Print paths unescaped, with a NUL instead of a newline after each change")
             ->excludes(format);
     CLI::Option* const exec =
         command
             ->add_option("--exec", options->exec,
-                         "Run this after changes instead of printing them; {} is replaced by the "
-                         "changed paths, each as a separate argument")
+                         "Run this after changes instead of printing them; an argument with {} is "
+                         "passed once for each changed path")
             ->type_name("PROGRAM ARGUMENT... ';'")
             ->excludes(format)
             ->excludes(null);
@@ -150,9 +152,11 @@ void addWatchCommand(CLI::App& program) {
                    "Run it once more after changes during the run; for programs that change "
                    "nothing that is watched")
         ->needs(exec);
-    command->add_option("--tick", options->tick, "Milliseconds between two checks for changes")
-        ->check(CLI::Range(1, 60'000))
-        ->capture_default_str();
+    command
+        ->add_option("--tick", options->tick,
+                     "Milliseconds between two checks for changes; default: 50")
+        ->type_name("N")
+        ->check(CLI::Range(1, 60'000));
     command->add_option("--for", options->seconds, "Seconds to watch, instead of until Ctrl-C")
         ->type_name("SECONDS")
         ->check([](const std::string& text) {

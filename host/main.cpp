@@ -3,8 +3,10 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <memory>
 #include <new>
 #include <numeric>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,8 +23,8 @@ namespace {
 constexpr int failed = 1;
 constexpr int wrongUsage = 2;
 
-constexpr const char* usualLines =
-    "Usual lines:\n"
+constexpr const char* commonUses =
+    "Common uses:\n"
     "  vespermoor-utils json FILE --pointer POINTER\n"
     "  vespermoor-utils render TEMPLATE --data FILE --output FILE\n"
     "  vespermoor-utils generate MANIFEST\n"
@@ -31,6 +33,30 @@ constexpr const char* usualLines =
     "  vespermoor-utils search TEXT DIRECTORY\n"
     "  vespermoor-utils root\n"
     "  vespermoor-utils watch DIRECTORY";
+
+/* Help for 80 columns, without CLI11's names of types and rules: arguments have names, and
+   descriptions give their ranges. */
+class HelpFormatter : public CLI::Formatter {
+public:
+    std::string make_option_opts(const CLI::Option* const option) const override {
+        const std::string name = option->get_type_name();
+        return option->get_positional() || name.empty() ? "" : " " + name.substr(0, name.find(':'));
+    }
+
+    std::string make_option_desc(const CLI::Option* const option) const override {
+        constexpr std::size_t columns = 50;
+        std::istringstream words{option->get_description()};
+        std::string text;
+        std::size_t width = 0;
+        for (std::string word; words >> word;) {
+            const bool fits = width + 1 + word.size() <= columns;
+            text += width == 0 ? "" : fits ? " " : "\n";
+            width = word.size() + (width == 0 || !fits ? 0 : width + 1);
+            text += word;
+        }
+        return text;
+    }
+};
 
 /* Edit distance in bytes from `from` to `to`; 0 if `from` is a prefix of `to`. */
 std::size_t distance(const std::string& from, const std::string& to) {
@@ -87,7 +113,8 @@ int run(const int argc, const char* const* const argv) {
     program.require_subcommand(1);
     program.set_version_flag("--version", "vespermoor-utils " VESPERMOOR_VERSION,
                              "Print the version and exit");
-    program.footer(usualLines);
+    program.formatter(std::make_shared<HelpFormatter>());
+    program.footer(commonUses);
     Host::addJsonCommand(program);
     Host::addRenderCommand(program);
     Host::addGenerateCommand(program);
