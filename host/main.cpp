@@ -34,7 +34,7 @@ constexpr const char* commonUses =
     "  vespermoor-utils root\n"
     "  vespermoor-utils watch DIRECTORY";
 
-/* Help for 80 columns, without CLI11's names of types and rules: arguments have names, and
+/* Options in 80 columns, without CLI11's names of types and rules: arguments have names, and
    descriptions give their ranges. */
 class HelpFormatter : public CLI::Formatter {
 public:
