@@ -7,12 +7,11 @@ inline namespace VespermoorStandins {
 namespace Containers {
 namespace {
 
-/* The text of every empty string. Not constant because a caller may write the NUL again. */
-char emptyText[1]{};
-
 void keep(char*, std::size_t) {}
 
 } // namespace
+
+char String::emptyText[1]{};
 
 String String::nullTerminatedView(const StringView view) {
     if (!(view.flags() & StringViewFlag::NullTerminated))
@@ -21,8 +20,6 @@ String String::nullTerminatedView(const StringView view) {
     referring._sizeAndGlobal |= std::size_t(view.flags() & StringViewFlag::Global);
     return referring;
 }
-
-String::String() noexcept : _data{emptyText}, _sizeAndGlobal{}, _deleter{keep} {}
 
 String::String(const char* const data, const std::size_t size) : String{} {
     VESPERMOOR_STANDINS_ASSERT(data || !size,

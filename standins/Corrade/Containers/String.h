@@ -32,7 +32,7 @@ public:
     /** Refers to the view's memory if that is NUL-terminated, and copies it otherwise. */
     VESPERMOOR_STANDINS_EXPORT static String nullTerminatedView(StringView view);
 
-    VESPERMOOR_STANDINS_EXPORT String() noexcept;
+    String() noexcept : _data{emptyText}, _sizeAndGlobal{}, _deleter{} {}
     VESPERMOOR_STANDINS_EXPORT String(const char* data, std::size_t size);
     String(StringView view) : String{view.data(), view.size()} {}
     template <class Text, class = Implementation::IfPointerTo<Text, const char>>
@@ -49,7 +49,10 @@ public:
                                                Deleter deleter) noexcept;
 
     String(const String& other) : String{other.data(), other.size()} {}
-    String(String&& other) noexcept : String{} { *this = std::move(other); }
+    String(String&& other) noexcept
+        : _data{std::exchange(other._data, emptyText)},
+          _sizeAndGlobal{std::exchange(other._sizeAndGlobal, 0)},
+          _deleter{std::exchange(other._deleter, nullptr)} {}
     String& operator=(const String& other) { return *this = String{other}; }
     String& operator=(String&& other) noexcept {
         std::swap(_data, other._data);
@@ -60,7 +63,7 @@ public:
     ~String() {
         if (_deleter)
             _deleter(_data, size());
-        else
+        else if (_data != emptyText)
             delete[] _data;
     }
 
@@ -89,6 +92,9 @@ public:
 
 private:
     static constexpr std::size_t GlobalMask = std::size_t(StringViewFlag::Global);
+
+    /* The text of every empty string. Not constant because a caller may write the NUL again. */
+    VESPERMOOR_STANDINS_EXPORT static char emptyText[1];
 
     char* _data;
     std::size_t _sizeAndGlobal;
