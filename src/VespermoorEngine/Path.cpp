@@ -1,5 +1,7 @@
 #include "VespermoorEngine/Path.h"
 
+#include <algorithm>
+
 #include <Corrade/Containers/Array.h>
 #include <Corrade/Containers/GrowableArray.h>
 #include <Corrade/Containers/Optional.h>
@@ -84,7 +86,7 @@ bool isParentPath(const Containers::StringView directory, const Containers::Stri
     if (parent.back() != '/' && !rest.hasPrefix('/')) {
         return false;
     }
-    return !rest.trimmedPrefix("/"_s).isEmpty();
+    return std::any_of(rest.begin(), rest.end(), [](const char c) { return c != '/'; });
 }
 
 Containers::StringView upwardsSearch(const Containers::StringView directory,

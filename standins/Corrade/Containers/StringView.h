@@ -140,10 +140,6 @@ public:
     constexpr BasicStringView exceptSuffix(std::size_t size) const {
         return slice(0, this->size() - size);
     }
-    BasicStringView trimmedPrefix(Text characters) const {
-        const std::size_t kept = bytes().find_first_not_of(characters.bytes());
-        return exceptPrefix(kept == std::string_view::npos ? size() : kept);
-    }
 
     /** An empty view has no parts; a delimiter at either end adds an empty one. */
     VESPERMOOR_STANDINS_EXPORT Array<BasicStringView> split(char delimiter) const;
