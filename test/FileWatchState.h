@@ -37,16 +37,18 @@ inline std::set<int> kernelWatches(FileWatch& watch) {
     return descriptors;
 }
 
-/** @brief Paths listed in the open records, each once. */
+/** @brief Paths listed in the open records. Expects that no record lists one twice. */
 inline Paths listedDirectories(FileWatch& watch) {
     Paths paths;
     for (const FileWatch::DirectoryData& directory : State::directories(watch)) {
+        Paths own;
         if (!directory.path.isEmpty()) {
-            paths.insert(text(directory.path));
+            own.insert(text(directory.path));
         }
         for (const Containers::String& path : directory.subPaths) {
-            paths.insert(text(path));
+            EXPECT_TRUE(own.insert(text(path)).second) << text(path) << " is listed twice";
         }
+        paths.merge(own);
     }
     return paths;
 }

@@ -12,7 +12,8 @@
    each watch that a change concerns, and finally calls the callbacks.
 
    Cost. A quiet tick is one read(). A record costs a scan for its descriptor, unless the record
-   before it had the same, one allocation for the path, and a scan of `watches`. */
+   before it had the same, one allocation for the path, which the last listener takes over, and a
+   scan of `watches`. */
 
 #include <algorithm>
 #include <cerrno>
@@ -114,6 +115,12 @@ struct FileWatch::Drain {
     WatchedDirectories directories;
     Containers::Array<Change> batch;
     GoneDirectories gone;
+    /* Descriptors of kernel watches that ended. */
+    Containers::Array<std::int32_t> ended;
+    /* Lookups since a walk last added entries, and whether many of them were worth finding out that
+       the first entry of a descriptor is the only one. */
+    std::size_t lookups = 0;
+    bool areUnique = false;
     /* Cached lookup: the last descriptor, 0 for none, and the first entry that has it. The path
        aliases that entry, until the lists change. */
     std::int32_t descriptor = 0;
@@ -251,38 +258,59 @@ bool FileWatch::update() {
         return false;
     }
     const Containers::Array<CallbackInfo> deliveries = std::move(pendingCallbacks);
+    const std::size_t count = watches.size();
     const std::int32_t firstNewId = nextId;
     for (const CallbackInfo& delivery : deliveries) {
-        deliver(delivery, firstNewId);
+        /* Any removal changes their number, unless a new watch makes up for it and takes an id. */
+        const bool isChanged = watches.size() != count || nextId != firstNewId;
+        if (!isChanged || isDeliverable(delivery, firstNewId)) {
+            deliver(delivery);
+        }
     }
     return true;
 }
 
-/* Calls the callback at the delivery's slot, unless an earlier callback changed the watch there to
-   one that the delivery does not concern. */
-void FileWatch::deliver(const CallbackInfo& delivery, const std::int32_t firstNewId) {
+/* Whether the watch at the delivery's slot is one that the delivery concerns, after a callback
+   changed the watches. */
+bool FileWatch::isDeliverable(const CallbackInfo& delivery, const std::int32_t firstNewId) const {
     if (delivery.watchIndex >= watches.size()) {
         Utility::Warning{} << "FileWatch::update(): Callback index" << delivery.watchIndex
                            << "out of range of" << watches.size() << "elements";
-        return;
+        return false;
     }
     const WatchData& watch = watches[delivery.watchIndex];
-    if (watch.id >= firstNewId || !concerns(watch, delivery.path) || !watch.callback) {
+    return watch.id < firstNewId && concerns(watch, delivery.path);
+}
+
+void FileWatch::deliver(const CallbackInfo& delivery) {
+    const Callback& callback = watches[delivery.watchIndex].callback;
+    if (!callback) {
         return;
     }
     try {
-        watch.callback(delivery.path, delivery.event);
+        callback(delivery.path, delivery.event);
     } catch (const std::exception&) {
         /* An exception of one listener must not affect the others. */
     }
 }
 
 void FileWatch::onChangeCallback(const Containers::ArrayView<Change> changes) {
-    for (const Change& change : changes) {
+    arrayReserve(pendingCallbacks, pendingCallbacks.size() + changes.size());
+    for (Change& change : changes) {
+        /* The last watch gets the path itself, those before it get copies. */
+        Containers::Optional<std::size_t> last;
         for (std::size_t slot = 0; slot != watches.size(); ++slot) {
-            if (concerns(watches[slot], change.first())) {
-                arrayAppend(pendingCallbacks, CallbackInfo{slot, change.first(), change.second()});
+            if (!concerns(watches[slot], change.first())) {
+                continue;
             }
+            if (last) {
+                arrayAppend(pendingCallbacks, CallbackInfo{*last, change.first(), change.second()});
+            }
+            last = slot;
+        }
+        if (last) {
+            arrayAppend(pendingCallbacks,
+                        CallbackInfo{*last, std::move(change.first()), change.second()});
         }
     }
 }
@@ -296,6 +324,7 @@ void FileWatch::updateLinux() {
         readRecords(drain);
         /* Each kernel watch that ends leaves a record, which must not fill the queue. */
     } while (takeOutGone(drain) || takeOutKept(drain));
+    drain.directories.takeOutEnded(drain.ended);
     if (!drain.batch.isEmpty()) {
         onChangeCallback(drain.batch);
     }
@@ -314,6 +343,10 @@ void FileWatch::readRecords(Drain& drain) {
 }
 
 void FileWatch::takeRecord(const inotify_event& record, Drain& drain) {
+    if (record.mask & IN_IGNORED) {
+        arrayAppend(drain.ended, record.wd);
+        return;
+    }
     const Containers::Optional<Event> event = eventOf(record.mask);
     if (!event || !find(record.wd, drain)) {
         return;
@@ -369,18 +402,23 @@ void FileWatch::noteAbsentNames(const std::int32_t descriptor, Drain& drain) con
 }
 
 void FileWatch::lookUp(const std::int32_t descriptor, Drain& drain) const {
+    constexpr std::size_t many = 64;
+    if (++drain.lookups == many) {
+        drain.areUnique = drain.directories.areUnique();
+    }
     drain.descriptor = 0;
     drain.hasSeveralNames = false;
-    drain.directories.forEach(
-        descriptor, [&](const std::size_t record, const Containers::StringView path) {
-            if (drain.descriptor == descriptor) {
-                drain.hasSeveralNames = drain.hasSeveralNames || path != drain.path;
-                return;
-            }
-            drain.descriptor = descriptor;
-            drain.record = record;
-            drain.path = path;
-        });
+    drain.directories.forEach(descriptor,
+                              [&](const std::size_t record, const Containers::StringView path) {
+                                  if (drain.descriptor == descriptor) {
+                                      drain.hasSeveralNames = path != drain.path;
+                                      return !drain.hasSeveralNames;
+                                  }
+                                  drain.descriptor = descriptor;
+                                  drain.record = record;
+                                  drain.path = path;
+                                  return !drain.areUnique;
+                              });
 }
 
 /* Notes that the directory `name` is gone from the one looked up, under each of its names. */
@@ -407,6 +445,8 @@ void FileWatch::track(const Containers::StringView name, Drain& drain) {
         changes = &unreported;
     }
     drain.descriptor = 0;
+    drain.lookups = 0;
+    drain.areUnique = false;
 }
 
 /* Returns whether any directory was taken out. */

@@ -198,7 +198,11 @@ public:
     /** @brief Ends the record's kernel watches and closes it for good; its references stay. */
     VESPERMOOR_EDITOR_UTILS_EXPORT void closeDirectoryWatch(DirectoryData& directory);
 
-    /** @brief Queues a delivery for every watch that each of the changes concerns. */
+    /**
+     * @brief Queues a delivery for every watch that each of the changes concerns.
+     *
+     * Takes the paths out of @p changes.
+     */
     VESPERMOOR_EDITOR_UTILS_EXPORT void onChangeCallback(Containers::ArrayView<Change> changes);
 
     /** @brief Reads all records from the kernel, tracks directories, and queues deliveries. */
@@ -220,7 +224,8 @@ private:
     void noteAbsentNames(std::int32_t descriptor, Drain& drain) const;
     bool takeOutGone(Drain& drain) const;
     bool takeOutKept(Drain& drain) const;
-    void deliver(const CallbackInfo& delivery, std::int32_t firstNewId);
+    bool isDeliverable(const CallbackInfo& delivery, std::int32_t firstNewId) const;
+    void deliver(const CallbackInfo& delivery);
 
     Containers::Array<WatchData> watches;
     /* Slot of each id, all ones once it is removed. */

@@ -1,6 +1,7 @@
 #include "VespermoorEditor/Utils/WatchedDirectories.h"
 
 #include <algorithm>
+#include <bitset>
 #include <cstring>
 #include <functional>
 #include <string_view>
@@ -99,17 +100,25 @@ bool isServing(const WatchedDirectories& directories, const std::int32_t descrip
     return false;
 }
 
-/* The descriptors, out of many, that an entry still has; found in one pass. */
+/* The `descriptors` that an entry has. Looks for many of them in one pass. */
 std::unordered_set<std::int32_t>
-stillListed(const WatchedDirectories& directories,
-            const Containers::ArrayView<const std::int32_t> dropped) {
-    const std::unordered_set<std::int32_t> wanted{dropped.begin(), dropped.end()};
+listedOf(const WatchedDirectories& directories,
+         const Containers::ArrayView<const std::int32_t> descriptors) {
+    std::unordered_set<std::int32_t> listed;
+    if (descriptors.size() < manyFrom) {
+        for (const std::int32_t descriptor : descriptors) {
+            if (directories.isListed(descriptor)) {
+                listed.insert(descriptor);
+            }
+        }
+        return listed;
+    }
+    const std::unordered_set<std::int32_t> wanted{descriptors.begin(), descriptors.end()};
     /* The low bits of the descriptor distinguish most entries. */
     std::bitset<1 << 16> lowBits;
-    for (const std::int32_t descriptor : dropped) {
+    for (const std::int32_t descriptor : descriptors) {
         lowBits.set(std::uint32_t(descriptor) % lowBits.size());
     }
-    std::unordered_set<std::int32_t> listed;
     const auto note = [&](const std::int32_t descriptor) {
         if (lowBits[std::uint32_t(descriptor) % lowBits.size()] && wanted.count(descriptor)) {
             listed.insert(descriptor);
@@ -127,12 +136,9 @@ stillListed(const WatchedDirectories& directories,
 /* Ends the kernel watches of removed entries, unless they serve others. */
 void endKernelWatches(const WatchedDirectories& directories,
                       const Containers::ArrayView<const std::int32_t> dropped) {
-    const bool many = dropped.size() >= manyFrom;
-    const std::unordered_set<std::int32_t> listed =
-        many ? stillListed(directories, dropped) : std::unordered_set<std::int32_t>{};
+    const std::unordered_set<std::int32_t> listed = listedOf(directories, dropped);
     for (const std::int32_t descriptor : dropped) {
-        const bool mayServe = !many || listed.count(descriptor);
-        if (!mayServe || !isServing(directories, descriptor)) {
+        if (!listed.count(descriptor) || !isServing(directories, descriptor)) {
             inotify_rm_watch(directories.inotifyFd, descriptor);
         }
     }
@@ -171,12 +177,12 @@ int addKernelWatch(const int inotifyFd, const Containers::StringView path) {
 Containers::Array<Place> WatchedDirectories::placesOf(const std::int32_t descriptor) const {
     Containers::Array<Place> places;
     forEach(descriptor, [&](const std::size_t record, const Containers::StringView path) {
-        for (const Place& known : places) {
-            if (known.path == path) {
-                return;
-            }
+        const bool isKnown = std::any_of(places.begin(), places.end(),
+                                         [&](const Place& known) { return known.path == path; });
+        if (!isKnown) {
+            arrayAppend(places, Place{record, path});
         }
-        arrayAppend(places, Place{record, path});
+        return true;
     });
     return places;
 }
@@ -190,6 +196,39 @@ bool WatchedDirectories::isListed(const std::int32_t descriptor) const {
         }
     }
     return false;
+}
+
+bool WatchedDirectories::areUnique() const {
+    std::bitset<1 << 18> seen;
+    const auto isNew = [&](const std::int32_t descriptor) {
+        const std::size_t bit = std::uint32_t(descriptor) % seen.size();
+        const bool wasSeen = seen[bit];
+        seen.set(bit);
+        return !wasSeen;
+    };
+    return std::all_of(records.begin(), records.end(), [&](const DirectoryData& record) {
+        return (record.watchDescriptor < 0 || isNew(record.watchDescriptor)) &&
+               std::all_of(record.subWatchDescriptors.begin(), record.subWatchDescriptors.end(),
+                           isNew);
+    });
+}
+
+void WatchedDirectories::takeOutEnded(
+    const Containers::ArrayView<const std::int32_t> descriptors) const {
+    const std::unordered_set<std::int32_t> listed = listedOf(*this, descriptors);
+    if (listed.empty()) {
+        return;
+    }
+    Containers::Array<std::int32_t> dropped;
+    for (DirectoryData& record : records) {
+        Containers::Array<std::size_t> ended;
+        for (std::size_t i = 0; i != record.subWatchDescriptors.size(); ++i) {
+            if (listed.count(record.subWatchDescriptors[i])) {
+                arrayAppend(ended, i);
+            }
+        }
+        removeEntries(record, ended, dropped);
+    }
 }
 
 std::int32_t WatchedDirectories::presentDescriptor(const Containers::StringView path) const {
@@ -207,18 +246,28 @@ void PathTrees::add(Containers::String&& root) {
     shortest = std::min(shortest, root.size());
     arrayAppend(trees, Tree{std::move(root)});
     if (trees.size() == manyFrom) {
+        commonSize = shortest;
         for (std::size_t i = 0; i != trees.size(); ++i) {
-            addHash(i);
+            index(i);
         }
     } else if (trees.size() > manyFrom) {
-        addHash(trees.size() - 1);
+        index(trees.size() - 1);
     }
 }
 
-void PathTrees::addHash(const std::size_t position) {
+void PathTrees::index(const std::size_t position) {
     const Containers::StringView root = trees[position].root;
+    const Containers::StringView first = trees.front().root;
+    if (root.size() < commonSize || std::memcmp(first.data(), root.data(), commonSize) != 0) {
+        const std::size_t size = std::min(commonSize, root.size());
+        commonSize =
+            std::mismatch(first.begin(), first.begin() + size, root.begin()).first - first.begin();
+    }
     positions.emplace(hash(root), position);
-    sizes.set(root.size() % sizes.size());
+    const auto place = std::lower_bound(sizes.begin(), sizes.end(), root.size());
+    if (place == sizes.end() || *place != root.size()) {
+        sizes.insert(place, root.size());
+    }
 }
 
 PathTrees::Tree* PathTrees::find(const Containers::StringView path) {
@@ -255,8 +304,11 @@ PathTrees::Tree* PathTrees::findNext(const Containers::ArrayView<const Container
 }
 
 PathTrees::Tree* PathTrees::findHashed(const Containers::StringView path) {
-    for (std::size_t size = shortest; size <= path.size(); ++size) {
-        if (!sizes[size % sizes.size()] || (size != path.size() && path[size] != '/')) {
+    if (std::memcmp(path.data(), trees.front().root.data(), commonSize) != 0) {
+        return nullptr;
+    }
+    for (const std::size_t size : sizes) {
+        if (size > path.size() || (size != path.size() && path[size] != '/')) {
             continue;
         }
         const Containers::StringView root = path.prefix(size);

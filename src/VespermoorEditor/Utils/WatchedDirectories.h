@@ -10,19 +10,25 @@
    is listed once under each name, with one descriptor; so is one that is in several records.
 
    Find. Lookup by descriptor is a linear scan over all records. The descriptors of a tree are
-   contiguous and compared 16 at a time, so that 100,000 directories take a few microseconds.
+   contiguous and compared 16 at a time, so that 100,000 directories take a few microseconds. The
+   scan goes on after the first match, since further names matter, unless it is known that there are
+   none.
 
    Take out. A directory that goes takes everything below it along, so each removal is a pass over
    all paths of its record. The kernel reports a deleted tree directory by directory, and a pass for
    each of them would make deletion quadratic. Therefore removals are collected in GoneDirectories
    and taken out together: one pass per drain of the kernel's queue, unless a record requires an
-   earlier one. The pass compares few removals one by one, lengths before bytes, and looks up many
-   by hash. */
+   earlier one. The pass compares few removals one by one, lengths before bytes. Many are looked up
+   by hash, but only for paths that begin as all of them do.
 
-#include <bitset>
+   A directory can vanish without a record of its name: another one that is renamed onto it, while
+   empty, takes its place. Its kernel watch ends, which is a record too, and so its entries are
+   found by descriptor. */
+
 #include <cstddef>
 #include <cstdint>
 #include <unordered_map>
+#include <vector>
 
 #include "VespermoorEditor/Utils/FileWatch.h"
 
@@ -47,21 +53,28 @@ public:
         : records{records}, inotifyFd{inotifyFd} {}
 
     /* Calls `visit` with the position of the record and the path for each entry that has the
-       descriptor, in their order. */
+       descriptor, in their order, until it returns false. */
     template <class Visit>
     void forEach(const std::int32_t descriptor, const Visit& visit) const {
         for (std::size_t i = 0; i != records.size(); ++i) {
             const DirectoryData& record = records[i];
-            if (record.watchDescriptor == descriptor) {
-                visit(i, Containers::StringView{record.path});
+            if (record.watchDescriptor == descriptor &&
+                !visit(i, Containers::StringView{record.path})) {
+                return;
             }
             const Containers::ArrayView<const std::int32_t> listed = record.subWatchDescriptors;
             for (std::size_t at = findFirst(listed, descriptor); at != listed.size(); ++at) {
-                visit(i, Containers::StringView{record.subPaths[at]});
+                if (!visit(i, Containers::StringView{record.subPaths[at]})) {
+                    return;
+                }
                 at += findFirst(listed.exceptPrefix(at + 1), descriptor);
             }
         }
     }
+
+    /* Whether no directory has several entries. Two passes over the descriptors; may also be false
+       if some descriptors are far apart. */
+    bool areUnique() const;
 
     /* The names of a directory, each once, the first one first. */
     Containers::Array<Place> placesOf(std::int32_t descriptor) const;
@@ -70,11 +83,14 @@ public:
        to learn it, and ends that watch if no entry has the descriptor. */
     std::int32_t presentDescriptor(Containers::StringView path) const;
 
+    /* Takes out the entries below the roots that have one of `descriptors`, whose kernel watches
+       ended. */
+    void takeOutEnded(Containers::ArrayView<const std::int32_t> descriptors) const;
+
+    bool isListed(std::int32_t descriptor) const;
+
     Containers::Array<DirectoryData>& records;
     int inotifyFd;
-
-private:
-    bool isListed(std::int32_t descriptor) const;
 };
 
 /* Places a kernel watch on `path`, or finds the one that its directory has. Returns the watch
@@ -106,16 +122,19 @@ public:
 
 private:
     Tree* findHashed(Containers::StringView path);
-    void addHash(std::size_t position);
+    void index(std::size_t position);
 
     Containers::Array<Tree> trees;
     std::size_t shortest = ~std::size_t{};
-    /* Positions in `trees`, by the hash of the root. This and the rest are empty while there are
-       few. */
+    /* The rest is for many trees. The bytes at the beginning of all roots: directories that go
+       together mostly lie together, so these tell most other paths apart. */
+    std::size_t commonSize = 0;
+    /* The different sizes of the roots, in ascending order: the prefixes of a path that need
+       hashing. The shortest one comes first, since one root above many needs one look at the
+       disk. */
+    std::vector<std::size_t> sizes;
+    /* Positions in `trees`, by the hash of the root. */
     std::unordered_multimap<std::size_t, std::size_t> positions;
-    /* Sizes of the roots, modulo the size of the set, so that few prefixes of a path need
-       hashing. */
-    std::bitset<1024> sizes;
 };
 
 /* Directories that went away, or may have, and are still listed with everything below them. */
