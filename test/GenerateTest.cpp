@@ -20,7 +20,7 @@ using testing::HasSubstr;
 constexpr const char* manifest = R"({"outputs": [
     {"file": "whole.txt", "data": ["first.json", "second.json"], "template": "whole.tmpl"},
     {"file": "list.txt", "data": ["second.json"], "template": "item.tmpl", "each": "/items"},
-    {"file": "keys.txt", "data": ["second.json"], "template": "key.tmpl", "each": "/named"},
+    {"file": "keys.txt", "data": ["first.json", "second.json"], "template": "key.tmpl", "each": "/named"},
     {"file": "region.txt", "data": ["first.json"], "regions": [
         {"start": "[b]", "end": "[/b]", "template": "whole.tmpl"},
         {"start": "[a]", "end": "[/a]", "template": "value.tmpl", "each": "/words"}]}]})";
@@ -120,17 +120,20 @@ std::string saving(const std::string& file, const std::string& text) {
 const std::string savingChain = saving("in/json.tmpl", R"({"name": "{{ name }}"})") + " && " +
                                 saving("in/each.tmpl", "{{ @key }}={{ @value }};") + " && " +
                                 saving("in/manifest.json", R"({"outputs": [
-        {"file": "last.txt", "data": ["../link/./made.json"], "template": "each.tmpl", "each": ""},
-        {"file": "made.json", "data": ["first.json"], "template": "json.tmpl"}]})");
+        {"file": "last.txt", "data": ["../link/./made.json", "other.json"],
+         "template": "each.tmpl", "each": ""},
+        {"file": "made.json", "data": ["first.json"], "template": "json.tmpl"},
+        {"file": "other.json", "data": ["made.json"], "template": "json.tmpl"}]})");
+const std::string madeChain = "wrote in/made.json\nwrote in/other.json\nwrote in/last.txt\n";
 
 TEST(Generate, OrdersOutputsByDependency) {
     const Project project;
     outputOf(savingChain);
     for (const std::string name : {"first", "second"}) {
         save("first.json", first(name));
-        EXPECT_EQ(generate("--check"),
-                  "out of date: in/made.json\nout of date: in/last.txt\nexit 1\n");
-        EXPECT_EQ(generate(), "wrote in/made.json\nwrote in/last.txt\nexit 0\n");
+        EXPECT_EQ(generate("--check"), "out of date: in/made.json\nout of date: in/other.json\n"
+                                       "out of date: in/last.txt\nexit 1\n");
+        EXPECT_EQ(generate(), madeChain + "exit 0\n");
         EXPECT_EQ(content("last.txt"), "name=" + name + ";");
     }
 }
@@ -176,7 +179,7 @@ TEST(Generate, NamesTheInputAtFaultAndEachOutput) {
     const std::string both = "whole region";
     const std::array<std::string, 4> rows[]{
         {"first.json", "{\"name\": \"fir", ":1:14: Missing a closing quotation mark in string",
-         both},
+         "whole keys region"},
         {"whole.tmpl", "{{ nothing }}", ":1:1: Undefined name nothing", both},
         {"whole.tmpl", "", ": The template is empty", both},
         {"first.json", R"({"name": "", "only": ""})", ": Nothing at /words", "region"},
@@ -196,7 +199,7 @@ TEST(Generate, NamesTheInputAtFaultAndEachOutput) {
         }
         EXPECT_EQ(generate(), failures + wrote + "exit 1\n");
         EXPECT_THAT(generate("--check"), EndsWith("exit 2\n"));
-        EXPECT_EQ(fs::exists("in/whole.txt"), failed != both);
+        EXPECT_EQ(fs::exists("in/whole.txt"), failed == "region");
     }
 }
 
@@ -240,6 +243,9 @@ TEST(Generate, NamesTheElement) {
                               "in/whole.txt, element "s +
                                   element + " of in/first.json\nexit 1\n");
     }
+    save("manifest.json", manifestOf(R"("template": "key.tmpl", "each": "/words")"));
+    save("first.json", first("an array has no keys"));
+    EXPECT_THAT(generate(), HasSubstr("Undefined name @key"));
 }
 
 /* A file that is not JSON can still be a template, whichever use comes first. */
@@ -278,6 +284,7 @@ TEST(Generate, RefusesAManifestAsAWhole) {
          "/outputs/0: Takes separator only beside each"},
         {manifestOf(R"("regions": [], "separator": "")"),
          "/outputs/0: Takes separator only beside template"},
+        {manifestOf(R"("regions": [], "each": "")"), "/outputs/0: Takes each only beside template"},
         {manifestOf(R"("regions": [])"), "/outputs/0: Has no regions"},
         {manifestOf(R"("regions": [{"tag": 1}])"), "/outputs/0/regions/0: Unknown member tag"},
         {regionBetween("[a]", ""), "/outputs/0/regions/0/end: Empty tag"},
@@ -288,9 +295,10 @@ TEST(Generate, RefusesAManifestAsAWhole) {
         {manifestOf(R"("template": "a")", "x/../manifest.json"),
          "/outputs/0: Is the manifest itself"},
         {manifestOf(R"("template": "../link/whole.txt")"), "/outputs/0: Is a template"},
-        {manifestOf(R"("template": "a"}, {"file": "first.json", "template": "a",
-                       "data": ["../link/whole.txt", "second.json"])"),
-         "/outputs/0: Made from itself: in/whole.txt from in/first.json from in/whole.txt"},
+        {manifestOf(R"("template": "a"}, {"file": "b", "data": ["first.json"], "template": "a"},
+                       {"file": "first.json", "data": ["../link/b", "second.json"],
+                        "template": "a")"),
+         "/outputs/2: Made from itself: in/first.json from in/b from in/first.json"},
     };
     const Project project;
     for (const auto& [text, reason] : rows) {
@@ -390,6 +398,9 @@ TEST(Generate, DiffShowsChanges) {
     const std::string check = program + "--check --diff in/manifest.json";
     EXPECT_THAT(onTerminal(check), HasSubstr("\x1b[31m-old\x1b[m\r\n\x1b[32m+12\x1b[m\r\n"));
     EXPECT_THAT(onTerminal("NO_COLOR=1 " + check), HasSubstr("\r\n-old\r\n+12\r\n"));
+    fs::remove("in/whole.txt");
+    EXPECT_THAT(generate("--check --diff"),
+                HasSubstr("--- /dev/null\n+++ in/whole.txt\n@@ -0,0 +1,13 @@\n+0\n+1\n"));
 }
 
 /* The data of the second output comes half a second after the program opens it. */
@@ -441,6 +452,11 @@ TEST(Generate, WritesDependenciesForBuildTools) {
         save("first.json", first("other"));
         outputOf(row.command);
         EXPECT_EQ(outputOf(row.command + " 2>&1"), row.idle);
+        awaitNewTime();
+        save("a #b", "{{ x }}");
+        for (const char* const time : {"first", "again"}) {
+            EXPECT_THAT(outputOf(row.command + " 2>&1"), HasSubstr("Undefined name x")) << time;
+        }
     }
 }
 
@@ -464,8 +480,6 @@ const std::string allButRegion = "wrote in/whole.txt\n" + lists;
 const std::string noSecond = "vespermoor-utils: in/second.json: No such file or directory, for in/";
 const std::string lostSecond =
     watchingOne + noSecond + "whole.txt\n" + noSecond + "list.txt\n" + noSecond + "keys.txt\n";
-
-const std::string chain = "wrote in/made.json\nwrote in/last.txt\n";
 
 const WatchRow watchRows[]{
     {"saves",
@@ -529,7 +543,7 @@ const WatchRow watchRows[]{
      savingChain,
      {{saving("in/first.json", first("second")), "in/last.txt", "name=second;"},
       {saving("in/each.tmpl", "{{ @value }}"), "in/last.txt", "second"},
-      {"", "output", chain + chain + "wrote in/last.txt\n"},
+      {"", "output", madeChain + madeChain + "wrote in/last.txt\n"},
       {"", "error", watchingOne}}},
 };
 
@@ -563,8 +577,11 @@ TEST(Generate, WatchUpdatesDuringEndlessSaves) {
     const Project project;
     const ChildProcess running{watching};
     waitUntil([&] { return !readFile("error").empty(); });
-    const ChildProcess writer{
-        "while :; do i=$((i + 1)); echo $i > in/t; mv in/t in/item.tmpl; done"};
+    const ChildProcess writer{[]() -> std::string {
+        for (int i = 0;; ++i) {
+            replace("item.tmpl", std::to_string(i));
+        }
+    }};
     waitUntil([&] { return readFile("output").rfind("wrote in/list.txt") > allButRegion.size(); });
 }
 

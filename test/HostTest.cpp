@@ -277,6 +277,8 @@ TEST_F(HostCommandTest, WrongUsage) {
         {"json more.json --delete ''", "--delete: the root cannot be deleted"},
         {"render - --data -", "-: standard input can be read only once"},
         {"search '' lines", "TEXT: the text is empty"},
+        {"watch . --exec ';'",
+         "--exec: expects a program, its arguments, and a ';', which the shell takes in quotes"},
     };
     for (const Row& row : rows) {
         EXPECT_EQ(run(row.arguments), "vespermoor-utils: "s + row.printed +
@@ -383,6 +385,7 @@ TEST(HostFilesTest, NoSignalLeavesATemporaryFile) {
         const TemporaryDirectory directory;
         makeTree(directory.path(), {"file"});
         ChildProcess child{[&] {
+            std::signal(SIGHUP, SIG_DFL); // Ignored under nohup.
             faults = {row.hasUnnamedFiles, row.signalAtMode, row.signalAtRename};
             Host::replaceFile(directory / "file", "new");
             return ""s;

@@ -95,8 +95,8 @@ constexpr const char* repeatedProgram =
 const Row rows[]{
     {"OneLineForAChangeOfSeveralPaths",
      "w w/g w/a o",
-     {{"mv w/g w/a/g; mv w/a/g o/g",
-       "Remove @/w/g\nModify @/w/a/g\nRemove @/w/a/g\nModify @/o/g\n"}}},
+     {{"mv w/g w/a/g; mv w/a/g o/g; truncate -s 9 o/g",
+       "Remove @/w/g\nModify @/w/a/g\nRemove @/w/a/g\nModify @/o/g\nModify @/o/g\n"}}},
     {"OnlyTheFile",
      "w/f",
      {{"touch w/a/f w/x; rm w/f w/a/f; touch w/f", "Remove @/w/f\nModify @/w/f\n"}}},
@@ -128,9 +128,9 @@ const Row rows[]{
      {{"stop; mv o q; mkdir o o/x w/x; go", "Modify @/w/x\n"}},
      "vespermoor-utils: o: no longer watched: the directory was replaced by another one\n"},
     {"EachPathIsAnArgument",
-     "w --exec echo {} -p={}, {} ';'",
+     "w --exec echo {} -p={}{}, {} ';'",
      {{"stop; touch 'w/x $HOME' w/y; go",
-       "@/w/x $HOME @/w/y -p=@/w/x $HOME, -p=@/w/y, @/w/x $HOME @/w/y\n"}}},
+       "@/w/x $HOME @/w/y -p=@/w/x $HOME@/w/x $HOME, -p=@/w/y@/w/y, @/w/x $HOME @/w/y\n"}}},
     {"TemporaryFilesAreLeftOut",
      "w --exec echo {} ';'",
      {{"stop; touch w/t w/f~; mv w/f~ w/f; rm w/t w/g; go", "@/w/f @/w/g\n"}}},
@@ -250,7 +250,8 @@ TEST_F(HostWatchUnread, ErrorsDoNotStopIt) {
 TEST_F(HostWatch, EndsByItself) {
     const std::tuple<const char*, int, const char*> rows[]{
         {"o --for=0.01 --tick=60000", 0, "watching 1 directories\n"},
-        {"w none", 1, "vespermoor-utils: none: No such file or directory\n"}};
+        {"w none", 1, "vespermoor-utils: none: No such file or directory\n"},
+        {"-- --exec", 1, "vespermoor-utils: --exec: No such file or directory\n"}};
     for (const auto& [arguments, exitCode, error] : rows) {
         run(arguments);
         EXPECT_EQ(program->stop({}), exitCode);

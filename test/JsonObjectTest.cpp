@@ -155,6 +155,7 @@ TEST(JsonObjectTest, WritesSingleValues) {
     const auto setLong = [](auto& json) { json.setString("too long for the value"); };
     EXPECT_EQ(after(TestObject{"[1]"}, [](auto& json) { json.setNull(); }), "null m");
     EXPECT_EQ(after(TestObject{"[1]"}, [](auto& json) { json.setBool(true); }), "true m");
+    EXPECT_EQ(after(TestObject{"1"}, [](auto& json) { json.setBool(false); }), "false m");
     EXPECT_EQ(after(TestObject{"[1]"}, [](auto& json) { json.setInt(-1); }), "-1 m");
     EXPECT_EQ(after(TestObject{"1"}, [](auto& json) { json.setFloat(0.5f); }), "0.5 m");
     EXPECT_EQ(after(TestObject{"1"}, setLong), "\"too long for the value\" ma");

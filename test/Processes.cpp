@@ -1,5 +1,6 @@
 #include "Processes.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <fstream>
@@ -19,7 +20,7 @@ namespace VespermoorEngine::Test {
 namespace {
 
 /* For a process of one thread. */
-bool mountPrivately(const std::string& path) {
+bool mountPrivately(const std::vector<std::string>& paths) {
     const std::string user = std::to_string(geteuid());
     const std::string group = std::to_string(getegid());
     const bool isRoot = geteuid() == 0;
@@ -32,7 +33,9 @@ bool mountPrivately(const std::string& path) {
         writeFile("/proc/self/gid_map", group + ' ' + group + " 1");
     }
     return mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-           mount("tmpfs", path.data(), "tmpfs", 0, nullptr) == 0;
+           std::all_of(paths.begin(), paths.end(), [](const std::string& path) {
+               return mount("tmpfs", path.data(), "tmpfs", 0, nullptr) == 0;
+           });
 }
 
 } // namespace
@@ -160,12 +163,15 @@ std::string outputOf(const std::string& command) {
     return output;
 }
 
-std::optional<std::string> resultWithMount(const std::string& path,
-                                           const std::function<std::string()>& operation) {
+void expectWithMounts(const std::vector<std::string>& paths,
+                      const std::function<std::string()>& operation, const std::string& expected) {
     const std::string refused = "not mounted";
-    ChildProcess child{[&] { return mountPrivately(path) ? operation() : refused; }};
+    ChildProcess child{[&] { return mountPrivately(paths) ? operation() : refused; }};
     const std::string result = child.result().value_or("it goes on");
-    return result == refused ? std::nullopt : std::optional{result};
+    if (result == refused) {
+        GTEST_SKIP() << "mounts are not allowed here";
+    }
+    EXPECT_EQ(result, expected);
 }
 
 } // namespace VespermoorEngine::Test

@@ -128,13 +128,13 @@ int unprivileged(const std::function<int()>& operation);
 std::string outputOf(const std::string& command);
 
 /**
- * @brief Result of @p operation in a copy of this process that alone sees an empty tmpfs on
- * @p path.
+ * @brief Expects a result of @p operation in a copy of this process that alone sees an empty tmpfs
+ * on each of @p paths.
  *
- * Empty if this user may not mount.
+ * Skips the test if this user may not mount.
  */
-std::optional<std::string> resultWithMount(const std::string& path,
-                                           const std::function<std::string()>& operation);
+void expectWithMounts(const std::vector<std::string>& paths,
+                      const std::function<std::string()>& operation, const std::string& expected);
 
 } // namespace VespermoorEngine::Test
 

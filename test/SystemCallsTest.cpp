@@ -1,18 +1,10 @@
 #include "SystemCalls.h"
 
-#include <Corrade/Containers/Optional.h>
-
-#include "Processes.h"
 #include "Tree.h"
-#include "VespermoorEditor/Utils/EditorUtils.h"
 #include "VespermoorEditor/Utils/FileWatch.h"
-#include "VespermoorEditor/Utils/System.h"
 
 namespace VespermoorEngine::Test {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 /* The calls of `body`, one per line, with an at sign for the directory of the test. */
 std::string calls(const TemporaryDirectory& root, const std::function<void()>& body) {
@@ -47,43 +39,6 @@ TEST(SystemCallsTest, WatcherIsQuietInAQuietTick) {
                                    "@/w/n/d\n@/w/n/d\nwatch @/w/n/d\n"
                                    "@/w/n/d/f\n@/w/n/d/f\n"
                                    "read 2720\n");
-}
-
-TEST(SystemCallsTest, SearchesLookUpNoMoreThanNeeded) {
-    const struct {
-        const char* name;
-        std::vector<std::string> entries;
-        /* The start of the search for the root; null for a search of the trash. */
-        const char* start;
-        const char* calls;
-    } rows[]{
-        {"trash with files", {"data/Trash/files/"}, nullptr, "@/data/Trash/files\n"},
-        {"no trash", {}, nullptr, "@/data/Trash/files\n@/data/Trash\n"},
-        {"root above", {"a/b/", "a/shaders/"}, "a/b", "a/b/shaders\na/shaders\n"},
-        {"installed",
-         {"a/bin/", "a/share/vespermoorengine/"},
-         "a/bin",
-         "a/bin/shaders\na/shaders\n@/a/share/vespermoorengine\n"},
-        {"no root", {"bin/"}, "bin", "bin/shaders\n@/share/vespermoorengine\n"},
-        {"absolute start", {"shaders/", "bin/"}, "@/bin", "@/bin/shaders\n@/shaders\n"},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        const TemporaryDirectory root;
-        makeTree(root.path(), row.entries);
-        const ScopedVariable data{"XDG_DATA_HOME", root / "data"};
-        const ScopedCurrentDirectory current{root.path()};
-        const std::string start = row.start ? root.expanded(row.start) : "";
-        EXPECT_EQ(calls(root,
-                        [&] {
-                            if (row.start) {
-                                Utils::findEditorRoot(view(start));
-                            } else {
-                                findTrashPath();
-                            }
-                        }),
-                  row.calls);
-    }
 }
 
 } // namespace

@@ -180,12 +180,12 @@ TEST(Path, PrintsTheReasonOfAFailure) {
     const TemporaryDirectory root;
     const ScopedCurrentDirectory current{root.path()};
     makeTree(root.path(), {"file", "full/below/", "link -> file", "dangling -> nowhere"});
-    for (const auto& [call, message] : failures) {
-        const Messages messages;
-        EXPECT_FALSE(call()) << message;
-        EXPECT_EQ(messages.text(), std::string{"Utility::Path::"} + message);
-    }
     const Messages messages;
+    for (const auto& [call, message] : failures) {
+        const Messages inner;
+        EXPECT_FALSE(call()) << message;
+        EXPECT_EQ(inner.text(), std::string{"Utility::Path::"} + message);
+    }
     EXPECT_FALSE(Path::make("file/a") || Path::make("dangling/a"));
     EXPECT_THAT(messages.text(), testing::ContainsRegex("^Utility::Path::make.*\n.*::make"));
     EXPECT_FALSE(fs::exists("to"));
