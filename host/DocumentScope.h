@@ -38,14 +38,16 @@ public:
     bool canBeMade() const;
 
 private:
-    /* Adds the missing steps of a path. */
-    void addMissing(Containers::StringView path);
+    /* Adds the missing steps of `above`, then those of a path. */
+    void addMissingSteps(const DocumentScope& above, Containers::StringView path);
+    void addMissing(Containers::StringView step);
 
     rapidjson::Document* document;
     /* The value at this place, or the last existing one on the way to it. */
     rapidjson::Value* reached;
-    /* The missing steps from there on. */
-    Containers::Array<Containers::String> missing;
+    /* The missing steps from there on, or null: most accessors refer to a value, and one pointer is
+       cheaper to make and to destroy than a list. */
+    Containers::Pointer<Containers::Array<Containers::String>> missing;
 };
 
 } // namespace VespermoorEngine::Host

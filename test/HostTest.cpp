@@ -287,13 +287,14 @@ TEST_F(HostCommandTest, WrongUsage) {
 }
 
 TEST(DocumentScopeTest, FollowsPaths) {
-    rapidjson::Document document = parse(R"({"": {"x": "below"}, "a/b": "slash",
-        "list": ["first", {"item1": "a", "item2": "b", "atem2": "c"}]})");
+    rapidjson::Document document =
+        parse(R"({"": {"x": "below"}, "a/b": "", "step/two": "", "longer/one": "",
+        "list": ["first", {"item10": "ten", "item1": "a", "item2": "b", "atem2": "c"}]})");
     const std::pair<const char*, const char*> rows[]{
         {"/x", "below"},     {"list/0", "first"},   {"list/1/item2", "b"},    {"list/2", nullptr},
         {"list/-", nullptr}, {"list/+0", nullptr},  {"list/00", nullptr},     {"list/0x", nullptr},
         {"list/", nullptr},  {"list/0/x", nullptr}, {"list/1/item", nullptr}, {"a/b", nullptr},
-        {"x/y", nullptr},
+        {"x/y", nullptr},    {"step/two", nullptr}, {"longer/one", nullptr},  {"list/1/item1", "a"},
     };
     for (const auto& [path, expected] : rows) {
         auto place = Host::DocumentScope{document}.member(path);
