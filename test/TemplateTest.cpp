@@ -52,7 +52,7 @@ struct Scope {
         "admin": false, "flag": true, "yes": "yes", "trueText": "true", "true": "no literal",
         "ratio": 2.5, "third": 0.33336, "huge": 1e21, "negative": -0.00001, "count": 2,
         "nothing": null, "object": {}, "list": [], "empty": "", "nul": "a\u0000b",
-        "nulOther": "a\u0000c", "trueNul": "true\u0000", "noData": 0,
+        "nulOther": "a\u0000c", "trueNul": "true\u0000", "noData": 0, "long": "twelve\u0000bytes",
         "aNameThatIsMuchTooLong": {"forAPathThatIsKeptOnTheStack": {"ofTheEvaluation": "long"}}})");
     Place root{&document};
 };
@@ -63,6 +63,7 @@ TEST(TemplateTest, Renders) {
         {"a { b } }} c\n", "a { b } }} c\n"},
         {" \t{{ \tflag\t }}{{admin}} \n", " \ttruefalse \n"},
         {"{{ 'a\n'}}{{ '{{' }}", "a\n{{"},
+        {"{{ 'twelve\nbytes'\t== 'twelve\nbytes'}}", "true"},
         {"x{{ end }}y{{ end of block }}z", "xyz"},
         /* Values */
         {"<{{ user.name }}>{{ user/name }}", "<guest>guest"},
@@ -71,7 +72,7 @@ TEST(TemplateTest, Renders) {
         {"<{{ empty }}{{ noData }}{{ '' }}>", "<>"},
         {"{{ ratio }} {{ third }} {{ negative }}", "2.5000 0.3334 -0.0000"},
         {"{{ huge }}", "1000000000000000000000.0000"},
-        {"<{{ nul }}>", "<a\0\0>"_s},
+        {"<{{ nul }}{{ long }}>", "<a\0\0twelve\0\0\0\0\0\0>"_s},
         {"{{ 'a\"b' }} {{ \"it's\" }} {{ 'a\\'' }}", "a\"b it's a\\'"},
         /* Comparisons */
         {"{{ user.name == 'guest' }} {{ user.name == 'root' }}", "true false"},

@@ -1,6 +1,7 @@
 #include "VespermoorEngine/StringArray.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 
@@ -10,28 +11,46 @@ namespace VespermoorEngine {
 
 namespace {
 
-/* The memory of a list within its size hint: one block with a header, the offsets and the
-   characters. The array of characters owns the block, so when the list outgrows it, the offsets
-   move out first. */
+/* The memory of a list within its size hint: one block of a header, the characters and the first
+   offsets. The array of characters owns the block, so when the list outgrows it, the offsets move
+   out first. */
 struct Block {
     /* Enough for an `if` with a comparison in a template. */
     static constexpr std::size_t maxOffsets = 5;
 
-    std::size_t maxCharacters;
-    std::size_t offsets[maxOffsets];
+    /* Room for characters, a multiple of the alignment of offsets. */
+    std::size_t capacity;
 
     char* characters() { return reinterpret_cast<char*>(this + 1); }
+    std::size_t* offsets() { return reinterpret_cast<std::size_t*>(characters() + capacity); }
 };
 
-Block& blockOf(char* const characters) {
-    return reinterpret_cast<Block*>(characters)[-1];
+Block& blockOf(const Containers::Array<char>& characters) {
+    return reinterpret_cast<Block*>(const_cast<char*>(characters.data()))[-1];
 }
 
 void freeBlock(char* const characters, std::size_t) {
-    ::operator delete(&blockOf(characters));
+    std::free(reinterpret_cast<Block*>(characters) - 1);
+}
+
+/* The characters of a new block, of which none is in use. */
+Containers::Array<char> makeBlock(const std::size_t minCapacity) {
+    constexpr std::size_t alignment = alignof(std::size_t);
+    const std::size_t capacity = (minCapacity + alignment - 1) / alignment * alignment;
+    void* const memory =
+        std::malloc(sizeof(Block) + capacity + Block::maxOffsets * sizeof(std::size_t));
+    if (!memory) {
+        throw std::bad_alloc{};
+    }
+    return Containers::Array<char>{(new (memory) Block{capacity})->characters(), 0, freeBlock};
 }
 
 void keepBlock(std::size_t*, std::size_t) {}
+
+Containers::Array<std::size_t> firstOffset(Block& block) {
+    block.offsets()[0] = 0;
+    return Containers::Array<std::size_t>{block.offsets(), 1, keepBlock};
+}
 
 template <class T>
 void setSize(Containers::Array<T>& array, const std::size_t size) {
@@ -39,30 +58,41 @@ void setSize(Containers::Array<T>& array, const std::size_t size) {
     array = Containers::Array<T>{array.release(), size, deleter};
 }
 
+bool hasRoom(const Containers::Array<char>& store, const std::size_t size) {
+    return store.deleter() == freeBlock && blockOf(store).capacity - store.size() > size;
+}
+
 bool isInBlock(const Containers::Array<std::size_t>& offsets) {
     return offsets.deleter() == keepBlock;
 }
 
-/* These two return false if the array has left the block or would outgrow it. */
-bool addInBlock(Containers::Array<char>& store, const Containers::StringView string) {
-    const std::size_t size = store.size();
-    if (store.deleter() != freeBlock ||
-        blockOf(store.data()).maxCharacters - size <= string.size()) {
-        return false;
-    }
-    *std::copy_n(string.data(), string.size(), store.data() + size) = '\0';
-    setSize(store, size + string.size() + 1);
-    return true;
+/* Not inlined, so that few registers are saved if there is room. */
+[[gnu::noinline]] void addOutsideBlock(Containers::Array<std::size_t>& offsets,
+                                       const std::size_t offset) {
+    arrayAppend(offsets, offset);
 }
 
-bool addInBlock(Containers::Array<std::size_t>& offsets, const std::size_t offset) {
-    const std::size_t size = offsets.size();
-    if (!isInBlock(offsets) || size == Block::maxOffsets) {
-        return false;
+void addOffset(Containers::Array<std::size_t>& offsets, const std::size_t offset) {
+    const std::size_t count = offsets.size();
+    if (isInBlock(offsets) && count != Block::maxOffsets) {
+        offsets.data()[count] = offset;
+        setSize(offsets, count + 1);
+    } else {
+        addOutsideBlock(offsets, offset);
     }
-    offsets.data()[size] = offset;
-    setSize(offsets, size + 1);
-    return true;
+}
+
+/* Appends to a store that has no room, which may be in a block. */
+[[gnu::noinline]] void addToFull(Containers::Array<char>& store,
+                                 Containers::Array<std::size_t>& offsets,
+                                 const Containers::StringView string) {
+    if (isInBlock(offsets)) {
+        arrayReserve(offsets, Block::maxOffsets + 1);
+    }
+    /* Appends a view instead of making room and copying, since `string` may be a part of the
+       store. */
+    arrayAppend(store, Containers::arrayView(string.data(), string.size()));
+    arrayAppend(store, '\0');
 }
 
 } // namespace
@@ -81,30 +111,22 @@ MutableStringArrayView::MutableStringArrayView(const Containers::ArrayView<char>
 
 MutableStringArrayView::~MutableStringArrayView() = default;
 
-StringArray::StringArray(const std::size_t sizeHint) {
-    Block& block = *new (::operator new(sizeof(Block) + sizeHint + 1)) Block;
-    block.maxCharacters = sizeHint + 1;
-    block.offsets[0] = 0;
-    offsets = Containers::Array<std::size_t>{block.offsets, 1, keepBlock};
-    store = Containers::Array<char>{block.characters(), 0, freeBlock};
-    data = store.data();
-}
+StringArray::StringArray(const std::size_t sizeHint) : StringArray{makeBlock(sizeHint + 1)} {}
+
+StringArray::StringArray(Containers::Array<char>&& block)
+    : MutableStringArrayView{firstOffset(blockOf(block)), block.data()}, store{std::move(block)} {}
 
 StringArray::~StringArray() = default;
 
 void StringArray::add(const Containers::StringView string) {
-    if (!addInBlock(store, string)) {
-        if (isInBlock(offsets)) {
-            arrayReserve(offsets, Block::maxOffsets + 1);
-        }
-        /* Appends a view instead of making room and copying, since `string` may be a part of the
-           store. */
-        arrayAppend(store, Containers::arrayView(string.data(), string.size()));
-        arrayAppend(store, '\0');
+    if (hasRoom(store, string.size())) {
+        const std::size_t size = store.size();
+        *std::copy_n(string.data(), string.size(), store.data() + size) = '\0';
+        setSize(store, size + string.size() + 1);
+    } else {
+        addToFull(store, offsets, string);
     }
-    if (!addInBlock(offsets, store.size())) {
-        arrayAppend(offsets, store.size());
-    }
+    addOffset(offsets, store.size());
     characters = store;
     data = store.data();
     dataSize = store.size();

@@ -25,7 +25,8 @@ public:
 
 protected:
     /** @cond */
-    MutableStringArrayView() = default;
+    MutableStringArrayView(Containers::Array<std::size_t>&& offsets, const char* const data)
+        : StringArrayView{std::move(offsets), data} {}
     MutableStringArrayView(MutableStringArrayView&& other) noexcept
         : StringArrayView{std::move(other)}, characters{std::exchange(other.characters, nullptr)} {}
     /** @endcond */
@@ -56,6 +57,8 @@ public:
     void add(Containers::StringView string);
 
 private:
+    explicit StringArray(Containers::Array<char>&& block);
+
     Containers::Array<char> store;
 };
 

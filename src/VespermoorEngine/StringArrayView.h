@@ -54,6 +54,8 @@ public:
 protected:
     /** @cond */
     StringArrayView() = default;
+    StringArrayView(Containers::Array<std::size_t>&& offsets, const char* const data)
+        : offsets{std::move(offsets)}, data{data} {}
     StringArrayView(StringArrayView&& other) noexcept
         : offsets{std::move(other.offsets)},
           data{std::exchange(other.data, nullptr)},

@@ -1,8 +1,11 @@
 #include "VespermoorEditor/Utils/Template.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <utility>
+
+#include <endian.h>
 
 #include <Corrade/Containers/GrowableArray.h>
 #include <Corrade/Containers/Pointer.h>
@@ -29,6 +32,19 @@ namespace {
 using namespace Corrade::Containers::Literals;
 
 using Scopes = Containers::ArrayView<const Containers::Reference<JsonObject>>;
+
+/* Bytes that are examined at once. Texts in templates are short, so this is faster than calls of
+   the C library and than loops over bytes, whose ends the processor cannot predict. */
+using Block = std::uint64_t;
+constexpr std::size_t blockSize = sizeof(Block);
+constexpr Block ones = 0x0101010101010101;
+constexpr Block highBits = 0x80 * ones;
+
+Block blockAt(const char* const bytes) {
+    Block block;
+    std::memcpy(&block, bytes, blockSize);
+    return block;
+}
 
 /* Prints the reason of a failure and returns false. */
 template <class... T>
@@ -59,6 +75,8 @@ struct Delimiters {
 
 Containers::Array<Delimiters> findDirectives(const char* cursor, const char* const end) {
     Containers::Array<Delimiters> found;
+    constexpr std::ptrdiff_t commonDistance = 32, maxReserved = 1024;
+    arrayReserve(found, std::size_t(std::min((end - cursor) / commonDistance, maxReserved)));
     while (const char* const open = findPair(cursor, end, '{')) {
         const char* const close = findPair(open + 2, end, '}');
         arrayAppend(found, Delimiters{open, close});
@@ -78,19 +96,38 @@ bool isBlank(const char byte) {
     return byte <= ' ' && (byte == ' ' || byte == '\t');
 }
 
-void addTokens(StringArray& tokens, const Containers::StringView body) {
-    const char* cursor = body.begin();
-    while (cursor != body.end()) {
-        const char* const begin = cursor;
-        while (cursor != body.end() && !isBlank(*cursor)) {
-            ++cursor;
-        }
-        if (cursor == begin) {
-            ++cursor;
-        } else {
-            tokens.add({begin, std::size_t(cursor - begin)});
-        }
+const char* skipBlanks(const char* cursor, const char* const end) {
+    while (cursor != end && isBlank(*cursor)) {
+        ++cursor;
     }
+    return cursor;
+}
+
+/* Position in a block of its first byte that is not above the blank, or the block's size. */
+std::size_t findBlankOrControl(const char* const bytes) {
+    const Block block = le64toh(blockAt(bytes));
+    /* Subtracting sets the highest bit of such bytes, and maybe of bytes after the first one. */
+    const Block marks = (block - (' ' + 1) * ones) & ~block & highBits;
+    return marks ? std::size_t(__builtin_ctzll(marks)) / 8 : blockSize;
+}
+
+/* The first blank from `cursor` on, or `end`. Reads in blocks and so past `end`, but not past
+   `readable`. */
+const char* endOfToken(const char* cursor, const char* const end, const char* const readable) {
+    while (cursor < end) {
+        if (std::size_t(readable - cursor) >= blockSize) {
+            const std::size_t position = findBlankOrControl(cursor);
+            cursor += position;
+            if (position == blockSize) {
+                continue;
+            }
+        }
+        if (isBlank(*cursor)) {
+            break;
+        }
+        ++cursor;
+    }
+    return std::min(cursor, end);
 }
 
 /* A JSON string can hold NULs; the first one ends the text in comparisons and in the output. */
@@ -108,21 +145,36 @@ void copyBlockWithSlashes(const char* const from, char* const to) {
     std::memcpy(to, block, size);
 }
 
-/* Copies with a slash for each dot, in blocks that the compiler turns into a few instructions. The
-   last block overlaps the one before it. */
-void copyWithSlashes(const Containers::StringView name, char* const path) {
-    constexpr std::size_t block = 8;
-    const std::size_t size = name.size();
-    if (size < block) {
+/* Copies with a slash for each dot, in blocks that the compiler turns into a few instructions, if
+   this is not inlined. The last block overlaps the one before it. */
+[[gnu::noinline]] void copyWithSlashes(const char* const name, const std::size_t size,
+                                       char* const path) {
+    if (size < blockSize) {
         for (std::size_t i = 0; i != size; ++i) {
-            copyBlockWithSlashes<1>(name.data() + i, path + i);
+            copyBlockWithSlashes<1>(name + i, path + i);
         }
         return;
     }
-    for (std::size_t i = 0; i + block < size; i += block) {
-        copyBlockWithSlashes<block>(name.data() + i, path + i);
+    for (std::size_t i = 0; i + blockSize < size; i += blockSize) {
+        copyBlockWithSlashes<blockSize>(name + i, path + i);
     }
-    copyBlockWithSlashes<block>(name.end() - block, path + size - block);
+    const std::size_t last = size - blockSize;
+    copyBlockWithSlashes<blockSize>(name + last, path + last);
+}
+
+/* Copies a text and returns true unless it has a NUL. For texts of at least one block. */
+bool copyWithoutNul(const char* const from, char* const to, const std::size_t size) {
+    Block nuls = 0;
+    const auto copy = [&](const std::size_t position) {
+        const Block block = blockAt(from + position);
+        nuls |= (block - ones) & ~block & highBits;
+        std::memcpy(to + position, &block, blockSize);
+    };
+    for (std::size_t i = 0; i + blockSize < size; i += blockSize) {
+        copy(i);
+    }
+    copy(size - blockSize);
+    return !nuls;
 }
 
 /* Evaluates expressions against one list of scopes. The text of a value is passed to a function,
@@ -160,6 +212,8 @@ private:
     bool evalName(Containers::StringView token, const Use& use);
 
     Containers::StringView memberPath(Containers::StringView name);
+    /* Not inlined, since names are almost always short. */
+    [[gnu::noinline]] char* roomForPath(std::size_t size);
 
     Scopes scopes;
     /* Text of the left side of a comparison. */
@@ -170,15 +224,17 @@ private:
 
 /* The path for lookups in scopes: NUL-terminated, with a slash for each dot. Lives until the next
    call. */
-Containers::StringView Evaluator::memberPath(const Containers::StringView name) {
-    char* path = shortPath;
-    if (name.size() >= sizeof(shortPath)) {
-        arrayResize(longPath, Corrade::NoInit, name.size() + 1);
-        path = longPath.data();
-    }
-    copyWithSlashes(name, path);
-    path[name.size()] = '\0';
-    return {path, name.size(), Containers::StringViewFlag::NullTerminated};
+inline Containers::StringView Evaluator::memberPath(const Containers::StringView name) {
+    const std::size_t size = name.size();
+    char* const path = size < sizeof(shortPath) ? shortPath : roomForPath(size + 1);
+    copyWithSlashes(name.data(), size, path);
+    path[size] = '\0';
+    return {path, size, Containers::StringViewFlag::NullTerminated};
+}
+
+char* Evaluator::roomForPath(const std::size_t size) {
+    arrayResize(longPath, Corrade::NoInit, size);
+    return longPath.data();
 }
 
 template <class Use>
@@ -219,9 +275,12 @@ bool Evaluator::evalName(const Containers::StringView token, const Use& use) {
     const Containers::StringView path = memberPath(token);
     Containers::Pointer<JsonObject> accessor;
     bool exists = false;
-    for (std::size_t i = 0; i != scopes.size() && !exists; ++i) {
-        accessor = scopes[i]->member(path);
+    for (const Containers::Reference<JsonObject>& scope : scopes) {
+        accessor = scope->member(path);
         exists = accessor->exists();
+        if (exists) {
+            break;
+        }
     }
     if (!exists) {
         return fail("Template::render(): Undefined name", token);
@@ -253,32 +312,57 @@ public:
 
     /* A text ends at its first NUL, and is padded with NULs to its size. */
     void appendValue(const Containers::StringView text) {
-        const std::size_t visible = strnlen(text.data(), text.size());
-        char* const end = grow(text.size());
-        std::memcpy(end, text.data(), visible);
-        if (visible != text.size()) {
-            std::memset(end + visible, '\0', text.size() - visible);
+        const std::size_t size = text.size();
+        char* const end = grow(size);
+        if (size < blockSize || size > maxInBlocks || !copyWithoutNul(text.data(), end, size)) {
+            copyPadded(text.data(), end, size);
         }
     }
 
     Containers::String release() { return Implementation::takeString(buffer, size); }
 
 private:
+    /* The C library is faster for longer texts. */
+    static constexpr std::size_t maxInBlocks = 64;
+
+    static void copyPadded(const char* const from, char* const to, const std::size_t size) {
+        const std::size_t visible = strnlen(from, size);
+        std::memcpy(to, from, visible);
+        std::memset(to + visible, '\0', size - visible);
+    }
+
     /* Makes room for `added` bytes and a terminator and returns a pointer to them. */
     char* grow(const std::size_t added) {
         const std::size_t end = size;
         size += added;
         if (size >= buffer.size()) {
-            arrayResize(buffer, Corrade::NoInit, size + 1);
+            growBuffer();
         }
         return buffer.data() + end;
     }
+
+    /* Not inlined, since there is almost always room. */
+    [[gnu::noinline]] void growBuffer() { arrayResize(buffer, Corrade::NoInit, size + 1); }
 
     Containers::Array<char> buffer;
     std::size_t size = 0;
 };
 
 } // namespace
+
+inline void Template::addDirective(const char* cursor, const char* const end,
+                                   const char* const readable) {
+    Directive& directive = arrayAppend(directives, Corrade::InPlaceInit, std::size_t(end - cursor));
+    while (cursor != end) {
+        const char* const tokenEnd = endOfToken(cursor, end, readable);
+        directive.tokens.add(between(cursor, tokenEnd));
+        cursor = skipBlanks(tokenEnd, end);
+    }
+    const Containers::StringView keyword = directive.tokens.get(0);
+    directive.type = keyword == "if"_s    ? Directive::Type::If
+                     : keyword == "end"_s ? Directive::Type::End
+                                          : Directive::Type::Eval;
+}
 
 Template::Template(const Containers::StringView source) : text{source.size() + 1}, valid{true} {
     if (!(source.flags() & Containers::StringViewFlag::NullTerminated)) {
@@ -293,10 +377,12 @@ Template::Template(const Containers::StringView source) : text{source.size() + 1
     arrayReserve(directives, found.size());
     for (const auto& [open, close] : found) {
         text.add(between(cursor, open));
-        if (!close || !addDirective(between(open + 2, close))) {
+        const char* const body = close ? skipBlanks(open + 2, close) : nullptr;
+        if (body == close) {
             valid = fail("Template::Template(): Syntax error: Unterminated template directive");
             return;
         }
+        addDirective(body, close, end);
         cursor = close + 2;
     }
     if (cursor != end) {
@@ -305,24 +391,6 @@ Template::Template(const Containers::StringView source) : text{source.size() + 1
 }
 
 Template::~Template() = default;
-
-bool Template::addDirective(Containers::StringView body) {
-    const char* begin = body.begin();
-    while (begin != body.end() && isBlank(*begin)) {
-        ++begin;
-    }
-    if (begin == body.end()) {
-        return false;
-    }
-    body = body.suffix(begin);
-    Directive& directive = arrayAppend(directives, Corrade::InPlaceInit, body.size());
-    addTokens(directive.tokens, body);
-    const Containers::StringView keyword = directive.tokens.get(0);
-    directive.type = keyword == "if"_s    ? Directive::Type::If
-                     : keyword == "end"_s ? Directive::Type::End
-                                          : Directive::Type::Eval;
-    return true;
-}
 
 bool Template::hasEval(const Containers::StringView name) {
     for (const Directive& directive : directives) {

@@ -103,8 +103,8 @@ private:
         StringArray tokens;
     };
 
-    /* Compiles the directive with that body, or returns false if it has no token. */
-    bool addDirective(Containers::StringView body);
+    /* Compiles the directive whose body, which begins with a token, is from `cursor` to `end`. */
+    void addDirective(const char* cursor, const char* end, const char* readable);
 
     /* Index of the first `end` from `directive` on, or the number of directives. */
     std::size_t findEnd(std::size_t directive) const;
