@@ -6,11 +6,9 @@
 
 #include <Corrade/Containers/StringStl.h>
 #include <Corrade/Containers/StringView.h>
+#include <VespermoorEngine/Corrade.h>
 
 namespace VespermoorEngine::Host {
-
-/* The one alias of the program: everything in it includes this header. */
-namespace Containers = Corrade::Containers;
 
 /**
  * @brief @p text for a message, safe to print to a terminal and always one line.

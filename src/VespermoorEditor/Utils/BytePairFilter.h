@@ -9,6 +9,8 @@
 #include <emmintrin.h>
 #endif
 
+#include "VespermoorEngine/Corrade.h"
+
 /** @file
  * Search for a pattern in a text, where each byte of the pattern may match several byte values.
  *
@@ -23,11 +25,7 @@
  * pattern size, as for `std::search()`.
  */
 
-namespace VespermoorEngine {
-
-namespace Containers = Corrade::Containers;
-
-namespace Utils {
+namespace VespermoorEngine::Utils {
 
 /** @brief Set of one to four byte values. */
 class ByteSet {
@@ -148,7 +146,6 @@ std::size_t BytePairFilter::findAnyOf(const char* const text, const std::size_t 
     return i;
 }
 
-} // namespace Utils
-} // namespace VespermoorEngine
+} // namespace VespermoorEngine::Utils
 
 #endif

@@ -8,17 +8,14 @@
 #include <Corrade/Containers/Pair.h>
 #include <Corrade/Containers/String.h>
 #include <Corrade/Containers/StringView.h>
-#include <Corrade/Utility/Utility.h>
 
 #include "VespermoorEditor/Utils/visibility.h"
+#include "VespermoorEngine/Corrade.h"
 #include "VespermoorEngine/Function.h"
 
 struct inotify_event;
 
 namespace VespermoorEngine {
-
-namespace Containers = Corrade::Containers;
-namespace Utility = Corrade::Utility;
 
 /**
  * @brief Tells callbacks which files change in directory trees, on the caller's own thread.

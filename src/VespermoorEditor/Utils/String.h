@@ -12,10 +12,9 @@
 #include <Corrade/Containers/Triple.h>
 
 #include "VespermoorEditor/Utils/visibility.h"
+#include "VespermoorEngine/Corrade.h"
 
 namespace VespermoorEngine {
-
-namespace Containers = Corrade::Containers;
 
 /** @brief Services of the editor that need no object. */
 namespace Utils {

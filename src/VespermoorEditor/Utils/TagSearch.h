@@ -4,11 +4,9 @@
 #include <Corrade/Containers/ArrayView.h>
 #include <Corrade/Containers/StringView.h>
 
-namespace VespermoorEngine {
+#include "VespermoorEngine/Corrade.h"
 
-namespace Containers = Corrade::Containers;
-
-namespace Utils {
+namespace VespermoorEngine::Utils {
 
 /** @brief A tag to find, and the destination for its first occurrence. */
 struct SoughtTag {
@@ -29,7 +27,6 @@ struct SoughtTag {
 void findFirstOccurrences(Containers::StringView text,
                           Containers::ArrayView<const SoughtTag> sought);
 
-} // namespace Utils
-} // namespace VespermoorEngine
+} // namespace VespermoorEngine::Utils
 
 #endif
