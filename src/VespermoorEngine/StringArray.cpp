@@ -22,11 +22,10 @@ struct Block {
     std::size_t capacity;
 
     char* characters() { return reinterpret_cast<char*>(this + 1); }
-    std::size_t* offsets() { return reinterpret_cast<std::size_t*>(characters() + capacity); }
 };
 
-Block& blockOf(const Containers::Array<char>& characters) {
-    return reinterpret_cast<Block*>(const_cast<char*>(characters.data()))[-1];
+const Block& blockOf(const Containers::Array<char>& characters) {
+    return reinterpret_cast<const Block*>(characters.data())[-1];
 }
 
 void freeBlock(char* const characters, std::size_t) {
@@ -47,9 +46,11 @@ Containers::Array<char> makeBlock(const std::size_t minCapacity) {
 
 void keepBlock(std::size_t*, std::size_t) {}
 
-Containers::Array<std::size_t> firstOffset(Block& block) {
-    block.offsets()[0] = 0;
-    return Containers::Array<std::size_t>{block.offsets(), 1, keepBlock};
+Containers::Array<std::size_t> firstOffset(Containers::Array<char>& characters) {
+    auto* const offsets =
+        reinterpret_cast<std::size_t*>(characters.data() + blockOf(characters).capacity);
+    offsets[0] = 0;
+    return Containers::Array<std::size_t>{offsets, 1, keepBlock};
 }
 
 template <class T>
@@ -114,7 +115,7 @@ MutableStringArrayView::~MutableStringArrayView() = default;
 StringArray::StringArray(const std::size_t sizeHint) : StringArray{makeBlock(sizeHint + 1)} {}
 
 StringArray::StringArray(Containers::Array<char>&& block)
-    : MutableStringArrayView{firstOffset(blockOf(block)), block.data()}, store{std::move(block)} {}
+    : MutableStringArrayView{firstOffset(block), block.data()}, store{std::move(block)} {}
 
 StringArray::~StringArray() = default;
 
