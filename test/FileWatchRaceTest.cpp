@@ -98,11 +98,9 @@ private:
 };
 
 Paths filesBelow(const std::string& root) {
-    Paths files;
-    for (const std::string& path : entriesBelow(root)) {
-        if (fs::is_symlink(path) || !fs::is_directory(path)) {
-            files.insert(path);
-        }
+    Paths files = entriesBelow(root);
+    for (const std::string& directory : directoriesBelow(root)) {
+        files.erase(directory);
     }
     return files;
 }

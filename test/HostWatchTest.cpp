@@ -193,14 +193,6 @@ TEST_F(HostWatch, ChecksOnceMoreAfterAnyNumberOfSignals) {
     }
 }
 
-TEST_F(HostWatch, EndsIfNothingCanBePrinted) {
-    fs::create_symlink("/dev/full", "output");
-    start("o");
-    change("mkdir o/x");
-    EXPECT_EQ(program->stop({}), 1);
-    EXPECT_THAT(contentOf("error"), HasSubstr("utils: standard output: No space "));
-}
-
 /* A pipe that is full, and that nobody reads. */
 class HostWatchUnread : public HostWatch {
 protected:
