@@ -96,8 +96,8 @@ struct Change {
 };
 
 const Change changes[]{
-    {"file renamed, to bytes", "mkdir w; touch w/f", "w", "mv w/f \"w/$(printf '\\377 x')\"",
-     "w Remove w/f\nw Modify w/\xff x\n", "w"},
+    {"file renamed, to bytes", "mkdir w; touch w/f; mkfifo w/p", "w",
+     "mv w/f \"w/$(printf '\\377 x')\"", "w Remove w/f\nw Modify w/\xff x\n", "w"},
     {"watched file replaced by a rename, and its name at any depth", "mkdir -p w/a; touch w/f w/g",
      "w/f", "mv w/g w/f; : > w/f; touch w/a/f w/a/ff",
      "w/f Modify w/f\nw/f Modify w/f\nw/f Modify w/a/f\n", "w w/a"},

@@ -15,6 +15,7 @@ namespace {
 using namespace std::string_literals;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 constexpr const char* manifest = R"({"outputs": [
     {"file": "whole.txt", "data": ["first.json", "second.json"], "template": "whole.tmpl"},
@@ -98,7 +99,7 @@ TEST(Generate, MakesAndChecksOutdatedOutputs) {
          "1\n",
          "1[a]old[/a]2[b]old[/b]3"},
         {"--check --quiet", "exit 1\n", "1[a]old[/a]2[b]old[/b]3"},
-        {"", wrote + "exit 0\n", regionMade},
+        {"--depfile in/d", wrote + "exit 0\n", regionMade},
         {"--check", "exit 0\n", regionMade},
     };
     for (const auto& row : rows) {
@@ -107,6 +108,7 @@ TEST(Generate, MakesAndChecksOutdatedOutputs) {
     }
     EXPECT_EQ(content("whole.txt"), "first here\n");
     EXPECT_EQ(content("keys.txt"), "k=1;l=2;");
+    EXPECT_THAT(content("d"), StartsWith("in/keys.txt in/list.txt in/region.txt in/whole.txt:"));
     EXPECT_EQ(fs::last_write_time("in/list.txt"), saved);
 }
 
@@ -287,7 +289,9 @@ TEST(Generate, RefusesAManifestAsAWhole) {
         {manifestOf(R"("regions": [])"), "/outputs/0: Has no regions"},
         {manifestOf(R"("regions": [{"tag": 1}])"), "/outputs/0/regions/0: Unknown member tag"},
         {regionBetween("[a]", ""), "/outputs/0/regions/0/end: Empty tag"},
+        {regionBetween("", "[/a]"), "/outputs/0/regions/0/start: Empty tag"},
         {manifestOf(R"("template": "a", "each": "#/items")"), "/outputs/0/each: No JSON Pointer"},
+        {manifestOf(R"("template": "a", "each": "/~")"), "/outputs/0/each: No JSON Pointer"},
         {manifestOf(R"("template": "a"},
                        {"file": "../link/x/../whole.txt", "data": [], "template": "a")"),
          "/outputs/1: Another output is the same file"},
@@ -359,12 +363,14 @@ TEST(Generate, RegionsKeepTheLineEndsOfTheirFile) {
 /* Redirected files too. The log already contains the expected output. */
 TEST(Generate, WritesToStandardOutputDirectly) {
     const Project project;
-    save("manifest.json", manifestOf(R"("template": "item.tmpl")", "/dev/stdout"));
-    save("log", "<first>");
+    save("manifest.json", manifestOf(R"("template": "item.tmpl"},
+        {"file": "/dev/stdout", "data": ["second.json"], "template": "item.tmpl")",
+                                     "/dev/stdout"));
+    save("log", "<first><second>");
     const std::string log = program + "in/manifest.json >> in/log; ";
     EXPECT_EQ(outputOf(log + program + "--check in/manifest.json; cat in/log | cat"),
-              "<first><first>");
-    EXPECT_EQ(generate(), "<first>exit 0\n");
+              "<first><second><first><second>");
+    EXPECT_EQ(generate(), "<first><second>exit 0\n");
 }
 
 TEST(Generate, SeparatesElementsAndMakesDirectories) {
@@ -387,9 +393,9 @@ TEST(Generate, DiffShowsChanges) {
     save("manifest.json", manifestOf(R"("template": "t")"));
     std::string old = "1\n2\n3\n4\n5\n6\n7\n8\n9\n10\n11\n12\n", made = old;
     save("whole.txt", old.replace(old.find("12"), 2, "old"));
-    save("t", "0\n" + made.replace(made.find("3\n"), 2, "{{ name }}") + "end");
-    const std::string hunks = "@@ -1,7 +1,7 @@\n+0\n 1\n 2\n-3\n-4\n+first4\n 5\n 6\n 7\n"
-                              "@@ -9,4 +9,5 @@\n 9\n 10\n 11\n-old\n+12\n+end\n"
+    save("t", made.replace(made.find("3\n"), 2, "{{ name }}") + "end");
+    const std::string hunks = "@@ -1,7 +1,6 @@\n 1\n 2\n-3\n-4\n+first4\n 5\n 6\n 7\n"
+                              "@@ -9,4 +8,5 @@\n 9\n 10\n 11\n-old\n+12\n+end\n"
                               "\\ No newline at end of file\n";
     EXPECT_EQ(generate("--check --diff"), "out of date: in/whole.txt\n--- in/whole.txt\n"
                                           "+++ in/whole.txt\n" +
@@ -399,7 +405,7 @@ TEST(Generate, DiffShowsChanges) {
     EXPECT_THAT(onTerminal("NO_COLOR=1 " + check), HasSubstr("\r\n-old\r\n+12\r\n"));
     fs::remove("in/whole.txt");
     EXPECT_THAT(generate("--check --diff"),
-                HasSubstr("--- /dev/null\n+++ in/whole.txt\n@@ -0,0 +1,13 @@\n+0\n+1\n"));
+                HasSubstr("--- /dev/null\n+++ in/whole.txt\n@@ -0,0 +1,12 @@\n+1\n+2\n"));
 }
 
 /* The data of the second output comes half a second after the program opens it. */

@@ -253,8 +253,8 @@ TEST_F(HostCommandTest, Searches) {
         {"three d lines", "exit 1\n"},
         {"three none", "vespermoor-utils: none: No such file or directory\nexit 2\n"},
         {"two d/fifo & exec cat lines > d/fifo", "d/fifo:2:1: Two two\n"},
-        {"two none lines",
-         "vespermoor-utils: none: No such file or directory\nlines:2:1: Two two\nexit 2\n"},
+        {"two lines none d/.h/Two", "lines:2:1: Two two\nvespermoor-utils: none: No such file or "
+                                    "directory\nd/.h/Two:1:6: d/.h/Two\nexit 2\n"},
     };
     for (const auto& [arguments, printed] : rows) {
         EXPECT_EQ(run("search "s + arguments), printed);
@@ -277,6 +277,7 @@ TEST_F(HostCommandTest, WrongUsage) {
         {"json more.json --set /name", "--set: /name has no equals sign"},
         {"json more.json --set name=1", "--set: name is no JSON Pointer"},
         {"json more.json --delete ''", "--delete: the root cannot be deleted"},
+        {"json more.json --delete parts", "--delete: parts is no JSON Pointer"},
         {"render - --data -", "-: standard input can be read only once"},
         {"search '' lines", "TEXT: the text is empty"},
         {"watch . --exec ';'",

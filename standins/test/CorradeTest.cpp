@@ -134,6 +134,7 @@ TEST(Path, ReadsAndCopiesFilesOfAnySize) {
         while (content.size() < size)
             content += std::to_string(content.size());
         paths.push_back(root / std::to_string(size));
+        writeFile(paths.back(), std::string(400000, 'y'));
         EXPECT_TRUE(Path::write(view(paths.back()), view(content).prefix(size)));
         EXPECT_EQ(readFile(paths.back()), content.substr(0, size));
     }
