@@ -422,7 +422,10 @@ TEST(HostFilesTest, ReplaceThatFailsLeavesTheOldFile) {
     std::signal(SIGXFSZ, SIG_IGN);
     fs::permissions(directory / "file", fs::perms{0644});
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-    EXPECT_EQ(failureOf(std::string(10000, 'x')), "@/file: File too large");
+    for (const bool hasUnnamedFiles : {false, true}) {
+        faults.hasUnnamedFiles = hasUnnamedFiles;
+        EXPECT_EQ(failureOf(std::string(10000, 'x')), "@/file: File too large");
+    }
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
     EXPECT_EQ(readFile(directory / "file"), "old");
     EXPECT_THAT(tree(directory.path()), ElementsAre("file"));
