@@ -112,6 +112,14 @@ struct FileWatch::Drain {
     Drain(Containers::Array<DirectoryData>& records, const int inotifyFd)
         : directories{records, inotifyFd} {}
 
+    void found(const std::int32_t descriptor, const std::size_t record, const std::size_t position,
+               const Containers::StringView path) {
+        this->descriptor = lastDescriptor = descriptor;
+        this->record = record;
+        this->position = position;
+        this->path = path;
+    }
+
     WatchedDirectories directories;
     Containers::Array<Change> batch;
     GoneDirectories gone;
@@ -127,6 +135,9 @@ struct FileWatch::Drain {
     bool hasSeveralNames = false;
     std::size_t record = 0;
     Containers::StringView path;
+    /* The last place, where others may be near even after the lists changed. */
+    std::int32_t lastDescriptor = 0;
+    std::size_t position = 0;
 };
 
 FileWatch::FileWatch() : nextId{1}, inotifyFd{-1} {
@@ -408,17 +419,29 @@ void FileWatch::lookUp(const std::int32_t descriptor, Drain& drain) const {
     }
     drain.descriptor = 0;
     drain.hasSeveralNames = false;
-    drain.directories.forEach(descriptor,
-                              [&](const std::size_t record, const Containers::StringView path) {
-                                  if (drain.descriptor == descriptor) {
-                                      drain.hasSeveralNames = path != drain.path;
-                                      return !drain.hasSeveralNames;
-                                  }
-                                  drain.descriptor = descriptor;
-                                  drain.record = record;
-                                  drain.path = path;
-                                  return !drain.areUnique;
-                              });
+    if (drain.areUnique && lookWhereGuessed(descriptor, drain)) {
+        return;
+    }
+    drain.directories.forEach(descriptor, [&](const std::size_t record, const std::size_t position,
+                                              const Containers::StringView path) {
+        if (drain.descriptor == descriptor) {
+            drain.hasSeveralNames = path != drain.path;
+            return !drain.hasSeveralNames;
+        }
+        drain.found(descriptor, record, position, path);
+        return !drain.areUnique;
+    });
+}
+
+/* Looks at the place that is as far from the last one as the descriptors are apart. */
+bool FileWatch::lookWhereGuessed(const std::int32_t descriptor, Drain& drain) const {
+    const DirectoryData& record = directories[drain.record];
+    const std::size_t position = drain.position + (drain.lastDescriptor - descriptor);
+    if (position >= record.subPaths.size() || record.subWatchDescriptors[position] != descriptor) {
+        return false;
+    }
+    drain.found(descriptor, drain.record, position, record.subPaths[position]);
+    return true;
 }
 
 /* Notes that the directory `name` is gone from the one looked up, under each of its names. */

@@ -216,6 +216,7 @@ private:
     void takeRecord(const inotify_event& record, Drain& drain);
     bool find(std::int32_t descriptor, Drain& drain);
     void lookUp(std::int32_t descriptor, Drain& drain) const;
+    bool lookWhereGuessed(std::int32_t descriptor, Drain& drain) const;
     void noteGone(Containers::StringView name, Drain& drain);
     void track(Containers::StringView name, Drain& drain);
     void noteAbsentNames(std::int32_t descriptor, Drain& drain) const;

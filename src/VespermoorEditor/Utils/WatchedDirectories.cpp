@@ -176,7 +176,8 @@ int addKernelWatch(const int inotifyFd, const Containers::StringView path) {
 
 Containers::Array<Place> WatchedDirectories::placesOf(const std::int32_t descriptor) const {
     Containers::Array<Place> places;
-    forEach(descriptor, [&](const std::size_t record, const Containers::StringView path) {
+    forEach(descriptor, [&](const std::size_t record, std::size_t,
+                            const Containers::StringView path) {
         const bool isKnown = std::any_of(places.begin(), places.end(),
                                          [&](const Place& known) { return known.path == path; });
         if (!isKnown) {

@@ -12,7 +12,8 @@
    Find. Lookup by descriptor is a linear scan over all records. The descriptors of a tree are
    contiguous and compared 16 at a time, so that 100,000 directories take a few microseconds. The
    scan goes on after the first match, since further names matter, unless it is known that there are
-   none.
+   none. Then it also starts with a guess: a walk places watches in one order and appends entries in
+   the opposite one, so two entries are mostly as far apart as their descriptors.
 
    Take out. A directory that goes takes everything below it along, so each removal is a pass over
    all paths of its record. The kernel reports a deleted tree directory by directory, and a pass for
@@ -52,19 +53,20 @@ public:
     WatchedDirectories(Containers::Array<DirectoryData>& records, const int inotifyFd)
         : records{records}, inotifyFd{inotifyFd} {}
 
-    /* Calls `visit` with the position of the record and the path for each entry that has the
-       descriptor, in their order, until it returns false. */
+    /* Calls `visit` with the position of the record, the position in it and the path for each entry
+       that has the descriptor, in their order, until it returns false. The root of a record comes
+       first, and its position is after the last. */
     template <class Visit>
     void forEach(const std::int32_t descriptor, const Visit& visit) const {
         for (std::size_t i = 0; i != records.size(); ++i) {
             const DirectoryData& record = records[i];
+            const Containers::ArrayView<const std::int32_t> listed = record.subWatchDescriptors;
             if (record.watchDescriptor == descriptor &&
-                !visit(i, Containers::StringView{record.path})) {
+                !visit(i, listed.size(), Containers::StringView{record.path})) {
                 return;
             }
-            const Containers::ArrayView<const std::int32_t> listed = record.subWatchDescriptors;
             for (std::size_t at = findFirst(listed, descriptor); at != listed.size(); ++at) {
-                if (!visit(i, Containers::StringView{record.subPaths[at]})) {
+                if (!visit(i, at, Containers::StringView{record.subPaths[at]})) {
                     return;
                 }
                 at += findFirst(listed.exceptPrefix(at + 1), descriptor);
