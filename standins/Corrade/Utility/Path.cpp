@@ -166,6 +166,8 @@ bool isDirectory(StringView path) {
 }
 
 bool make(StringView path) {
+    if (mkdir(Containers::String::nullTerminatedView(path).data(), 0777) == 0)
+        return true;
     std::error_code error;
     fs::create_directories(std::string_view{path.data(), path.size()}, error);
     return !error || fail(error, "Utility::Path::make(): can't create {}", path);
