@@ -45,7 +45,7 @@ Lines linesOf(std::string_view text) {
     return lines;
 }
 
-/* The grid of two lists of lines, and the search for the path. */
+/* The grid of two lists of lines that begin differently, and the search for the path. */
 class Grid {
 public:
     Grid(const Lines& before, const Lines& after) : columns{before}, rows{after} {}
@@ -124,9 +124,6 @@ Edits Grid::walkBack() const {
             --y;
         }
         edits.push_back(adding ? Edit{'+', rows[--y]} : Edit{'-', columns[--x]});
-    }
-    while (x != 0) {
-        edits.push_back({' ', columns[--x]});
     }
     std::reverse(edits.begin(), edits.end());
     return edits;
