@@ -385,7 +385,7 @@ TEST(Generate, SeparatesElementsAndMakesDirectories) {
 
 /* The output of `command` on a terminal. */
 std::string onTerminal(const std::string& command) {
-    return outputOf("script -qec '" + command + "' /dev/null");
+    return outputOf("TERM=xterm script -qec '" + command + "' /dev/null");
 }
 
 TEST(Generate, DiffShowsChanges) {
