@@ -1,5 +1,5 @@
-/* Registering a tree and draining the kernel's records, compared with raw loops and other watchers.
-   fs.inotify.max_queued_events limits the number of waiting records; the full drain needs 300,000.
+/* Registers a tree and drains the kernel's records, compared with raw loops and other watchers.
+   fs.inotify.max_queued_events limits the number of queued records; the full drain needs 300,000.
  */
 
 #include "VespermoorEditor/Utils/FileWatch.h"
@@ -52,7 +52,7 @@ bool isAllowed(benchmark::State& state, const std::size_t watches) {
     return true;
 }
 
-/* Argument for a run that only registers a tree and prints the memory it took. */
+/* Argument for a run that only registers a tree and prints its peak memory. */
 constexpr const char* registerOnly = "--register-only";
 
 /* Peak resident size, in MB, of this process. getrusage() would include that of the parent
@@ -177,8 +177,8 @@ void tickRaw(benchmark::State& state) {
 }
 BENCHMARK(tickRaw);
 
-/* Queues about 250,000 records, or as many as the kernel keeps, over all directories: renames back
-   and forth, two records each, in runs of twelve or four per directory. */
+/* Queues about 250,000 records, or as many as the kernel keeps, over all directories. They come
+   from renames back and forth, two records each, in runs of twelve or four per directory. */
 std::size_t makeRecords(const bool neighbouring) {
     const std::vector<std::string>& directories = tree(20000).directories();
     const std::size_t wanted = std::min<std::size_t>(250000, limit("max_queued_events") - 1000) / 4;
@@ -224,7 +224,7 @@ void drainRaw(benchmark::State& state) {
 }
 BENCHMARK(drainRaw)->ArgName("neighbouring")->Arg(1)->Arg(0)->UseManualTime()->Iterations(1);
 
-/* The same number of deliveries to few watches or to many. */
+/* Makes the same number of deliveries to few or to many watches. */
 void deliver(benchmark::State& state) {
     const std::size_t watches = state.range(0);
     FileWatch watch;
@@ -246,8 +246,8 @@ void deliver(benchmark::State& state) {
 }
 BENCHMARK(deliver)->ArgName("watches")->Arg(1)->Arg(100)->UseManualTime()->Iterations(20);
 
-/* Benchmarks of growth report the processor time of update() for one directory or record, so that
-   two sizes compare as a ratio. Each one makes and changes its own tree. */
+/* Benchmarks of growth report the processor time of update() per directory or record, so that two
+   sizes can be compared as a ratio. Each benchmark makes and changes its own tree. */
 void reportEach(benchmark::State& state, const double processorSeconds, const std::size_t count) {
     state.SetIterationTime(processorSeconds / double(count));
 }
@@ -266,7 +266,7 @@ public:
     void moveIn() { std::rename(tree.path().data(), inside().data()); }
     void moveOut() { std::rename(inside().data(), tree.path().data()); }
 
-    /* Changes every directory of the tree that was moved out. */
+    /* Changes every directory of the tree while it is moved out. */
     void touch() {
         for (const std::string& directory : tree.directories()) {
             std::ofstream{directory + "/file"};
@@ -279,7 +279,7 @@ public:
 
     std::string inside() const { return root.path() + "/tree"; }
 
-    /* The directories in their watched place, parents first. */
+    /* The paths of the directories inside the watched root, parents first. */
     std::vector<std::string> directories() const {
         std::vector<std::string> all;
         for (const std::string& directory : tree.directories()) {
@@ -294,7 +294,7 @@ private:
     FileWatch watch;
 };
 
-/* Removes directories as `rm -r` does, with an update() after every so many. */
+/* Removes directories as `rm -r` does, with an update() after every `each` directories. */
 void deleteTree(benchmark::State& state) {
     const std::size_t each = state.range(0);
     const std::size_t count = state.range(1);
@@ -327,7 +327,7 @@ void moveTreeOut(benchmark::State& state) {
 }
 BENCHMARK(moveTreeOut)->Arg(40000)->UseManualTime()->Iterations(1);
 
-/* A tree that is moved in after every directory in it was changed. */
+/* Moves a tree in after every directory in it was changed. */
 void moveTreeIn(benchmark::State& state) {
     for (auto _ : state) {
         WatchedTree tree{std::size_t(state.range(0))};
@@ -340,7 +340,7 @@ void moveTreeIn(benchmark::State& state) {
 }
 BENCHMARK(moveTreeIn)->Arg(2500)->Arg(20000)->UseManualTime()->Iterations(1);
 
-/* Renames of leaf directories, each with an update(). */
+/* Renames leaf directories, with an update() after each. */
 void renameLeaf(benchmark::State& state) {
     constexpr std::size_t count = 200;
     for (auto _ : state) {
@@ -358,7 +358,7 @@ void renameLeaf(benchmark::State& state) {
 }
 BENCHMARK(renameLeaf)->Arg(5000)->Arg(40000)->UseManualTime()->Iterations(1);
 
-/* `cp -r` into a watched directory during ticks of 16 ms. */
+/* Runs `cp -r` into a watched directory, with an update() every 16 ms. */
 void copyTree(benchmark::State& state) {
     const std::size_t count = state.range(0);
     for (auto _ : state) {

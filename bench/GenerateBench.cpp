@@ -1,8 +1,8 @@
-/* Making ten thousand files from one manifest, compared with the least that a plain tool does for
-   it: it reads every input once, and writes every file by temporary file and rename, in directories
-   that exist. It neither parses nor renders, and does not look for links and old files.
+/* Makes ten thousand files from one manifest, compared with the least work that a plain tool must
+   do: read every input once, and write every file to a temporary file and rename it, in directories
+   that exist. This baseline neither parses nor renders, and ignores links and old files.
 
-   On a disk, which is where projects are, writing takes most of the time. In memory the 500,000
+   On a disk, where projects are kept, writing takes most of the time. In memory, the 500,000
    renderings do. */
 
 #include <cstdio>

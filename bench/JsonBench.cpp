@@ -1,5 +1,6 @@
-/* Reading and printing a scene document of about 5 MB, compared with RapidJSON used directly and
-   another library; and the memory of the program for a document of 200 MB, compared with jq. */
+/* Reads and prints a scene document of about 5 MB, compared with direct use of RapidJSON and with
+   another library. Also compares the memory of the program with that of jq, for a document of
+   200 MB. */
 
 #include <cstdio>
 #include <cstdlib>
@@ -46,7 +47,7 @@ std::string makeScene() {
     return json + "\n]\n}\n";
 }
 
-/* A file with an array of equal scenes, which is removed at the end. */
+/* A file with an array of identical scenes. Removed by the destructor. */
 struct SceneFile {
     explicit SceneFile(const int count) {
         path = "/tmp/vespermoor-bench-XXXXXX";

@@ -1,5 +1,5 @@
-/* Input: the contents of the files below, the manifest first. They are in a directory of their own;
-   manifests with paths out of it are not run. */
+/* Input: the contents of the files below, the manifest first. The files are in a directory of their
+   own. Manifests with paths that lead out of it are skipped. */
 
 #include <algorithm>
 #include <filesystem>
@@ -35,7 +35,7 @@ std::optional<std::string> read(const fs::path& path) {
     return content.str();
 }
 
-/* The working area: the files and, next to them, the current directory, which stays empty. */
+/* The working area: the files, and next to them the current directory, which must stay empty. */
 class Scratch {
 public:
     Scratch() {
@@ -62,7 +62,7 @@ public:
     fs::path tree() const { return root / "tree"; }
     std::string manifest() const { return tree() / names[0]; }
 
-    /* The path of a file with links followed. */
+    /* The path of a file with links resolved. */
     static fs::path place(const fs::path& path) {
         std::error_code error;
         return fs::weakly_canonical(path, error);
@@ -107,8 +107,8 @@ std::string withLineEndsOf(const std::string& model, const std::string& text) {
     return result;
 }
 
-/* The text with the regions replaced, or nothing if one is missing or could not be found again
-   later. */
+/* The text with the regions replaced, or nothing if a region is missing or the next run could not
+   find it again. */
 std::optional<std::string> replaceRegions(const std::string& text,
                                           std::vector<Naive::Region> regions) {
     for (Naive::Region& region : regions) {
@@ -133,7 +133,8 @@ std::optional<std::string> replaceRegions(const std::string& text,
     return succeeds ? std::optional{result} : std::nullopt;
 }
 
-/* The expected text of one output, made afresh from the present files. Empty if it must fail. */
+/* The expected text of one output, made afresh from the current files. Empty if the output must
+   fail. */
 class Expected {
 public:
     explicit Expected(const Host::OutputFile& output) : file{output} {
@@ -216,7 +217,7 @@ private:
     std::vector<rapidjson::Document> data;
 };
 
-/* Whether no file can be made at `place`: it is a directory, or its parent is not one. */
+/* Whether no file can be made at `place`, because it is a directory or its parent is not one. */
 bool isBlocked(const fs::path& place) {
     return fs::is_directory(place) || !fs::is_directory(place.parent_path());
 }

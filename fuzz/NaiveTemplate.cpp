@@ -104,7 +104,7 @@ private:
     std::string& messages;
 };
 
-/* A zero byte ends the text of a value; the rest becomes zero bytes. */
+/* A zero byte ends the text of a value, and all bytes after it become zero. */
 std::string printed(std::string value) {
     std::fill(std::find(value.begin(), value.end(), '\0'), value.end(), '\0');
     return value;

@@ -1,4 +1,4 @@
-/* Input: a template, then JSON documents, which are its scopes before the fixed ones below. */
+/* Input: a template, then JSON documents. Its scopes are these, then the fixed ones below. */
 
 #include <deque>
 #include <sstream>

@@ -1,5 +1,5 @@
-/* Input: the repetitions of a filler before the text, the filler, the text, then strings used as
-   tags, contents and search texts. The filler makes texts long enough for the fast paths. */
+/* Input: a repeat count, a filler, a text, then strings used as tags, contents and search texts.
+   The filler is repeated before the text, to make it long enough for the fast paths. */
 
 #include <algorithm>
 #include <locale>
@@ -29,7 +29,7 @@ private:
     std::vector<char> bytes;
 };
 
-/* Converts single bytes to upper case by a function, and leaves ranges of bytes unchanged. */
+/* Converts single bytes to upper case with a function, and leaves ranges of bytes unchanged. */
 class FunctionFacet : public std::ctype<char> {
 public:
     explicit FunctionFacet(int (*const function)(int)) : upperCase{function} {}
@@ -92,8 +92,8 @@ void testFirstOccurrences(const std::string& whole, const std::vector<std::strin
     }
 }
 
-/* Every three strings are a region. At most 15, since the order of equal ones would be unspecified
-   beyond. */
+/* Every three strings make a region. There are at most 15, since the order of equal regions would
+   be unspecified with more. */
 void testRegions(const std::string& whole, const std::vector<std::string>& strings) {
     std::vector<Naive::Region> regions;
     std::vector<Utils::TagReplacement> replacements;

@@ -46,9 +46,9 @@ bool equalWithoutSlash(const char* const path, const char* const name, const std
 }
 
 /* Whether the first step of a path is `name`. Rendering spends a third of its time here. Names of 4
-   to 8 bytes are compared as two words, which may overlap: a call takes longer, and a loop has an
-   end that the processor cannot predict. Names of one object often begin alike and end in a number,
-   so the last word comes first. */
+   to 8 bytes are compared as two words, which may overlap. A library call would take longer, and
+   the processor would mispredict the exit of a loop. Names in one object often share a prefix and
+   end in a number, so the last word is compared first. */
 inline bool isFirstStep(const rapidjson::Value& name, const char* const path,
                         const char* const end) {
     const std::size_t size = name.GetStringLength();
@@ -71,8 +71,8 @@ inline bool isFirstStep(const rapidjson::Value& name, const char* const path,
            !hasSlash(wordAt(bytes + last));
 }
 
-/* As `RapidJsonUtils::getMember()` of the first step of a path. That step ends where the name of
-   the member does, so nothing needs to find its end first. */
+/* Like `RapidJsonUtils::getMember()` with the first step of a path. The names of the members tell
+   where that step can end, so there is no need to search for its end first. */
 inline rapidjson::Value::Member* findMember(rapidjson::Value& object, const char* const path,
                                             const char* const end) {
     for (auto& member : object.GetObject()) {
@@ -83,15 +83,15 @@ inline rapidjson::Value::Member* findMember(rapidjson::Value& object, const char
     return nullptr;
 }
 
-/* Not inlined, so that the member lookup is. */
+/* Not inlined, so that the compiler inlines the member lookup. */
 [[gnu::noinline]] rapidjson::Value* findElement(rapidjson::Value& array,
                                                 const Containers::StringView step) {
     const Containers::Optional<rapidjson::SizeType> index = parseIndex(step);
     return index && *index < array.Size() ? &array[*index] : nullptr;
 }
 
-/* Goes down by the first step of a path, or returns false if it is missing. `path` then begins
-   where that step ended. */
+/* Goes down by the first step of a path and advances `path` to the end of that step. Returns false
+   if the step is missing. */
 inline bool goDown(rapidjson::Value*& value, const char*& path, const char* const end) {
     if (value->IsObject()) {
         rapidjson::Value::Member* const member = findMember(*value, path, end);

@@ -30,13 +30,13 @@ constexpr int maxLinks = 40;
     throw Failure{path, std::strerror(error)};
 }
 
-/* Unlike that of the standard library, does not split the path. */
+/* Unlike the function of the standard library, does not split the path. */
 bool isLink(const std::string& path) {
     struct stat status {};
     return lstat(path.data(), &status) == 0 && S_ISLNK(status.st_mode);
 }
 
-/* Holds signals back that end the process, so that it does not leave its temporary file. */
+/* Holds back signals that end the process, so that it does not leave its temporary file behind. */
 class SignalsHeld {
 public:
     SignalsHeld() {
@@ -73,7 +73,7 @@ int writeAll(const int descriptor, Containers::StringView content) {
     return 0;
 }
 
-/* There is no way to ask for the mask without setting it. */
+/* The umask cannot be read without setting it. */
 mode_t defaultMode() {
     const mode_t mask = umask(0);
     umask(mask);
@@ -96,7 +96,7 @@ private:
     int number;
 };
 
-/* The name of a temporary file, which is deleted unless it was renamed. */
+/* The name of a temporary file. Deletes the file unless it was renamed. */
 class TemporaryName {
 public:
     TemporaryName() = default;
@@ -124,8 +124,8 @@ private:
     SignalsHeld held;
 };
 
-/* Replaces the file `path` in two steps: the content goes to a file without a name, or with a
-   temporary one if the file system has no other, and that then becomes `path`. */
+/* Replaces the file `path` in two steps: writes the content to an unnamed file, then gives that
+   file the name `path`. If the file system has no unnamed files, the file has a temporary name. */
 class Replacement {
 public:
     /* `replaced` is the file that exists there, if any. */
@@ -175,7 +175,8 @@ int Replacement::write(const Containers::StringView content) const {
     return link(file) == 0 ? 0 : writeNamed(content);
 }
 
-/* A new file gets its mode here, an old one's content stays secret until fill() sets the mode. */
+/* A new file gets its mode here. If a file is replaced, the content is private until fill() sets
+   the mode of the old file. */
 int Replacement::openUnnamed() const {
     return open(directory.data(), O_TMPFILE | O_WRONLY | O_CLOEXEC, replaced ? 0600 : 0666);
 }
@@ -200,21 +201,22 @@ int Replacement::fill(const int file, const Containers::StringView content) cons
         return error;
     }
     if (replaced) {
-        /* Only root may give files away, and others lose nothing that they could keep. */
+        /* Only root may change the owner of a file, so a refusal is not an error. */
         [[maybe_unused]] const int refused = fchown(file, replaced->st_uid, replaced->st_gid);
         if (fchmod(file, replaced->st_mode & 07777) != 0) {
             return errno;
         }
     }
-    /* Some file systems report a full disk only when a descriptor is closed. This one stays open,
-       so a copy is closed. */
+    /* Some file systems report a full disk only when a descriptor is closed. The caller still needs
+       this one, so a duplicate is closed. */
     return Descriptor{dup(file)}.close();
 }
 
-/* A name that exists cannot be linked to, so an old file is replaced by way of a temporary name. */
+/* A link cannot replace an existing file, so the new file is linked to a temporary name and then
+   renamed. */
 int Replacement::link(const int file) const {
     const auto linkTo = [file](const std::string& name) {
-        /* The short way. Kernels before 6.10 have it only for root, and say ENOENT to others. */
+        /* The direct way. Kernels before 6.10 allow only root to do it and give others ENOENT. */
         if (linkat(file, "", AT_FDCWD, name.data(), AT_EMPTY_PATH) == 0) {
             return 0;
         }
@@ -256,9 +258,9 @@ int writeInto(const std::string& path, const Containers::StringView content) {
     return writeError ? writeError : closeError;
 }
 
-/* The descriptor of this process that the link `path` leads to, as /dev/stdout does. What opens its
-   link in /proc gets another place in the file, and what replaces the target of the link loses the
-   file. */
+/* The descriptor of this process that the link `path` leads to, as /dev/stdout does. The descriptor
+   must be written to directly: opening its link in /proc would start at another position in the
+   file, and replacing the link's target would detach the descriptor from the file. */
 std::optional<int> descriptorAt(const std::string& path) {
     std::error_code error;
     const std::string own = "/proc/" + std::to_string(getpid()) + "/";
@@ -274,7 +276,7 @@ std::optional<int> descriptorAt(const std::string& path) {
     return {};
 }
 
-/* What a path leads to. If it is not a link, one system call tells. */
+/* The target of a path. If the path is not a link, this takes one system call. */
 class Target {
 public:
     explicit Target(std::string from) : path{std::move(from)} {
@@ -290,7 +292,7 @@ public:
     bool isRegular() const { return exists() && S_ISREG(status.st_mode); }
     bool isDirectory() const { return exists() && S_ISDIR(status.st_mode); }
     bool isStream() const { return descriptor || (exists() && !isRegular() && !isDirectory()); }
-    /* The path without links. */
+    /* The path with links resolved. */
     std::string end() const { return isLink ? linkChain(path).back() : path; }
 
     std::string path;
@@ -301,7 +303,8 @@ public:
     std::optional<int> descriptor;
 };
 
-/* The text that was read, in memory that doubles when it is full and can be refused. */
+/* The text that was read. Its memory doubles when it is full; a failed allocation throws
+   std::bad_alloc. */
 class GrowingText {
 public:
     GrowingText() = default;
@@ -309,7 +312,7 @@ public:
     GrowingText(const GrowingText&) = delete;
     GrowingText& operator=(const GrowingText&) = delete;
 
-    /* Makes room for a NUL at the end, too. */
+    /* Also makes room for a NUL at the end. */
     void reserve(const std::size_t capacity) {
         void* const memory = std::realloc(data, capacity + 1);
         if (!memory) {
@@ -358,7 +361,7 @@ Containers::String readAll(const Containers::StringView name, const int descript
     }
     const std::size_t expected = S_ISREG(status.st_mode) ? std::size_t(status.st_size) : 0;
     GrowingText text;
-    /* One more, or the end would show only after the memory has grown. */
+    /* One byte more, or the memory would have to grow before read() can report the end. */
     text.reserve(expected + 1);
     const int error = text.read(descriptor, std::max(expected, limit));
     if (error == EFBIG) {

@@ -17,13 +17,13 @@ namespace {
 /* Short enough to show a save at once, long enough to batch the writes of one save. */
 constexpr std::chrono::milliseconds tick{40};
 
-/* Ticks after which outputs are made even if an input is written to without a pause. */
+/* Ticks after which outputs are made even if writes to inputs have not paused. */
 constexpr int patience = 25;
 
 /* Ticks between two scans of all files, of which there can be thousands. */
 constexpr int ticksPerLook = 25;
 
-/* Drops the library's lines about directories that it cannot watch: their files are polled
+/* Drops the library's messages about directories that it cannot watch. Their files are polled
    anyway. */
 struct WatchSilence {
     Utility::Warning warning{nullptr};
@@ -71,7 +71,7 @@ void GenerateWatch::trackFiles() {
     }
 }
 
-/* Registers all directories again, since the watch of a replaced one reports nothing. */
+/* Registers all directories again, since the watch of a replaced directory reports nothing. */
 void GenerateWatch::watchDirectories() {
     const WatchSilence silence;
     for (const int id : std::exchange(watchIds, {})) {
@@ -88,7 +88,7 @@ void GenerateWatch::watchDirectories() {
 bool GenerateWatch::takeChanges() {
     const WatchSilence silence;
     watch.update();
-    /* Even if the kernel reported changes, or the next scan would find them again. */
+    /* Scans even if the kernel reported changes; otherwise the next scan would find them again. */
     if (!reported.empty() || ++ticksSinceLook == ticksPerLook) {
         reported.merge(places.takeChanged());
         ticksSinceLook = 0;
@@ -98,8 +98,8 @@ bool GenerateWatch::takeChanges() {
     return more;
 }
 
-/* Watches before it reads, so that no save is missed in between. Later changes are for the next
-   round. */
+/* Watches the inputs before reading them, so that no save is missed in between. Later changes are
+   left for the next round. */
 void GenerateWatch::regenerate() {
     const std::set<std::string> taken = std::exchange(changed, {});
     trackFiles();

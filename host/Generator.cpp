@@ -119,7 +119,7 @@ void Generator::invalidateInput(const std::string& path) {
 
 Generator::Result Generator::update(const Mode mode, const Progress& progress) {
     Result result;
-    /* Outputs only make later ones stale. */
+    /* An output makes only later outputs stale. */
     for (std::size_t done = 0; !stale.empty(); ++done) {
         if (progress) {
             progress(done, done + stale.size());
@@ -171,7 +171,7 @@ std::string Generator::render(const Rendering& rendering, const OutputFile& file
     std::string element;
     PrintedErrors errors;
     try {
-        /* First, so that a wrong template is reported even if the data is wrong too. */
+        /* First, so that an error in the template is reported even if the data is also wrong. */
         NamedTemplate& source = compiled(rendering.templatePath);
         Scopes scopes;
         for (const std::string& path : file.data) {
@@ -207,7 +207,7 @@ std::string Generator::renderEach(const Rendering& rendering, const OutputFile& 
     NamedTemplate& source = compiled(rendering.templatePath);
     const ElementList list = findElements(rendering, file);
     std::string joined;
-    /* Enough for most outputs, which would otherwise grow to it in several steps. */
+    /* Enough for most outputs; without it they would grow in several steps. */
     joined.reserve(4096);
     for (unsigned int i = 0; i != list.size(); ++i) {
         const Containers::Pair<Containers::StringView, rapidjson::Value*> child =
@@ -231,7 +231,7 @@ std::string Generator::renderEach(const Rendering& rendering, const OutputFile& 
 }
 
 std::string Generator::fillRegions(const OutputFile& file) {
-    /* Reserved, since the replacements are views of it. */
+    /* Must not reallocate, since the replacements are views of its strings. */
     std::vector<std::string> contents;
     contents.reserve(file.regions.size());
     Containers::Array<Utils::TagReplacement> replacements;

@@ -3,9 +3,9 @@
 
    Outputs are indices, and `sources[i]` holds the outputs that output i is made from. They are
    found by comparing real paths, since one file can be spelled in many ways. The sort repeatedly
-   takes the lowest index without unfinished sources, which costs a logarithm per output and source.
-   Every output left over depends on another one left over, so following the sources must revisit
-   one; the message shows that cycle. */
+   takes the lowest index without unfinished sources, in O(log n) per output and source. If outputs
+   are left over, each depends on another of them, so following their sources must revisit one. The
+   message shows that cycle. */
 
 #include "OutputOrder.h"
 
@@ -71,7 +71,7 @@ Relation findSources(const std::string& manifest, std::vector<OutputFile>& outpu
     return sources;
 }
 
-/* Reports the cycle that is found by following the `unfinished` sources of output i. */
+/* Follows the `unfinished` sources from output i on and reports the cycle. */
 [[noreturn]] void failAtCycle(const std::string& manifest, const std::vector<OutputFile>& outputs,
                               const Relation& unfinished, std::size_t i) {
     std::vector<std::size_t> visited;

@@ -23,10 +23,10 @@ struct Change {
 /**
  * @brief The directory trees and files whose changes the user asked for.
  *
- * Adds to @ref FileWatch the behaviour that users expect: a file reports only its own changes,
- * through a link too; globs exclude entries; a directory that goes away is reported. Changes of the
- * files that are standard output and standard error are left out, since printing them would cause
- * the next one.
+ * Adds to @ref FileWatch the behaviour that users expect: a file reports only its own changes, also
+ * if it is named through a link; globs exclude entries; a directory that goes away is reported. If
+ * standard output or standard error is a watched file, changes of that file are left out, since
+ * printing one would cause the next.
  */
 class WatchedPaths {
 public:
@@ -46,9 +46,9 @@ public:
     std::size_t directoryCount() const { return watch.directoryCount(); }
 
     /**
-     * @brief The changes since the last call, each once even if several paths report it.
+     * @brief Returns the changes since the last call, each once even if several paths report it.
      *
-     * A watched directory that went away is reported as an error and no longer watched.
+     * A watched directory that went away is reported as an error and is no longer watched.
      */
     std::vector<Change> takeChanges();
 

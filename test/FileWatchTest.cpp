@@ -31,8 +31,8 @@ struct FileWatchTest : testing::Test {
         EXPECT_EQ(std::system(("cd '" + root.path() + "' && set -e; " + commands).data()), 0);
     }
 
-    /* Watches a path below the directory of the test, which is the listener's label by default. The
-       label has to outlive the watch. */
+    /* Watches a path below the directory of the test. The label of the listener, by default the
+       path, must outlive the watch. */
     int add(const std::string& path, const char* const label) {
         return watch.watch((root / path).data(),
                            {Corrade::DefaultInit,
@@ -88,7 +88,7 @@ struct FileWatchTest : testing::Test {
 struct Change {
     const char* name;
     const char* before;
-    /* Paths with blanks in between. */
+    /* Paths separated by blanks. */
     const char* watched;
     const char* change;
     const char* reported;
@@ -106,9 +106,9 @@ const Change changes[]{
      "w w/m w/m/s w/nn w/nn/s"},
     {"directory renamed and back", "mkdir -p w/n; touch w/n/f", "w", "mv w/n w/m; mv w/m w/n",
      "w Remove w/n\nw Modify w/m\nw Remove w/m\nw Modify w/n/f\nw Modify w/n\n", "w w/n"},
-    {"record of a directory that left", "mkdir -p w/d/e; touch w/d/e/f", "w",
+    {"record of a directory that was moved out", "mkdir -p w/d/e; touch w/d/e/f", "w",
      "mv w/d .; : > d/e/f; touch w/g", "w Remove w/d\nw Modify w/g\n", "w"},
-    {"more directories deleted than are compared one by one",
+    {"many directories deleted, looked up by hash",
      "mkdir -p w/a w/l w/keep/10 w/1/2/3/4/5/6 w/7/8/9/10/11; touch w/a/f w/10-file", "w",
      "rm -r w/1 w/7 > /dev/null; mv w/a .; touch w/keep/10/f",
      "w Remove w/1/2/3/4/5/6\nw Remove w/1/2/3/4/5\nw Remove w/1/2/3/4\nw Remove w/1/2/3\n"
@@ -120,25 +120,25 @@ const Change changes[]{
      "w Modify w/n/l/x\nw Modify w/n/none\nw Modify w/n\n", "w w/n w/n/a w/n/l"},
     {"links are watched one level deep", "mkdir -p o/s w; ln -s ../o w/l", "w",
      "ln -s ../o w/m; touch o/g o/s/h", "w Modify w/m\nw Modify w/l/g\n", "w w/l"},
-    {"directory of two names", "mkdir -p w/a/s n; touch n/f; ln -s a w/l", "w",
+    {"directory with two names", "mkdir -p w/a/s n; touch n/f; ln -s a w/l", "w",
      "mv w/a/s .; mv n w/a; touch s/f", "w Remove w/l/s\nw Modify w/l/n/f\nw Modify w/l/n\n",
      "w w/a w/a/n w/l w/l/n"},
-    {"directory that lost its first name, after many changes elsewhere",
+    {"first of two names removed, after many changes elsewhere",
      "mkdir -p w/a w/b; ln -s a w/l; touch w/f", "w/f",
      "for i in $(seq 40); do : > w/b/g; : > w/g; done; rm w/l; : > w/a/f", "w/f Modify w/a/f\n",
      "w w/a w/b"},
-    {"directory of two names whose root is away", "mkdir -p w/d; ln -s d w/l", "w",
+    {"directory with two names whose root was moved away", "mkdir -p w/d; ln -s d w/l", "w",
      "mv w v; touch v/d/f", "w Modify w/l/f\n", "w w/d w/l"},
-    {"moved away by way of a new directory", "mkdir -p w/q/s; touch w/q/s/f", "w",
+    {"directory moved into a new directory", "mkdir -p w/q/s; touch w/q/s/f", "w",
      "mkdir w/p; mv w/q w/p; touch w/p/q/g",
-     /* The walk over p finds q in its place before the record of its leaving is read. */
+     /* The walk over p finds q there before the record of its removal from w is read. */
      "w Modify w/p/q/s/f\nw Modify w/p/q/g\nw Modify w/p\nw Remove w/q\nw Modify w/p/q/g\n",
      "w w/p w/p/q w/p/q/s"},
-    {"renamed onto an empty directory", "mkdir -p w/t", "w", "mkdir w/n; mv -T w/n w/t",
+    {"directory renamed onto an empty one", "mkdir -p w/t", "w", "mkdir w/n; mv -T w/n w/t",
      "w Modify w/n\nw Remove w/n\nw Modify w/t\n", "w w/t"},
     {"root deleted", "mkdir w", "w", "rmdir w", "", "w"},
-    {"tree that was watched before its parent, in the order of the slots", "mkdir -p w/b w/bc",
-     "w/bc w w/b", "touch w/b/f w/bc/g",
+    {"tree watched before its parent, deliveries in slot order", "mkdir -p w/b w/bc", "w/bc w w/b",
+     "touch w/b/f w/bc/g",
      "w Modify w/b/f\nw/b Modify w/b/f\nw/bc Modify w/bc/g\nw Modify w/bc/g\n", "w w/b w/bc"},
 };
 
@@ -224,8 +224,8 @@ TEST_F(FileWatchTest, ExceptionsOfCallbacks) {
     EXPECT_EQ(messages.text(), "");
 }
 
-/* Watches a, b and c on one directory, d on another, and two changes in the first. When a
-   gets the first one, it takes the steps: it removes an id, or does what a word says. */
+/* Watches a, b and c on one directory, d on another, and two changes in the first directory. When a
+   gets the first change, it takes the steps: a number removes that id, a word names an action. */
 struct Delivery {
     const char* name;
     const char* steps;
@@ -234,12 +234,12 @@ struct Delivery {
 };
 
 const Delivery deliveries[]{
-    {"last one takes the entries", "4 2",
+    {"last watch gets deliveries of the removed one", "4 2",
      "a Modify w/1\nc Modify w/1\na Modify w/2\nc Modify w/2\n",
      "Callback index 2 out of range of 2 elements\nCallback index 2 out of range of 2 elements\n"},
-    {"last one is not concerned", "2", "a Modify w/1\nc Modify w/1\na Modify w/2\nc Modify w/2\n",
+    {"last watch is not concerned", "2", "a Modify w/1\nc Modify w/1\na Modify w/2\nc Modify w/2\n",
      ""},
-    {"itself removed", "4 1", "a Modify w/1\nb Modify w/1\nc Modify w/2\nb Modify w/2\n",
+    {"watch removes itself", "4 1", "a Modify w/1\nb Modify w/1\nc Modify w/2\nb Modify w/2\n",
      "Callback index 2 out of range of 2 elements\nCallback index 2 out of range of 2 elements\n"},
     {"new watch in the slot", "4 3 add", "a Modify w/1\nb Modify w/1\na Modify w/2\nb Modify w/2\n",
      ""},
@@ -271,7 +271,7 @@ TEST_P(DeliveryTest, GoesOnWhileACallbackChangesTheWatches) {
     watch.watch((root / "w").data(),
                 {Corrade::DefaultInit, [this](const Containers::StringView path, Event event) {
                      note("a", path, event);
-                     /* May destroy this callback, hence the reference. */
+                     /* May destroy this callback and its capture, hence the reference. */
                      DeliveryTest& test = *this;
                      for (const std::string& step : std::exchange(test.steps, {})) {
                          test.take(step);
@@ -297,7 +297,7 @@ TEST_F(FileWatchTest, RefusedDirectories) {
                   EXPECT_EQ(own.watch((root / "w").data(), {}), 2);
                   shell("mkdir -p w/open/n/late; chmod 0 w/open/n/late");
                   EXPECT_TRUE(own.update());
-                  /* A tree that is to grow beyond what may be read is not watched any more. */
+                  /* The new root cannot be read, so the tree in it is no longer watched. */
                   EXPECT_EQ(own.watch((root / "shut/in").data(), {}), 3);
                   EXPECT_EQ(own.watch((root / "shut").data(), {}), 0);
                   shell("touch shut/in/f");
@@ -321,7 +321,7 @@ TEST_F(FileWatchTest, RefusedDirectories) {
 
 TEST_F(FileWatchTest, AbortsWithoutAnInstance) {
     const auto exhaust = [] {
-        /* The sanitizer needs a descriptor the first time that it looks at the stream. */
+        /* The sanitizer needs a descriptor when it first looks at the stream. */
         Corrade::Utility::Error{Corrade::Utility::Error::defaultOutput()} << "exhausted:";
         const rlimit none{0, 0};
         setrlimit(RLIMIT_NOFILE, &none);

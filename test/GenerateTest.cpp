@@ -139,7 +139,7 @@ TEST(Generate, OrdersOutputsByDependency) {
     }
 }
 
-/* A pipe can be read only once. Two outputs are made from each of these two. */
+/* The inputs are pipes, which can be read only once. Two outputs are made from each. */
 TEST(Generate, ReadsAFileOnce) {
     const Project project;
     for (const std::string name : {"in/first.json", "in/whole.tmpl"}) {
@@ -152,7 +152,7 @@ TEST(Generate, ReadsAFileOnce) {
     waitUntil([] { return content("region.txt") == regionMade; });
 }
 
-/* Lets file modes refuse programs that are run from here on, even as root. */
+/* Makes file modes apply to programs that are run from here on, even as root. */
 void dropPrivileges() {
     prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
     prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
@@ -175,7 +175,7 @@ TEST(Generate, SystemErrorsAreOneLineAndLoseNothing) {
               "vespermoor-utils: standard output: No space left on device\n");
 }
 
-/* Each failed output has a line of its own; the others are made. */
+/* Each failed output gets its own line; the others are made. */
 TEST(Generate, NamesTheInputAtFaultAndEachOutput) {
     const std::string both = "whole region";
     const std::array<std::string, 4> rows[]{
@@ -360,7 +360,7 @@ TEST(Generate, RegionsKeepTheLineEndsOfTheirFile) {
     }
 }
 
-/* Redirected files too. The log already contains the expected output. */
+/* Redirected files too. The log already contains the text that is to be written. */
 TEST(Generate, WritesToStandardOutputDirectly) {
     const Project project;
     save("manifest.json", manifestOf(R"("template": "item.tmpl"},
@@ -408,7 +408,7 @@ TEST(Generate, DiffShowsChanges) {
                 HasSubstr("--- /dev/null\n+++ in/whole.txt\n@@ -0,0 +1,12 @@\n+1\n+2\n"));
 }
 
-/* The data of the second output comes half a second after the program opens it. */
+/* The data of the second output arrives half a second after the program opens the file. */
 TEST(Generate, CountsOutputsOnATerminal) {
     const Project project;
     fs::rename("in/second.json", "in/data");
@@ -418,8 +418,8 @@ TEST(Generate, CountsOutputsOnATerminal) {
                 HasSubstr("\r1 of 4 outputs\x1b[K\r\x1b[Kwrote in/whole.txt"));
 }
 
-/* Waits until a file that is written is newer than all files before: build tools compare times, and
-   file systems take them from a clock with long ticks. */
+/* Waits until a new file would be newer than all existing files. Build tools compare time stamps,
+   and file systems take them from a clock with long ticks. */
 void awaitNewTime() {
     writeFile("probe", "");
     const fs::file_time_type before = fs::last_write_time("probe");
@@ -428,7 +428,7 @@ void awaitNewTime() {
     }
 }
 
-/* A second run of the tool does nothing; a changed input or a deleted output causes a run. */
+/* A second build does nothing. A changed input or a deleted output causes a run of the program. */
 TEST(Generate, WritesDependenciesForBuildTools) {
     const struct {
         std::string file, text, command, idle;
@@ -499,38 +499,38 @@ const WatchRow watchRows[]{
       {"", "output",
        allButRegion + "wrote in/region.txt\nwrote in/list.txt\nwrote in/list.txt\n"
                       "wrote in/region.txt\n"}}},
-    {"save by another name, of the same size and time",
+    {"save through another name, with the same size and time",
      "mkdir z && ln in/first.json z/other",
      {{"touch -r z/other z/time && " + saving("z/other", first("other")) +
            " && touch -r z/time z/other",
        "in/whole.txt", "other here\n"}}},
-    {"output with regions that is mended",
+    {"output whose missing region is added",
      saving("in/region.txt", "1[a][/a]2"),
      {{saving("in/region.txt", "[a][/a][b][/b]"), "in/region.txt",
        "[a](x)(y)[/a][b]first here\n[/b]"},
       {saving("in/value.tmpl", "{{ @value }}"), "in/region.txt", "[a]xy[/a][b]first here\n[/b]"},
       {"", "output", allButRegion + "wrote in/region.txt\nwrote in/region.txt\n"}},
      "vespermoor-utils: in/region.txt: missing tag '[b]'\n" + watchingOne},
-    {"outputs that are edited, and deleted with their directory",
+    {"output edited, then deleted with its directory",
      saving("in/manifest.json", manifestOf(R"("template": "item.tmpl")", "a/b/c")),
      {{"echo edited > in/a/b/c", "in/a/b/c", "<first>"},
       {"rm -r in/a", "in/a/b/c", "<first>"},
       {"", "output", "wrote in/a/b/c\nwrote in/a/b/c\nwrote in/a/b/c\n"}}},
-    {"file and directory that may not be read",
+    {"unreadable file in an unreadable directory",
      saving("closed/t", "1") + " && chmod 0 closed/t && chmod 0300 closed && " +
          saving("in/manifest.json", manifestOf(R"("template": "../closed/t")")),
      {{"chmod 0600 closed/t", "in/whole.txt", "1"},
       {"printf 22 > closed/t", "in/whole.txt", "22"},
       {"chmod 0700 closed", "error",
        "vespermoor-utils: in/../closed/t: Permission denied, for in/whole.txt\n" + watchingOne}}},
-    {"directory that does not exist, and is not looked for in all directories above it",
+    {"missing directory, without watching the whole tree above it",
      saving("in/manifest.json", manifestOf(R"("template": "../none/late/t")")) +
          " && mkdir -p a/b/c",
      {{saving("none/late/t", "late"), "in/whole.txt", "late"},
       {"rm -r none && " + saving("none/late/t", "again"), "in/whole.txt", "again"},
       {"printf last > none/late/t", "in/whole.txt", "last"}},
      "No such file or directory, for in/whole.txt\n" + watchingOne},
-    {"links that come to lead elsewhere",
+    {"links that change their targets",
      saving("z/t", "old") + " && " + saving("z/b/json", first("1")) + " && " +
          saving("z/m", manifestOf(R"("template": "a/t")")) +
          " && ln -sfn ../z in/a && ln -sf a/b/json in/first.json && ln -sf ../z/m in/manifest.json",
@@ -577,7 +577,7 @@ TEST(Generate, PollTakesNoKernelWatches) {
     waitUntil([] { return content("list.txt") == "[i][second]"; });
 }
 
-/* The template is replaced without a pause as long as a tick. */
+/* The template is replaced again and again, with pauses shorter than a tick. */
 TEST(Generate, WatchUpdatesDuringEndlessSaves) {
     const Project project;
     const ChildProcess running{watching};
@@ -590,7 +590,7 @@ TEST(Generate, WatchUpdatesDuringEndlessSaves) {
     waitUntil([&] { return readFile("output").rfind("wrote in/list.txt") > allButRegion.size(); });
 }
 
-/* A pipe delays reading the manifest until another one is saved. */
+/* The manifest is a pipe, which delays reading it until another manifest is saved. */
 TEST(Generate, WatchRereadsAManifestSavedDuringARead) {
     const Project project;
     fs::remove("in/manifest.json");
@@ -608,7 +608,7 @@ TEST(Generate, WatchRereadsAManifestSavedDuringARead) {
     }
 }
 
-/* Retries if it is delayed for longer than a tick, which splits the burst. */
+/* Retries if a delay longer than a tick splits the burst. */
 TEST(Generate, ABurstOfSavesIsOneUpdate) {
     const Project project;
     generate();

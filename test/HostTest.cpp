@@ -73,7 +73,7 @@ struct Row {
     const char *arguments, *printed;
 };
 
-/* A directory with these files, which is the current one. */
+/* The current directory is a temporary one with these files. */
 class HostCommandTest : public testing::Test {
 protected:
     HostCommandTest() {
@@ -84,8 +84,8 @@ protected:
         makeTree(directory.path(), {"loop -> loop"});
     }
 
-    /* Both outputs of the program and its exit code. The shell splits the arguments and runs
-       further commands among them. */
+    /* Both outputs of the program and its exit code. The shell parses the arguments, which may
+       contain further commands. */
     static std::string run(const std::string& arguments, const std::string& before = "") {
         return outputOf("exec 2>&1; " + before + VESPERMOOR_PROGRAM + " " + arguments +
                         "\necho exit $?");
@@ -191,7 +191,7 @@ TEST_F(HostCommandTest, ReportsFailuresInOneLine) {
                 testing::EndsWith("vespermoor-utils: Cannot allocate memory\nexit 1\n"));
 }
 
-/* A document on standard input, as the shell's printf writes it. */
+/* A document on standard input, as an argument of the shell's printf. */
 TEST_F(HostCommandTest, ReportsErrorsInADocument) {
     const Row rows[]{
         {"{\\n \"a\" 1}", "2:6: Missing a colon after a name of object member"},
@@ -259,7 +259,7 @@ TEST_F(HostCommandTest, Searches) {
     for (const auto& [arguments, printed] : rows) {
         EXPECT_EQ(run("search "s + arguments), printed);
     }
-    /* On a terminal there are colours, and no other codes. */
+    /* On a terminal there are colours, but no other escape codes. */
     writeFile("./f", "\x1b[1m\tTwo\r\n");
     EXPECT_EQ(
         outputOf("TERM=xterm script -qec \"'" VESPERMOOR_PROGRAM "' search two f\" /dev/null"),
@@ -304,12 +304,12 @@ TEST(DocumentScopeTest, FollowsPaths) {
         EXPECT_EQ(place->exists(), expected != nullptr) << path;
         EXPECT_EQ(text(place->asString()), expected ? expected : "") << path;
     }
-    /* Missing steps are created one after the other. */
+    /* Missing steps are created one after another. */
     Host::DocumentScope{document}.member("new")->member("n1/n2")->mutableValue().SetInt(7);
     EXPECT_EQ(compact(document["new"]), R"({"n1":{"n2":7}})");
 }
 
-/* The real program, copied into a tree like that of an installation, which is @. */
+/* The real program, copied into a tree like that of an installation; @ is its root. */
 TEST_F(HostCommandTest, FindsTheDataRoot) {
     makeTree(directory.path(), {"bin/", "elsewhere/shaders/"});
     fs::copy_file(VESPERMOOR_PROGRAM, "bin/program");

@@ -11,9 +11,9 @@ namespace VespermoorEngine {
 
 namespace {
 
-/* The memory of a list within its size hint: one block of a header, the characters and the first
-   offsets. The array of characters owns the block, so when the list outgrows it, the offsets move
-   out first. */
+/* The memory of a list that fits its size hint: one block with a header, the characters and the
+   first offsets. The array of characters owns the block, so when the list outgrows it, the offsets
+   move out first. */
 struct Block {
     /* Enough for an `if` with a comparison in a template. */
     static constexpr std::size_t maxOffsets = 5;
@@ -32,7 +32,7 @@ void freeBlock(char* const characters, std::size_t) {
     std::free(reinterpret_cast<Block*>(characters) - 1);
 }
 
-/* The characters of a new block, of which none is in use. */
+/* Makes a block, and returns its array of characters, none of which is in use. */
 Containers::Array<char> makeBlock(const std::size_t minCapacity) {
     constexpr std::size_t alignment = alignof(std::size_t);
     const std::size_t capacity = (minCapacity + alignment - 1) / alignment * alignment;
@@ -67,7 +67,7 @@ bool isInBlock(const Containers::Array<std::size_t>& offsets) {
     return offsets.deleter() == keepBlock;
 }
 
-/* Not inlined, so that few registers are saved if there is room. */
+/* Not inlined, so that callers save few registers if there is room. */
 [[gnu::noinline]] void addOutsideBlock(Containers::Array<std::size_t>& offsets,
                                        const std::size_t offset) {
     arrayAppend(offsets, offset);
@@ -90,8 +90,8 @@ void addOffset(Containers::Array<std::size_t>& offsets, const std::size_t offset
     if (isInBlock(offsets)) {
         arrayReserve(offsets, Block::maxOffsets + 1);
     }
-    /* Appends a view instead of making room and copying, since `string` may be a part of the
-       store. */
+    /* `string` may be part of the store. arrayAppend() of a view allows that; making room first and
+       copying then does not. */
     arrayAppend(store, Containers::arrayView(string.data(), string.size()));
     arrayAppend(store, '\0');
 }

@@ -4,24 +4,24 @@
 /* Walks that put kernel watches on every directory of a tree while other processes change it.
 
    The one idea: each directory is watched before it is listed, from the top down. The listing finds
-   the entries that existed before, and the kernel reports those that arrive after it. Entries that
-   arrive in between are found by both and reported twice. Lists and reports keep the order of the
-   walk's visits, children first.
+   the entries that exist by then, and the kernel reports those that arrive after the watch is
+   placed. Entries that arrive in between are found both ways and reported twice. Lists and reports
+   are in the order of the walk's visits, children first.
 
-   A path can lead to another directory when it is listed than when it was watched, because a
-   directory above was swapped. Everything above it is already watched, so the kernel reports the
-   swap, the new directory is walked again, and entries listed in between do no harm. This relies
-   only on the order of the calls: no time stamp or inode is compared.
+   If a directory above is swapped, a path can lead to one directory when it is watched and to
+   another when it is listed. Everything above the path is already watched, so the kernel reports
+   the swap and the new directory is walked again. Entries listed in between do no harm. This relies
+   only on the order of the calls: no time stamps or inodes are compared.
 
-   Cost: one inotify_add_watch() for each directory on top of the walk. An arriving directory is
-   also looked up among the entries that were listed before the walk, by a scan of descriptors. */
+   Cost: one inotify_add_watch() per directory in addition to the walk itself. An arriving directory
+   is also looked up among the entries listed before the walk, by a scan of descriptors. */
 
 #include "VespermoorEditor/Utils/FileWatch.h"
 
 namespace VespermoorEngine::Implementation {
 
-/* Watches everything below the root of a record that is new and empty. Links to directories are
-   watched but not followed further. Skips directories that the kernel refuses, with a line on
+/* Watches everything below the root of a new record, which lists nothing yet. Links to directories
+   are watched but not followed further. Skips directories that the kernel refuses, with a line on
    `Warning`. */
 void watchTree(int inotifyFd, FileWatch::DirectoryData& record);
 

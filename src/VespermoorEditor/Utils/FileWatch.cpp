@@ -8,12 +8,12 @@
    what a record lists, DirectoryWalk.h how trees get their kernel watches.
 
    Pump. One update() reads all queued records into a batch of changed paths, in the kernel's order.
-   On the way it watches arriving directories and notes those that go. Then it queues a delivery for
-   each watch that a change concerns, and finally calls the callbacks.
+   On the way it watches directories that arrive and notes directories that leave. Then it queues a
+   delivery for each watch that a change concerns, and finally calls the callbacks.
 
-   Cost. A quiet tick is one read(). A record costs a scan for its descriptor, unless the record
-   before it had the same, one allocation for the path, which the last listener takes over, and a
-   scan of `watches`. */
+   Cost. A quiet tick is one read(). A record costs one allocation for the path, which is moved to
+   the last listener, and a scan of `watches`. It also costs a scan for its descriptor, unless the
+   previous record had the same one. */
 
 #include <algorithm>
 #include <cerrno>
@@ -76,7 +76,7 @@ Containers::Optional<FileWatch::Event> eventOf(const std::uint32_t mask) {
     return {};
 }
 
-/* As `Utility::Path::join()`, with one allocation. */
+/* Like `Utility::Path::join()`, but with a single allocation. */
 Containers::String entryPath(Containers::StringView directory, const Containers::StringView name) {
     if (directory.hasSuffix('/')) {
         directory = directory.exceptSuffix(1);
@@ -125,17 +125,17 @@ struct FileWatch::Drain {
     GoneDirectories gone;
     /* Descriptors of kernel watches that ended. */
     Containers::Array<std::int32_t> ended;
-    /* Lookups since a walk last added entries, and whether many of them were worth finding out that
-       the first entry of a descriptor is the only one. */
+    /* Lookups since a walk last added entries. After many, `areUnique` is computed: whether the
+       first entry of a descriptor is known to be the only one. */
     std::size_t lookups = 0;
     bool areUnique = false;
-    /* Cached lookup: the last descriptor, 0 for none, and the first entry that has it. The path
-       aliases that entry, until the lists change. */
+    /* Cached lookup: the last descriptor, 0 for none, and the first entry that has it. `path` is a
+       view of that entry and is valid until the lists change. */
     std::int32_t descriptor = 0;
     bool hasSeveralNames = false;
     std::size_t record = 0;
     Containers::StringView path;
-    /* The last place, where others may be near even after the lists changed. */
+    /* The last entry found. Even after the lists change, the next one is likely to be near it. */
     std::int32_t lastDescriptor = 0;
     std::size_t position = 0;
 };
@@ -272,7 +272,7 @@ bool FileWatch::update() {
     const std::size_t count = watches.size();
     const std::int32_t firstNewId = nextId;
     for (const CallbackInfo& delivery : deliveries) {
-        /* Any removal changes their number, unless a new watch makes up for it and takes an id. */
+        /* A removal changes the count, unless a watch was added as well, which changes `nextId`. */
         const bool isChanged = watches.size() != count || nextId != firstNewId;
         if (!isChanged || isDeliverable(delivery, firstNewId)) {
             deliver(delivery);
@@ -281,8 +281,8 @@ bool FileWatch::update() {
     return true;
 }
 
-/* Whether the watch at the delivery's slot is one that the delivery concerns, after a callback
-   changed the watches. */
+/* Whether the delivery still concerns the watch in its slot, after a callback changed the
+   watches. */
 bool FileWatch::isDeliverable(const CallbackInfo& delivery, const std::int32_t firstNewId) const {
     if (delivery.watchIndex >= watches.size()) {
         Utility::Warning{} << "FileWatch::update(): Callback index" << delivery.watchIndex
@@ -308,7 +308,7 @@ void FileWatch::deliver(const CallbackInfo& delivery) {
 void FileWatch::onChangeCallback(const Containers::ArrayView<Change> changes) {
     arrayReserve(pendingCallbacks, pendingCallbacks.size() + changes.size());
     for (Change& change : changes) {
-        /* The last watch gets the path itself, those before it get copies. */
+        /* The last watch gets the path itself; earlier ones get copies. */
         Containers::Optional<std::size_t> last;
         for (std::size_t slot = 0; slot != watches.size(); ++slot) {
             if (!concerns(watches[slot], change.first())) {
@@ -333,7 +333,7 @@ void FileWatch::updateLinux() {
     Drain drain{directories, inotifyFd};
     do {
         readRecords(drain);
-        /* Each kernel watch that ends leaves a record, which must not fill the queue. */
+        /* Each kernel watch that ends queues a record; these must not fill the queue. */
     } while (takeOutGone(drain) || takeOutKept(drain));
     drain.directories.takeOutEnded(drain.ended);
     if (!drain.batch.isEmpty()) {
@@ -375,8 +375,8 @@ void FileWatch::takeRecord(const inotify_event& record, Drain& drain) {
     arrayAppend(drain.batch, Change{std::move(path), *event});
 }
 
-/* Finds the first record and path that have `descriptor`. Neighbouring records mostly have the same
-   one, so the result is cached until a list changes. */
+/* Finds the first entry that has `descriptor`. Consecutive kernel records usually have the same
+   descriptor, so the result is cached until a list changes. */
 bool FileWatch::find(const std::int32_t descriptor, Drain& drain) {
     if (descriptor == drain.descriptor) {
         return true;
@@ -392,8 +392,9 @@ bool FileWatch::find(const std::int32_t descriptor, Drain& drain) {
     return drain.descriptor == descriptor;
 }
 
-/* Some of several names are links, which may have been removed. If no name leads to the directory,
-   one above it has moved and may come back without a record, so all names stay. */
+/* If a directory has several names, some are links, which may have been removed. Notes the names
+   that no longer lead to it. If none does, a directory above it has moved and may come back without
+   a record, so all names stay. */
 void FileWatch::noteAbsentNames(const std::int32_t descriptor, Drain& drain) const {
     Containers::Array<Place> absent;
     bool isPresent = false;
@@ -433,7 +434,7 @@ void FileWatch::lookUp(const std::int32_t descriptor, Drain& drain) const {
     });
 }
 
-/* Looks at the place that is as far from the last one as the descriptors are apart. */
+/* Tries the entry that is as far from the last one as their descriptors are apart. */
 bool FileWatch::lookWhereGuessed(const std::int32_t descriptor, Drain& drain) const {
     const DirectoryData& record = directories[drain.record];
     const std::size_t position = drain.position + (drain.lastDescriptor - descriptor);
@@ -444,7 +445,8 @@ bool FileWatch::lookWhereGuessed(const std::int32_t descriptor, Drain& drain) co
     return true;
 }
 
-/* Notes that the directory `name` is gone from the one looked up, under each of its names. */
+/* Notes that the subdirectory `name` of the directory looked up is gone, under each name of that
+   directory. */
 void FileWatch::noteGone(const Containers::StringView name, Drain& drain) {
     if (!drain.hasSeveralNames) {
         drain.gone.add(drain.record, entryPath(drain.path, name));
@@ -455,8 +457,8 @@ void FileWatch::noteGone(const Containers::StringView name, Drain& drain) {
     }
 }
 
-/* Watches the directory `name` that arrived in the one looked up, under each of its names, and
-   reports its content under the first. */
+/* Watches the subdirectory `name`, which arrived in the directory looked up, under each name of
+   that directory. Reports its content under the first name only. */
 void FileWatch::track(const Containers::StringView name, Drain& drain) {
     const std::int32_t descriptor = drain.descriptor;
     takeOutGone(drain);
@@ -482,7 +484,7 @@ bool FileWatch::takeOutGone(Drain& drain) const {
     return true;
 }
 
-/* Returns whether there were any to look at again. */
+/* Returns whether there were any directories to recheck. */
 bool FileWatch::takeOutKept(Drain& drain) const {
     drain.descriptor = 0;
     return drain.gone.takeOutKept(drain.directories);

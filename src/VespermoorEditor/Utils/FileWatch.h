@@ -78,7 +78,7 @@ public:
 
         /** @brief Kernel descriptors of the directories below the root. */
         Containers::Array<std::int32_t> subWatchDescriptors;
-        /** @brief Absolute paths, each at the place of its descriptor. */
+        /** @brief Absolute paths, at the same positions as their descriptors. */
         Containers::Array<Containers::String> subPaths;
         /** @brief Kernel descriptor of the root, -1 when closed. */
         std::int32_t watchDescriptor;
@@ -129,21 +129,21 @@ public:
      * links.
      *
      * Nested trees share their kernel watches. If @p path is above a tree that is already watched,
-     * that tree is registered again as part of it: changes there since the last @ref update() are
-     * lost, and if the kernel refuses @p path, the watches of that tree report nothing from then
-     * on. See @ref nested for several such trees.
+     * that tree is registered again as part of it. Changes there since the last @ref update() are
+     * lost. If the kernel refuses @p path, the watches of that tree report nothing from then on.
+     * See @ref nested for several such trees.
      *
-     * A callback that calls this or @ref remove() must not touch its captures afterwards, since
-     * that can move or destroy it.
+     * A callback that calls this function or @ref remove() must not touch its captures afterwards,
+     * since the call can move or destroy the callback.
      *
-     * Returns an id above 0 that was never used before. Returns 0 if nothing exists at @p path, or
-     * if the kernel refuses the directory: then prints the reason and `Directory doesn't exist` on
-     * `Warning`. Skips refused directories below it, with a line for each.
+     * Returns an id above 0 that was never used before. Returns 0 if nothing exists at @p path.
+     * Also returns 0 if the kernel refuses the directory, and prints the reason and `Directory
+     * doesn't exist` on `Warning`. Skips refused directories below it, with a line for each.
      */
     VESPERMOOR_EDITOR_UTILS_EXPORT int watch(Containers::StringView path, Callback callback);
 
     /**
-     * @brief Ends the watch with that id, and with the last watch of a tree its kernel watches.
+     * @brief Ends the watch with that id. The last watch of a tree also ends its kernel watches.
      *
      * Does nothing if there is no such watch. A callback can remove any watch, its own included,
      * and must not touch its captures afterwards.
@@ -158,21 +158,21 @@ public:
     VESPERMOOR_EDITOR_UTILS_EXPORT void clear();
 
     /**
-     * @brief Calls the callbacks for everything that changed since the last time.
+     * @brief Calls the callbacks for everything that changed since the last call.
      *
      * Changes are delivered in the kernel's order, each one to the callbacks in the order of their
      * watches' slots. Callbacks may call every function of this class. Drops an exception of a
      * callback if it derives from `std::exception`; any other reaches the caller, and the remaining
      * deliveries are lost.
      *
-     * Returns whether there was anything to deliver, even if no callback was left to take it.
+     * Returns whether there was anything to deliver, even if no callback was left to receive it.
      */
     VESPERMOOR_EDITOR_UTILS_EXPORT bool update();
 
     /* End of the documentation for hosts: the steps of update() follow. */
     /** @cond STEPS */
 
-    /** @brief Number of directories in the open trees; one that is in two trees counts twice. */
+    /** @brief Number of directories in the open trees; a directory in two trees counts twice. */
     std::size_t directoryCount() const {
         std::size_t count = 0;
         for (const DirectoryData& directory : directories) {

@@ -17,13 +17,13 @@
 #include "VespermoorEditor/Utils/Text.h"
 
 /* A template is compiled into text runs and directives that alternate: run i comes right before
-   directive i, and a last run may follow. Both are copies in packed lists, so rendering scans
-   nothing again: it walks the two by index, copies runs and evaluates directives. A false `if`
-   moves the index to the next `end`.
+   directive i, and a last run may follow. Both are copied into packed lists, so rendering never
+   scans the template: it walks both lists by index, copies runs and evaluates directives. A false
+   `if` moves the index to the next `end`.
 
-   Cost: compilation is one scan for the delimiters, one for the blanks and one allocation for each
-   directive with up to four tokens. Rendering copies each byte of output once; a name costs one
-   accessor of the host. */
+   Cost: compilation is one scan for delimiters and one for blanks, plus one allocation for each
+   directive of up to four tokens. Rendering copies each byte of output once and makes one accessor
+   of the host for each name. */
 
 namespace VespermoorEngine {
 
@@ -33,8 +33,8 @@ using namespace Corrade::Containers::Literals;
 
 using Scopes = Containers::ArrayView<const Containers::Reference<JsonObject>>;
 
-/* Bytes that are examined at once. Texts in templates are short, so this is faster than calls of
-   the C library and than loops over bytes, whose ends the processor cannot predict. */
+/* Bytes that are examined at once. Texts in templates are short, so this is faster than calling the
+   C library. It is also faster than a loop over bytes, whose exit the processor mispredicts. */
 using Block = std::uint64_t;
 constexpr std::size_t blockSize = sizeof(Block);
 constexpr Block ones = 0x0101010101010101;
@@ -46,7 +46,7 @@ Block blockAt(const char* const bytes) {
     return block;
 }
 
-/* Prints the reason of a failure and returns false. */
+/* Prints the reason for a failure and returns false. */
 template <class... T>
 bool fail(const T&... items) {
     Utility::Error error;
@@ -103,16 +103,16 @@ const char* skipBlanks(const char* cursor, const char* const end) {
     return cursor;
 }
 
-/* Position in a block of its first byte that is not above the blank, or the block's size. */
+/* Position of the first byte of a block that is a blank or below it, or the block's size. */
 std::size_t findBlankOrControl(const char* const bytes) {
     const Block block = le64toh(blockAt(bytes));
-    /* Subtracting sets the highest bit of such bytes, and maybe of bytes after the first one. */
+    /* The subtraction sets the high bit of such bytes, and maybe of bytes after the first one. */
     const Block marks = (block - (' ' + 1) * ones) & ~block & highBits;
     return marks ? std::size_t(__builtin_ctzll(marks)) / 8 : blockSize;
 }
 
-/* The first blank from `cursor` on, or `end`. Reads in blocks and so past `end`, but not past
-   `readable`. */
+/* The first blank from `cursor` on, or `end`. Reads whole blocks, which may reach past `end` but
+   not past `readable`. */
 const char* endOfToken(const char* cursor, const char* const end, const char* const readable) {
     while (cursor < end) {
         if (std::size_t(readable - cursor) >= blockSize) {
@@ -145,8 +145,9 @@ void copyBlockWithSlashes(const char* const from, char* const to) {
     std::memcpy(to, block, size);
 }
 
-/* Copies with a slash for each dot, in blocks that the compiler turns into a few instructions, if
-   this is not inlined. The last block overlaps the one before it. */
+/* Copies a name with its dots replaced by slashes. The compiler turns each block into a few
+   instructions, but only if this function is not inlined. The last block overlaps the one before
+   it. */
 [[gnu::noinline]] void copyWithSlashes(const char* const name, const std::size_t size,
                                        char* const path) {
     if (size < blockSize) {
@@ -177,9 +178,9 @@ bool copyWithoutNul(const char* const from, char* const to, const std::size_t si
     return !nuls;
 }
 
-/* Evaluates expressions against one list of scopes. The text of a value is passed to a function,
-   `use`, instead of returned, which saves a copy: it lives in the accessor, which ends with the
-   evaluation. A failed evaluation prints the reason and returns false. */
+/* Evaluates expressions against one list of scopes. The text of a value belongs to the accessor,
+   which is destroyed after the evaluation. To save a copy, the text is passed to a function, `use`,
+   instead of being returned. A failed evaluation prints the reason and returns false. */
 class Evaluator {
 public:
     explicit Evaluator(const Scopes scopes) : scopes{scopes} {}
@@ -222,8 +223,8 @@ private:
     Containers::Array<char> longPath;
 };
 
-/* The path for lookups in scopes: NUL-terminated, with a slash for each dot. Lives until the next
-   call. */
+/* The path for lookups in scopes: NUL-terminated, with slashes instead of dots. Valid until the
+   next call. */
 inline Containers::StringView Evaluator::memberPath(const Containers::StringView name) {
     const std::size_t size = name.size();
     char* const path = size < sizeof(shortPath) ? shortPath : roomForPath(size + 1);

@@ -24,17 +24,17 @@ namespace {
 constexpr std::uint32_t watchMask = IN_MODIFY | IN_MOVED_FROM | IN_MOVED_TO | IN_CREATE | IN_DELETE;
 static_assert(watchMask == 0x3C2);
 
-/* Below this number they are compared one by one: hashing costs more, since it hashes every path of
-   the record. */
+/* From this number on, removals are looked up by hash. Fewer are compared one by one, which costs
+   less than hashing every path of the record. */
 constexpr std::size_t manyFrom = 10;
 
 std::size_t hash(const Containers::StringView path) {
     return std::hash<std::string_view>{}({path.data(), path.size()});
 }
 
-/* Whether `path` is `root`, which has no trailing slash, or below it. Paths of one tree begin alike
-   and each is in memory of its own, so length and the last bytes of the root are compared first:
-   they tell most paths apart by one cache line. */
+/* Whether `path` is at or below `root`, which has no trailing slash. Paths of one tree share a long
+   prefix, and each is allocated separately. Therefore the length and the last bytes of the root are
+   compared first: they distinguish most paths with one cache line. */
 bool isInTree(const Containers::StringView path, const Containers::StringView root) {
     const std::size_t size = root.size();
     if (path.size() < size || (path.size() != size && path[size] != '/')) {
@@ -89,8 +89,9 @@ void removeEntries(DirectoryData& record, const Containers::ArrayView<const std:
     arrayRemoveSuffix(record.subWatchDescriptors, positions.size());
 }
 
-/* Whether the kernel watch still serves a listed directory: one that moved within the watched trees
-   and was found in its new place before its removal from the old one was read. */
+/* Whether the kernel watch still serves a listed directory. This happens if a directory moved
+   within the watched trees and was found in its new place before its removal from the old one was
+   read. */
 bool isServing(const WatchedDirectories& directories, const std::int32_t descriptor) {
     for (const Place& place : directories.placesOf(descriptor)) {
         if (directories.presentDescriptor(place.path) == descriptor) {
@@ -100,7 +101,7 @@ bool isServing(const WatchedDirectories& directories, const std::int32_t descrip
     return false;
 }
 
-/* The `descriptors` that an entry has. Looks for many of them in one pass. */
+/* Those of `descriptors` that some entry has. If there are many, finds them in one pass. */
 std::unordered_set<std::int32_t>
 listedOf(const WatchedDirectories& directories,
          const Containers::ArrayView<const std::int32_t> descriptors) {
@@ -133,7 +134,7 @@ listedOf(const WatchedDirectories& directories,
     return listed;
 }
 
-/* Ends the kernel watches of removed entries, unless they serve others. */
+/* Ends the kernel watches of removed entries, unless they also serve other entries. */
 void endKernelWatches(const WatchedDirectories& directories,
                       const Containers::ArrayView<const std::int32_t> dropped) {
     const std::unordered_set<std::int32_t> listed = listedOf(directories, dropped);
@@ -289,7 +290,7 @@ PathTrees::Tree* PathTrees::find(const Containers::StringView path) {
 PathTrees::Tree* PathTrees::findNext(const Containers::ArrayView<const Containers::String> paths,
                                      std::size_t& at) {
     if (trees.size() == 1) {
-        /* Apart, so that a single removal is a tight loop. */
+        /* A separate case, so that a single removal is a tight loop. */
         const Containers::StringView root = trees.front().root;
         while (at != paths.size() && !isInTree(paths[at], root)) {
             ++at;

@@ -11,20 +11,21 @@
 
    Find. Lookup by descriptor is a linear scan over all records. The descriptors of a tree are
    contiguous and compared 16 at a time, so that 100,000 directories take a few microseconds. The
-   scan goes on after the first match, since further names matter, unless it is known that there are
-   none. Then it also starts with a guess: a walk places watches in one order and appends entries in
-   the opposite one, so two entries are mostly as far apart as their descriptors.
+   scan continues after the first match to find further names, unless there are known to be none. In
+   that case a guess comes before the scan: a walk places watches in one order and appends entries
+   in the opposite order, so two entries are usually as far apart as their descriptors.
 
-   Take out. A directory that goes takes everything below it along, so each removal is a pass over
+   Take out. When a directory leaves, so does everything below it, so each removal is a pass over
    all paths of its record. The kernel reports a deleted tree directory by directory, and a pass for
    each of them would make deletion quadratic. Therefore removals are collected in GoneDirectories
    and taken out together: one pass per drain of the kernel's queue, unless a record requires an
-   earlier one. The pass compares few removals one by one, lengths before bytes. Many are looked up
-   by hash, but only for paths that begin as all of them do.
+   earlier one. If there are few removals, the pass compares each path with all of them, lengths
+   before bytes. If there are many, it looks paths up by hash, but only paths that start with the
+   common prefix of the removals.
 
-   A directory can vanish without a record of its name: another one that is renamed onto it, while
-   empty, takes its place. Its kernel watch ends, which is a record too, and so its entries are
-   found by descriptor. */
+   A directory can vanish without a record of its name: while it is empty, another directory can be
+   renamed onto it. The kernel still queues a record that the watch ended, and the entries are found
+   by its descriptor. */
 
 #include <cstddef>
 #include <cstdint>
@@ -47,15 +48,15 @@ struct Place {
 /* Position of the first `value` in `values`, or their count. */
 std::size_t findFirst(Containers::ArrayView<const std::int32_t> values, std::int32_t value);
 
-/* The records of a FileWatch with its inotify instance. A view: both have to outlive it. */
+/* The records of a FileWatch and its inotify instance. A view: both must outlive it. */
 class WatchedDirectories {
 public:
     WatchedDirectories(Containers::Array<DirectoryData>& records, const int inotifyFd)
         : records{records}, inotifyFd{inotifyFd} {}
 
-    /* Calls `visit` with the position of the record, the position in it and the path for each entry
-       that has the descriptor, in their order, until it returns false. The root of a record comes
-       first, and its position is after the last. */
+    /* Calls `visit` in order for each entry that has the descriptor, until it returns false. Passes
+       the position of the record, the position in the record, and the path. The root of a record is
+       visited first, and its position is one past the last entry. */
     template <class Visit>
     void forEach(const std::int32_t descriptor, const Visit& visit) const {
         for (std::size_t i = 0; i != records.size(); ++i) {
@@ -74,19 +75,19 @@ public:
         }
     }
 
-    /* Whether no directory has several entries. Two passes over the descriptors; may also be false
-       if some descriptors are far apart. */
+    /* Whether no directory has several entries. Takes two passes over the descriptors. May return
+       false even so, if some descriptors are far apart. */
     bool areUnique() const;
 
-    /* The names of a directory, each once, the first one first. */
+    /* The names of a directory without duplicates, in the order of the entries. */
     Containers::Array<Place> placesOf(std::int32_t descriptor) const;
 
     /* Descriptor of the directory now at `path`, -1 if none can be watched. Places a kernel watch
-       to learn it, and ends that watch if no entry has the descriptor. */
+       to get the descriptor, and ends that watch if no entry has it. */
     std::int32_t presentDescriptor(Containers::StringView path) const;
 
-    /* Takes out the entries below the roots that have one of `descriptors`, whose kernel watches
-       ended. */
+    /* Takes out the entries that have one of `descriptors`, whose kernel watches ended. Roots
+       stay. */
     void takeOutEnded(Containers::ArrayView<const std::int32_t> descriptors) const;
 
     bool isListed(std::int32_t descriptor) const;
@@ -95,7 +96,7 @@ public:
     int inotifyFd;
 };
 
-/* Places a kernel watch on `path`, or finds the one that its directory has. Returns the watch
+/* Places a kernel watch on `path`, or finds the existing one of its directory. Returns the watch
    descriptor, or -1 with `errno` set. */
 int addKernelWatch(int inotifyFd, Containers::StringView path);
 
@@ -115,8 +116,8 @@ public:
     /* A tree that contains `path`, or null. Lives until the next tree is added. */
     Tree* find(Containers::StringView path);
 
-    /* Advances `at` to the first of `paths` from there on that is in a tree, and returns the tree.
-       Null if there is none; `at` is then their count. */
+    /* Advances `at` to the next of `paths` that is in a tree, which may be the one at `at`, and
+       returns the tree. If there is none, returns null and sets `at` to the number of paths. */
     Tree* findNext(Containers::ArrayView<const Containers::String> paths, std::size_t& at);
 
     Tree* begin() { return trees.begin(); }
@@ -128,18 +129,19 @@ private:
 
     Containers::Array<Tree> trees;
     std::size_t shortest = ~std::size_t{};
-    /* The rest is for many trees. The bytes at the beginning of all roots: directories that go
-       together mostly lie together, so these tell most other paths apart. */
+    /* The remaining members serve lookups among many trees. This is the size of the common prefix
+       of all roots. Directories that leave together are mostly in one place, so comparing the
+       prefix rejects most other paths. */
     std::size_t commonSize = 0;
-    /* The different sizes of the roots, in ascending order: the prefixes of a path that need
-       hashing. The shortest one comes first, since one root above many needs one look at the
-       disk. */
+    /* The distinct sizes of the roots, in ascending order: only prefixes of these sizes need to be
+       hashed. Shorter prefixes are tried first: if one root contains many others, only that one is
+       looked up on disk. */
     std::vector<std::size_t> sizes;
     /* Positions in `trees`, by the hash of the root. */
     std::unordered_multimap<std::size_t, std::size_t> positions;
 };
 
-/* Directories that went away, or may have, and are still listed with everything below them. */
+/* Directories that have or may have left the tree, and are still listed with everything below. */
 class GoneDirectories {
 public:
     bool isEmpty() const { return trees.isEmpty(); }
@@ -152,7 +154,7 @@ public:
 
     /* Takes the noted directories out of their records, and clears the notes. An entry stays if its
        directory is at its path after all, because it came back or arrived before the removal was
-       read. Ends kernel watches that no entry needs any more. */
+       read. Ends kernel watches that no entry needs any longer. */
     void takeOut(const WatchedDirectories& directories);
 
     /* Rechecks the directories where takeOut() left entries, and returns whether there were any.
