@@ -208,6 +208,16 @@ TEST_F(FileWatchTest, ClearKeepsTheWatchesAndDropsRecords) {
     EXPECT_THAT(records(), ElementsAre("0 ", "1 a a/b"));
 }
 
+TEST_F(FileWatchTest, WatchRemovedAfterItsDeliveryWasQueued) {
+    const int id = add("");
+    shell("touch f");
+    watch.updateLinux();
+    watch.remove(id);
+    EXPECT_EQ(updated(), "");
+    EXPECT_EQ(messages.text(),
+              "FileWatch::update(): Callback index 0 out of range of 0 elements\n");
+}
+
 TEST_F(FileWatchTest, ExceptionsOfCallbacks) {
     int calls = 0;
     for (const bool standard : {true, false}) {

@@ -264,6 +264,8 @@ void FileWatch::closeDirectoryWatch(DirectoryData& directory) {
 }
 
 bool FileWatch::update() {
+    /* Deliveries that a direct call of updateLinux() queued may be older than a change. */
+    bool isChanged = !pendingCallbacks.isEmpty();
     updateLinux();
     if (pendingCallbacks.isEmpty()) {
         return false;
@@ -273,7 +275,7 @@ bool FileWatch::update() {
     const std::int32_t firstNewId = nextId;
     for (const CallbackInfo& delivery : deliveries) {
         /* A removal changes the count, unless a watch was added as well, which changes `nextId`. */
-        const bool isChanged = watches.size() != count || nextId != firstNewId;
+        isChanged = isChanged || watches.size() != count || nextId != firstNewId;
         if (!isChanged || isDeliverable(delivery, firstNewId)) {
             deliver(delivery);
         }
@@ -281,8 +283,7 @@ bool FileWatch::update() {
     return true;
 }
 
-/* Whether the delivery still concerns the watch in its slot, after a callback changed the
-   watches. */
+/* Whether the delivery still concerns the watch in its slot, after the watches may have changed. */
 bool FileWatch::isDeliverable(const CallbackInfo& delivery, const std::int32_t firstNewId) const {
     if (delivery.watchIndex >= watches.size()) {
         Utility::Warning{} << "FileWatch::update(): Callback index" << delivery.watchIndex
