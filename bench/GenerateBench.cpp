@@ -2,7 +2,7 @@
    do: read every input once, and write every file to a temporary file and rename it, in directories
    that exist. This baseline neither parses nor renders, and ignores links and old files.
 
-   On a disk, where projects are kept, writing takes most of the time. In memory, the 500,000
+   Projects are kept on a disk, and writing to it takes most of the time. In memory, the 500,000
    renderings do. */
 
 #include <cstdio>
